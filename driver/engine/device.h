@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// Reads from one device of a chain without a command file's help, and the chip IDCODE.
+//
+// `level` is the target's position, counted from 1 at the TDI end, and `total` the number of
+// devices. Every device has an 8-bit instruction register; those not addressed are in BYPASS,
+// with a 1-bit data register (IEEE 1149.1: all ones select it).
+#pragma once
+
+#include "kernel/kernel.h"
+
+extern "C" {
+
+// The instruction that selects the IDCODE register. 6 at load; the pre-scan of a command file may
+// set it to 224, and it stays so.
+extern u32 g_idcode_pub;
+
+// The IDCODE as it was read: a bit string, most significant bit first, or null. Freed by
+// Quorlan_FreeMemory; a later read overwrites it without freeing it.
+extern u8 *g_chip_idcode;
+
+// Loads the low 8 bits of `instruction` (bit 0 shifted first) into the target and all ones into
+// the others. With a level that is not in the chain all get ones. Nothing is compared. Shifts
+// nothing when memory cannot be had.
+void Quorlan_ExeSirCommand(u32 level, u32 total, u32 instruction);
+
+// Shifts ones through the chain and returns `bits` bits of the target's data register as a new
+// bit string, last one read first, which the caller frees with kfree. Null when nothing was read
+// or memory cannot be had.
+u8 *Quorlan_ExeSdrRdbkCommand(u32 level, u32 total, s32 bits);
+
+// Reads the target's IDCODE into g_chip_idcode and logs it, or why it could not be read: five
+// records, "DECODE CHIP : " and four bytes in hexadecimal, most significant first.
+void Quorlan_ReadIdCode(u32 level, u32 total);
+}

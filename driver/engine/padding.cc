@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "engine/padding.h"
+
+#include "util/memory.h"
+
+extern "C" {
+
+#define OPCODE_FIRST 9
+#define INDEX_TIR 1  // the trailers are the registers up to here
+
+#define CHARACTER_TDI_0 0x08
+#define CHARACTER_TDI_1 0x4C
+#define CHARACTER_TMS 0x22  // both TMS bits
+
+u32 g_tdr_len, g_tir_len, g_hdr_len, g_hir_len;
+u8 *g_tdr_data, *g_tir_data, *g_hdr_data, *g_hir_data;
+u8 *g_tdr_vector, *g_tir_vector, *g_hdr_vector, *g_hir_vector;
+
+static u8 **const g_padding_vectors[] = {&g_tdr_vector, &g_tir_vector, &g_hdr_vector,
+                                         &g_hir_vector};
+
+s32 padding_index(signed char opcode) {
+  const s32 index = opcode - OPCODE_FIRST;
+  return index >= 0 && index <= 3 ? index : -1;
+}
+
+bool has_padding_vector(signed char opcode) {
+  return *g_padding_vectors[padding_index(opcode)] != nullptr;
+}
+
+static void fill_vector(u8 *vector, u32 bits, const u8 *data) {
+  for (u32 d = 0; d < bits; d++) {
+    const bool one = data && data[d / 8] >> (7 - d % 8) & 1;
+    vector[d] = one ? CHARACTER_TDI_1 : CHARACTER_TDI_0;
+  }
+  vector[bits] = 0;
+}
+
+void Quorlan_GenHeadAndTrailerVec(signed char opcode, s32 bits, const u8 *data) {
+  const s32 index = padding_index(opcode);
+  if (index < 0) {
+    printk("Error: Generate Head/Trailer vector failed: unkown opcode.\n\n");
+    return;
+  }
+
+  u8 **vector = g_padding_vectors[index];
+  kfree(*vector);
+  *vector = nullptr;
+  if (bits <= 0)
+    return;
+  u8 *built = alloc_bytes(static_cast<u64>(bits) + 1);
+  if (!built)
+    return;
+
+  fill_vector(built, static_cast<u32>(bits), data);
+  if (index <= INDEX_TIR)
+    built[bits - 1] |= CHARACTER_TMS;
+  *vector = built;
+}
+}

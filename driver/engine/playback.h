@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// Playing a finished vector on the lines, and the run flag that a failure clears.
+#pragma once
+
+#include "kernel/kernel.h"
+
+// Results of a download.
+#define RESULT_NO_MEMORY (-2)  // also: bad arguments at the entry
+#define RESULT_BAD_HEADER (-7)
+#define RESULT_MALFORMED (-10)
+#define RESULT_VERIFY_FAILED (-17)
+
+extern "C" {
+
+// 1 while the download runs, 0 once something has failed: nothing is played then. 1 at load; set
+// to 1 by TvbToVec for every download.
+extern u32 g_status;
+
+// The result of a download whose g_status is 0. RESULT_VERIFY_FAILED at load and from the start
+// of every download; RESULT_NO_MEMORY once stop_without_memory() was called.
+extern s32 g_stop_code;
+
+// Stops the download because memory could not be had: nothing more is played.
+void stop_without_memory(void);
+
+// Both play g_vector, one TCK period a character: TCK low, TDI, TMS, TDO, TCK high. The data
+// range is the characters with start <= index < end. TDI is driven in it only, so that elsewhere
+// it keeps the last data bit. TMS is driven at index <= start and from index end - 1 on (unsigned
+// 32-bit), so that it keeps its level in between. Bit d of `mask` (bit 7 - d mod 8 of byte
+// d div 8; null: none) says whether TDO is read at index start + d. They play nothing when the
+// vector is empty or g_status is not 1, and stop when it no longer is.
+
+// Compares what it reads with the character's expected level. At the first difference it logs
+// "Verify Failed\r\n", clears g_status and returns with TCK low.
+void Quorlan_Transfer(const u8 *mask, u32 start, u32 end);
+
+// Returns what it read as a new string of '0' + value, last read first, which the caller frees
+// with kfree. Null when nothing was read, g_status was cleared, or memory cannot be had; for
+// want of the end - start + 1 bytes (unsigned 32-bit) of the capture nothing is played.
+u8 *Quorlan_TransferAndReadTDO(const u8 *mask, u32 start, u32 end);
+}

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "engine/shift.h"
+
+#include "engine/padding.h"
+#include "engine/playback.h"
+#include "engine/vector.h"
+
+extern "C" {
+
+#define DATA_WALK 3         // Select-DR-Scan, Capture-DR, Shift-DR
+#define INSTRUCTION_WALK 4  // Select-DR-Scan, Select-IR-Scan, Capture-IR, Shift-IR
+#define CLOSING 2           // Update, Run-Test/Idle
+
+static u32 bit_of(const u8 *bytes, u32 d) {
+  return bytes[d / 8] >> (7 - d % 8) & 1;
+}
+
+static void append_data(u32 bits, const u8 *tdi, const u8 *tdo, bool leaves_shift) {
+  for (u32 d = 0; d < bits; d++) {
+    set_level(LEVEL_TDI, tdi ? bit_of(tdi, d) : 0);
+    set_level(LEVEL_TMS, leaves_shift && d == bits - 1);
+    if (tdo)
+      set_level(LEVEL_EXPECTED, bit_of(tdo, d));
+    Quorlan_GenVec();
+  }
+}
+
+void Quorlan_SvfShiftExit(s32 bits, const u8 *tdi, const u8 *tdo, s32 kind) {
+  const u8 *header = kind == KIND_INSTRUCTION ? g_hir_vector : g_hdr_vector;
+  const u8 *trailer = kind == KIND_INSTRUCTION ? g_tir_vector : g_tdr_vector;
+
+  if (!tdo)
+    set_level(LEVEL_EXPECTED, 0);
+  if (header)
+    append_characters(header);
+  if (bits > 0)
+    append_data(static_cast<u32>(bits), tdi, tdo, !trailer);
+  if (trailer)
+    append_characters(trailer);
+}
+
+static void append_closing(void) {
+  append_tms(1);
+  append_tms(0);
+}
+
+static bool build_instruction_shift(u32 bits, const u8 *tdi, const u8 *tdo) {
+  const u64 padding = static_cast<u64>(g_hir_len) + g_tir_len;
+  if (!begin_vector(bits + padding + INSTRUCTION_WALK + CLOSING))
+    return false;
+  append_tms(1);
+  append_tms(1);
+  append_tms(0);
+  append_tms(0);
+  Quorlan_SvfShiftExit(static_cast<s32>(bits), tdi, tdo, KIND_INSTRUCTION);
+  append_closing();
+  return true;
+}
+
+static bool build_data_shift(u32 bits, const u8 *tdi, const u8 *tdo) {
+  const u64 padding = static_cast<u64>(g_hdr_len) + g_tdr_len;
+  if (!begin_vector(bits + padding + DATA_WALK + CLOSING))
+    return false;
+  append_tms(1);
+  append_tms(0);
+  append_tms(0);
+  Quorlan_SvfShiftExit(static_cast<s32>(bits), tdi, tdo, KIND_DATA);
+  append_closing();
+  return true;
+}
+
+// The range's end counts back from the vector's, in unsigned 32 bits: a length that has outlived
+// its vector moves the range, and the playback goes by what comes out.
+static u32 range_end(u32 trailer) {
+  return vector_length() - trailer - CLOSING;
+}
+
+void Quorlan_SvfShiftInsRegister(u32 bits, const u8 *tdi, const u8 *tdo, const u8 *mask) {
+  if (build_instruction_shift(bits, tdi, tdo))
+    Quorlan_Transfer(mask, g_hir_len + INSTRUCTION_WALK, range_end(g_tir_len));
+}
+
+void Quorlan_SvfShiftDataRegister(u32 bits, const u8 *tdi, const u8 *tdo, const u8 *mask) {
+  if (build_data_shift(bits, tdi, tdo))
+    Quorlan_Transfer(mask, g_hdr_len + DATA_WALK, range_end(g_tdr_len));
+}
+
+u8 *Quorlan_SvfShiftDataRegisterAndReadTDO(u32 bits, const u8 *tdi, const u8 *tdo, const u8 *mask) {
+  if (!build_data_shift(bits, tdi, tdo))
+    return nullptr;
+  return Quorlan_TransferAndReadTDO(mask, g_hdr_len + DATA_WALK, range_end(g_tdr_len));
+}
+}

@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "engine/vector.h"
+
+#include "engine/playback.h"
+#include "util/memory.h"
+
+extern "C" {
+
+#define VECTOR_SIZE_AT_LOAD 3200
+
+u8 *g_vector;
+u32 g_vector_size = VECTOR_SIZE_AT_LOAD;
+u32 g_vec_val;
+u8 g_buf[2];
+struct vector_tail g_vector_tail;
+
+static u64 length_of(const u8 *characters) {
+  return strlen(reinterpret_cast<const char *>(characters));
+}
+
+u32 vector_length(void) {
+  return g_vector ? static_cast<u32>(length_of(g_vector)) : 0;
+}
+
+static void give_up(void) {
+  g_vector_tail.given_up = true;
+  stop_without_memory();
+  printk("Error: malloc/realloc failed, size %d\n", static_cast<s32>(g_vector_size));
+}
+
+// Takes over a new, empty buffer of `room` bytes; null gives the vector up.
+static void start_buffer(u8 *buffer, u64 room) {
+  g_vector = buffer;
+  g_vector_tail = {buffer, room, 0, false};
+  if (buffer)
+    buffer[0] = 0;
+  else
+    give_up();
+}
+
+// Makes the tail true for a buffer or a content that did not come from here.
+static void find_tail(void) {
+  struct vector_tail *tail = &g_vector_tail;
+  if (tail->vector != g_vector)
+    *tail = {g_vector, g_vector_size, length_of(g_vector), false};
+  else if (g_vector[0] == 0)
+    tail->length = 0;
+  else if (tail->length == 0 || g_vector[tail->length] != 0)
+    tail->length = length_of(g_vector);
+}
+
+void Quorlan_MemSet(u32 length) {
+  // Somebody else's buffer was sized by what g_vector_size is now.
+  if (g_vector)
+    find_tail();
+  if (g_vector_size < length)
+    g_vector_size = length;
+  if (!g_vector) {
+    const u64 room = static_cast<u64>(g_vector_size) + 1;
+    start_buffer(alloc_bytes(room), room);
+    return;
+  }
+  g_vector[0] = 0;
+  g_vector_tail.given_up = false;
+}
+
+bool begin_vector(u64 length) {
+  if (length > 0xFFFFFFFF) {
+    give_up();
+    return false;
+  }
+  Quorlan_MemSet(static_cast<u32>(length));
+  if (g_vector && length >= M7_ALLOC_MAX)
+    give_up();
+  return !g_vector_tail.given_up;
+}
+
+// Returns the size to grow to for `needed` bytes: what g_vector_size asks for, unless that is too
+// little, or more than the allocator has.
+static u64 grown_size(u64 needed) {
+  const u64 asked = static_cast<u64>(g_vector_size) + 1;
+  if (asked >= needed && asked <= M7_ALLOC_MAX)
+    return asked;
+  const u64 doubled = 2 * g_vector_tail.room;
+  if (needed <= doubled && doubled <= M7_ALLOC_MAX)
+    return doubled;
+  return needed <= M7_ALLOC_MAX ? M7_ALLOC_MAX : needed;
+}
+
+static bool make_room(u64 needed) {
+  if (needed <= g_vector_tail.room)
+    return true;
+
+  const u64 size = grown_size(needed);
+  u8 *grown = realloc_bytes(g_vector, size);
+  if (!grown) {
+    give_up();
+    return false;
+  }
+  g_vector = grown;
+  g_vector_tail.vector = grown;
+  g_vector_tail.room = size;
+  return true;
+}
+
+static void append(const u8 *characters, u64 count) {
+  if (!g_vector)
+    return;
+  find_tail();
+  struct vector_tail *tail = &g_vector_tail;
+  if (tail->given_up || !make_room(tail->length + count + 1))
+    return;
+  memcpy(g_vector + tail->length, characters, count);
+  tail->length += count;
+  g_vector[tail->length] = 0;
+}
+
+void append_characters(const u8 *characters) {
+  append(characters, length_of(characters));
+}
+
+void set_level(u32 field, u32 level) {
+  g_vec_val = (g_vec_val & ~(1u << field)) | level << field;
+}
+
+void Quorlan_GenVec(void) {
+  const u32 tdi = g_vec_val >> LEVEL_TDI & 1;
+  const u32 tms = g_vec_val >> LEVEL_TMS & 1;
+  const u32 expected = g_vec_val >> LEVEL_EXPECTED & 1;
+  const u32 levels = tdi << 2 | tms << 1 | expected;
+  g_buf[0] = static_cast<u8>(levels << 4 | 1u << VECTOR_TCK_SECOND | levels);
+  append(g_buf, 1);
+}
+
+void append_tms(u32 tms) {
+  set_level(LEVEL_TDI, 0);
+  set_level(LEVEL_EXPECTED, 0);
+  set_level(LEVEL_TMS, tms);
+  Quorlan_GenVec();
+}
+
+void Quorlan_StateConfig(s32 state) {
+  // Bit n is the TMS level of state n.
+  const u32 tms_of_state = 0b0110'1100'1100'1010;
+  const bool known = state >= 1 && state <= 14;
+  if (!known)
+    printk("Error: StateConfig Invalid state");
+  append_tms(known ? tms_of_state >> state & 1 : 0);
+}
+
+s32 Quorlan_Reset(void) {
+  kfree(g_vector);
+  // A length that no buffer can have was asked for once; it must not end every later download.
+  const u32 room = g_vector_size <= M7_ALLOC_MAX ? g_vector_size : VECTOR_SIZE_AT_LOAD;
+  start_buffer(alloc_bytes(room), room);
+
+  for (u32 i = 0; i < 10; i++)
+    append_tms(1);
+  append_tms(0);
+  Quorlan_Transfer(nullptr, 0, vector_length());
+  return 0;
+}
+}

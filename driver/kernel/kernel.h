@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// What the driver takes from the kernel: the fixed-width types and every function and table that
+// it may call. The kernel's own headers are C only, so these are declarations of our own;
+// contract.c, which sees both, holds them to the kernel's at compile time.
+#pragma once
+
+#ifdef __cplusplus
+typedef __UINT8_TYPE__ u8;
+typedef __INT16_TYPE__ s16;
+typedef __UINT32_TYPE__ u32;
+typedef __INT32_TYPE__ s32;
+typedef __UINT64_TYPE__ u64;
+typedef __INT64_TYPE__ s64;
+#if __STDC_HOSTED__
+#include <string.h>
+#include <sys/types.h>
+#else
+typedef __SIZE_TYPE__ size_t;
+typedef __PTRDIFF_TYPE__ ssize_t;
+#endif
+
+extern "C" {
+#endif
+
+struct file;
+
+// Allocation flags: may sleep; may sleep and gives zeroed memory.
+#define M7_GFP_KERNEL 0xCC0u
+#define M7_GFP_ZERO 0x100u
+
+// The largest block that __kmalloc can give, with the smallest pages. A larger request is not
+// merely refused: the kernel reports it as a bug of the caller.
+#define M7_ALLOC_MAX (4u << 20)
+
+// Tells an upper-case letter (Latin-1 included) in an entry of _ctype.
+#define M7_CTYPE_UPPER 0x01u
+
+// The argument of __const_udelay that waits 100 microseconds.
+#define M7_UDELAY_100_US 429500ul
+
+// The kernel's character classes, one entry a byte value.
+extern const unsigned char _ctype[];
+
+// Allocates `size` bytes under M7_GFP_… flags. Null when memory cannot be had. The caller frees
+// the block with kfree.
+void *__kmalloc(size_t size, u32 flags);
+
+// Resizes `block`, moving its content; the old block is gone where the result is not null and
+// still there where it is.
+void *krealloc(const void *block, size_t size, u32 flags);
+
+// Frees a block. Null is fine.
+void kfree(const void *block);
+
+// Writes to the kernel log. The driver's messages carry no level prefix.
+__attribute__((format(printf, 1, 2))) int printk(const char *format, ...);
+
+// Waits busily, without sleeping: M7_UDELAY_100_US for 100 microseconds.
+void __const_udelay(unsigned long loops);
+
+// A clock in nanoseconds that never sleeps.
+unsigned long long sched_clock(void);
+
+// Reads up to `count` bytes of an open file at `*position` and advances it. Returns the number
+// of bytes read, 0 at the end of the file, a negative error code otherwise.
+ssize_t kernel_read(struct file *file, void *buffer, size_t count, s64 *position);
+
+// Returns the address of an open file's own position (contract.c; the record is the kernel's).
+s64 *m7_file_pos(struct file *file);
+
+#if defined(__cplusplus) && !__STDC_HOSTED__
+size_t strlen(const char *text);
+char *strcat(char *to, const char *from);
+void *memcpy(void *to, const void *from, size_t count);
+void *memset(void *to, int byte, size_t count);
+#endif
+
+#ifdef __cplusplus
+}
+#endif

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "module/download.h"
+
+#include "engine/playback.h"
+#include "engine/vector.h"
+#include "jtag_gpio.h"
+#include "kernel/log.h"
+#include "player/header.h"
+#include "player/interpreter.h"
+#include "player/prescan.h"
+#include "player/reader.h"
+
+extern "C" {
+
+static s32 rejected(const char *message) {
+  drv_log_record(LOG_MODULE_DOWNLOAD, LOG_ERROR, 0, message);
+  return DOWNLOAD_REJECTED;
+}
+
+static s32 play_image(u64 length) {
+  const s32 rc = Quorlan_ReadTvbHeader();
+  if (rc) {
+    drv_log_record(LOG_MODULE_DOWNLOAD, LOG_INFO, 0, "m7 pls check head\r\n");
+    return rc;
+  }
+  Quorlan_Reset();
+  if (Quorlan_ReadChipIdcode())
+    drv_log_record(LOG_MODULE_DOWNLOAD, LOG_ERROR, 0, "m7 cannot read chip id\r\n");
+  return Quorlan_ProcessCmd(length);
+}
+
+s32 Quorlan_HandleTvbContent(const u8 *, u64 length) {
+  g_tvb_length = length;
+  g_stop_code = RESULT_VERIFY_FAILED;
+  g_read_limit = length;
+  const s32 rc = play_image(length);
+  g_read_limit = READ_LIMIT_NONE;
+  return rc;
+}
+
+s32 TvbToVec(struct download_context *context, const u8 *image, u32 length) {
+  g_tvb_buffer = image;
+  g_status = 1;
+  if (!image || length == 0)
+    return rejected("Please specify the file\r\n");
+
+  drv_log_record(LOG_MODULE_DOWNLOAD, LOG_INFO, 0, "m7 cplddownload start file len %u\r\n", length);
+  if (!context || !context->pins || !context->operations)
+    return rejected("m7 cplddownload para null.\r\n");
+
+  g_tvb_cpld_cfg = context->pins;
+  g_tvb_jtag_funcs = context->operations;
+  if (!g_tvb_jtag_funcs->drive_high || !g_tvb_jtag_funcs->drive_low || !g_tvb_jtag_funcs->read)
+    return rejected("m7 cplddownload funcs null.\r\n");
+
+  const s32 rc = Quorlan_HandleTvbContent(g_tvb_buffer, length);
+  g_tvb_buffer = nullptr;
+  drv_log_record(LOG_MODULE_DOWNLOAD, LOG_INFO, 0, "m7 cplddownload end rtn_code %d\r\n", rc);
+  return rc ? DOWNLOAD_FAILED : DOWNLOAD_DONE;
+}
+}

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "player/interpreter.h"
+
+#include "engine/playback.h"
+#include "engine/session.h"
+#include "kernel/log.h"
+#include "player/header.h"
+#include "player/padding_record.h"
+#include "player/reader.h"
+#include "player/record.h"
+#include "player/runtest_record.h"
+#include "player/shift_record.h"
+#include "runtest/runtest.h"
+
+extern "C" {
+
+// The shortest L of a run-test record that has fields: opcode, gate byte and one more.
+#define RUNTEST_LENGTH_MIN 24
+#define RUNTEST_GATE_OPEN 1
+
+// One loop at a time: loops do not nest.
+struct loop {
+  s32 counter;
+  u64 start;  // index of the body's first record
+};
+
+static s32 logged(s32 rc, const char *message) {
+  if (rc)
+    drv_log_record(LOG_MODULE_DOWNLOAD, LOG_INFO, 0, message);
+  return rc;
+}
+
+static s32 skip_record(u64 opcode_pos, s64 length) {
+  if (length < 0)
+    return refuse_cut_record();
+  g_pos = opcode_pos + static_cast<u64>(length / 8);
+  return 0;
+}
+
+static s32 play_runtest(s64 length) {
+  const u32 gate = fgetc();
+  if (read_past_end(0))
+    return refuse_cut_record();
+  if (length < RUNTEST_LENGTH_MIN || gate != RUNTEST_GATE_OPEN)
+    return 0;
+
+  const u64 cycles = Quorlan_ProcessRuntestCmd();
+  // The fields end at a byte that belongs to no field, which may be missing at the file's end.
+  if (read_past_end(1))
+    return refuse_cut_record();
+  Quorlan_KeepCycle(static_cast<s32>(cycles));
+  return 0;
+}
+
+static s32 set_frequency(void) {
+  const u64 frequency = Quorlan_ReadNumber();
+  if (read_past_end(0))
+    return refuse_cut_record();
+  if (g_freq == 0 || static_cast<s64>(g_freq) > static_cast<s64>(frequency))
+    g_freq = frequency;
+  return 0;
+}
+
+static s32 open_loop(struct loop *loop) {
+  loop->counter = static_cast<s32>(Quorlan_ReadNumber());
+  loop->start = g_pos;
+  return read_past_end(0) ? refuse_cut_record() : 0;
+}
+
+static s32 close_loop(struct loop *loop) {
+  if (loop->counter >= 2) {
+    loop->counter--;
+    g_pos = loop->start;
+  }
+  return 0;
+}
+
+static s32 play_record(struct loop *loop) {
+  const s64 length = static_cast<s64>(Quorlan_ReadNumber());
+  const u64 opcode_pos = g_pos;
+  const signed char opcode = static_cast<signed char>(fgetc());
+  if (read_past_end(0))
+    return refuse_cut_record();
+
+  switch (opcode) {
+    case OPCODE_RESERVED_1:
+    case OPCODE_RESERVED_5:
+    case OPCODE_RESERVED_6:
+    case OPCODE_RESERVED_19:
+      return skip_record(opcode_pos, length);
+    case OPCODE_RUNTEST:
+      return play_runtest(length);
+    case OPCODE_FREQUENCY:
+      return set_frequency();
+    case OPCODE_TDR:
+    case OPCODE_TIR:
+    case OPCODE_HDR:
+    case OPCODE_HIR:
+      return logged(Quorlan_ProcessHeadAndTrailerCommand(opcode),
+                    "Exe head or trailer command error\r\n");
+    case OPCODE_SDR:
+    case OPCODE_SIR:
+      return logged(Quorlan_ProcessSirAndSdrCommand(opcode),
+                    "Error: Execute sir/sdr instruction fail!\r\n");
+    case OPCODE_LOOP:
+      return open_loop(loop);
+    case OPCODE_ENDLOOP:
+      return close_loop(loop);
+    default:
+      return logged(RESULT_MALFORMED, "Error: invalid file format, unkown opcode\r\n");
+  }
+}
+
+static void end_file(void) {
+  drv_log_record(LOG_MODULE_DOWNLOAD, LOG_INFO, 0, "m7 process done file len %u\r\n",
+                 static_cast<u32>(g_pos));
+  Quorlan_FreeMemory();
+  release_padding_data();
+}
+
+s32 Quorlan_ProcessCmd(u64 length) {
+  struct loop loop = {};
+  g_pos = g_cfg_start_pos;
+  while (static_cast<s64>(g_pos) < static_cast<s64>(length) && fgetc() == RECORD_MARK) {
+    if (g_status == 0)
+      return g_stop_code;
+    const s32 rc = play_record(&loop);
+    if (rc)
+      return rc;
+  }
+  end_file();
+  // A failed verification in the last record goes unseen, as it always has; work that was not
+  // done for want of memory does not.
+  return g_status == 0 && g_stop_code == RESULT_NO_MEMORY ? RESULT_NO_MEMORY : 0;
+}
+}

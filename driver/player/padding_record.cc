@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "player/padding_record.h"
+
+#include "engine/padding.h"
+#include "engine/playback.h"
+#include "player/reader.h"
+#include "player/record.h"
+#include "util/memory.h"
+
+extern "C" {
+
+static u32 *const g_padding_lengths[] = {&g_tdr_len, &g_tir_len, &g_hdr_len, &g_hir_len};
+static u8 **const g_padding_data[] = {&g_tdr_data, &g_tir_data, &g_hdr_data, &g_hir_data};
+
+// Reads tag and bytes of a register of `bits` bits into a new block, null for another tag than
+// TDI. Returns false when memory cannot be had.
+static bool read_data(u32 bits, u8 **data) {
+  if (fgetc() != TAG_TDI)
+    return true;
+  const u64 count = bytes_for_bits(bits);
+  *data = alloc_bytes(count + 1);
+  if (!*data)
+    return false;
+  read_bytes(*data, count);
+  (*data)[count] = 0;
+  return true;
+}
+
+static void store(s32 index, u32 bits, u8 *data) {
+  *g_padding_lengths[index] = bits;
+  kfree(*g_padding_data[index]);
+  *g_padding_data[index] = data;
+}
+
+s32 Quorlan_ProcessHeadAndTrailerCommand(signed char opcode) {
+  const u32 bits = static_cast<u32>(Quorlan_ReadNumber());
+  u8 *data = nullptr;
+  if (bits != 0 && !read_data(bits, &data))
+    return RESULT_NO_MEMORY;
+
+  const s32 index = padding_index(opcode);
+  if (index < 0) {
+    printk("Error: invalid Head/Trailer format,  unkown opcode.\n\n");
+    kfree(data);
+    return RESULT_MALFORMED;
+  }
+
+  if (bits != 0)
+    fgetc();
+  if (read_past_end(0)) {
+    kfree(data);
+    return refuse_cut_record();
+  }
+  store(index, bits, data);
+  Quorlan_GenHeadAndTrailerVec(opcode, static_cast<s32>(bits), data);
+  // Scans without their padding would reach the wrong device.
+  return bits != 0 && !has_padding_vector(opcode) ? RESULT_NO_MEMORY : 0;
+}
+
+static void release(u8 **data) {
+  kfree(*data);
+  *data = nullptr;
+}
+
+void release_padding_data(void) {
+  release(&g_hdr_data);
+  release(&g_tir_data);
+  release(&g_tdr_data);
+}
+
+void release_all_padding_data(void) {
+  release_padding_data();
+  release(&g_hir_data);
+}
+}

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "player/prescan.h"
+
+#include "decode/block.h"
+#include "engine/device.h"
+#include "engine/playback.h"
+#include "player/reader.h"
+#include "player/record.h"
+#include "util/bit_string.h"
+
+extern "C" {
+
+#define BYPASS 0xFF
+#define IDCODE_INSTRUCTION_E0 0xE0
+
+u32 g_cur_level;
+u32 g_total_level;
+
+// Returns whether a byte was not all ones.
+static bool count_bypassed(const u8 *data, u32 count, u32 *first, u32 *second) {
+  bool target_seen = false;
+  for (u32 i = count; i-- > 0;) {
+    const u32 instruction = static_cast<u32>(Quorlan_ReverseChar(data[i]));
+    if (instruction == IDCODE_INSTRUCTION_E0)
+      g_idcode_pub = IDCODE_INSTRUCTION_E0;
+    if (instruction != BYPASS)
+      target_seen = true;
+    else
+      ++*(target_seen ? first : second);
+  }
+  return target_seen;
+}
+
+static void report_format(void) {
+  printk("Error: Invalid format when executing read sir information!\n");
+}
+
+s32 Quorlan_ReadSirInfo(u32 *first, u32 *second) {
+  *first = 0;
+  *second = 0;
+  const u32 bits = static_cast<u32>(Quorlan_ReadNumber());
+  if (fgetc() != TAG_TDI) {
+    report_format();
+    g_pos -= static_cast<u64>(bits) - 1;
+    return RESULT_BAD_HEADER;
+  }
+
+  const u32 count = bytes_for_bits(bits);
+  const u8 *data = Quorlan_ProcessData(count);
+  if (!data)
+    return RESULT_NO_MEMORY;
+
+  const bool target_seen = count_bypassed(data, count, first, second);
+  if (fgetc() != TAG_END) {
+    report_format();
+    return 0;
+  }
+  return target_seen;
+}
+
+// Reads the body of a TDR or HDR record: its length in bits is the number of devices that it
+// passes through.
+static u32 read_padding_length(void) {
+  const u32 bits = static_cast<u32>(Quorlan_ReadNumber());
+  if (bits != 0) {
+    while (fgetc() != TAG_END && !read_past_end(0)) {
+    }
+  }
+  return bits;
+}
+
+// Bypassed devices as the records tell them: TDR bits and ones last in an SIR lie before the
+// target, HDR bits and the other ones in an SIR after it.
+struct chain {
+  u32 first;
+  u32 second;
+  u32 hdr;
+  u32 tdr;
+};
+
+// Reads one record. Returns 0 when the scan may go on.
+static s32 scan_record(struct chain *chain) {
+  const s64 length = static_cast<s64>(Quorlan_ReadNumber());
+  const u64 opcode_pos = g_pos;
+  const signed char opcode = static_cast<signed char>(fgetc());
+  switch (opcode) {
+    case OPCODE_TDR:
+      chain->tdr = read_padding_length();
+      return 0;
+    case OPCODE_HDR:
+      chain->hdr = read_padding_length();
+      return 0;
+    case OPCODE_SIR:
+      return Quorlan_ReadSirInfo(&chain->first, &chain->second);
+    default:
+      if (length < 0)
+        return RESULT_MALFORMED;
+      g_pos = opcode_pos + static_cast<u64>(length / 8);
+      return 0;
+  }
+}
+
+s32 Quorlan_ReadChipIdcode(void) {
+  struct chain chain = {};
+  while (fgetc() == RECORD_MARK) {
+    const s32 rc = scan_record(&chain);
+    // This takes the next record's mark, so that a well-formed file is scanned no further than
+    // its first record. Players have always done so, and files count on it.
+    fgetc();
+    if (rc)
+      break;
+  }
+  g_cur_level = chain.tdr + chain.second + 1;
+  g_total_level = g_cur_level + chain.hdr + chain.first;
+  Quorlan_ReadIdCode(g_cur_level, g_total_level);
+  return 0;
+}
+}

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// Reading the image of a command file: single bytes, runs of bytes, and numbers.
+#pragma once
+
+#include "kernel/kernel.h"
+
+// g_read_limit while no download runs: reads are not bounded.
+#define READ_LIMIT_NONE (~0ull)
+
+extern "C" {
+
+// The image and its length in bytes. Owned by the framework; the pointer is null between
+// downloads.
+extern const u8 *g_tvb_buffer;
+extern u64 g_tvb_length;
+
+// Index in the image of the next byte to read.
+extern u64 g_pos;
+
+// After every single-byte read: that byte and a 0.
+extern u8 g_buffer[1024];
+
+// Bytes at this index and beyond are not touched and read as 0, while g_pos goes on. The image's
+// length during a download, READ_LIMIT_NONE otherwise.
+extern u64 g_read_limit;
+
+// Returns the byte at g_pos (0 to 255), mirrors it into g_buffer and advances g_pos by one.
+u32 fgetc(void);
+
+// Copies `count` bytes of the image at g_pos to `to` and advances g_pos; what lies past the end is
+// 0. g_buffer is left alone.
+void read_bytes(u8 *to, u64 count);
+
+// Reads one number at g_pos: groups of 7 bits, least significant first, one a byte, bit 7 set
+// where another follows. Group i is shifted by 7 * i modulo 32 within 32 bits, sign-extended and
+// added to the 64-bit result: a value with bit 31 set comes out sign-extended.
+u64 Quorlan_ReadNumber(void);
+
+// Returns whether more than `allowed` bytes were read past the end of the image.
+bool read_past_end(u64 allowed);
+
+// Reports to the kernel log that the file ends inside a record. Returns RESULT_MALFORMED.
+s32 refuse_cut_record(void);
+
+// Copies `count` bytes of `src` from `*pos` on to `dst`, and a 0 after them; advances `*pos` by
+// `count`. `dst` has room for count + 1 bytes.
+void buffer_read(const u8 *src, u8 *dst, u64 count, u64 *pos);
+
+// Reads a line of an open file, at most `size` bytes and from the file's own position, which is
+// left after the line. The newline stays; a 0 follows unless the line fills the buffer. Returns
+// `buffer`, or null at the end of the file, on a read error, and for a size below 1.
+u8 *read_line(u8 *buffer, s32 size, struct file *file);
+}
