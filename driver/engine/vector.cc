@@ -142,10 +142,13 @@ void append_tms(u32 tms) {
 void Quorlan_StateConfig(s32 state) {
   // Bit n is the TMS level of state n.
   const u32 tms_of_state = 0b0110'1100'1100'1010;
+  set_level(LEVEL_TDI, 0);
+  set_level(LEVEL_EXPECTED, 0);
   const bool known = state >= 1 && state <= 14;
   if (!known)
     printk("Error: StateConfig Invalid state");
-  append_tms(known ? tms_of_state >> state & 1 : 0);
+  set_level(LEVEL_TMS, known ? tms_of_state >> state & 1 : 0);
+  Quorlan_GenVec();
 }
 
 s32 Quorlan_Reset(void) {

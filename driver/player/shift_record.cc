@@ -78,8 +78,8 @@ s32 Quorlan_ProcessSirAndSdrCommand(signed char opcode) {
 
 s32 Quorlan_PrintData(s32 count, const u8 *bytes) {
   printk(" (");
-  for (s32 i = count - 1; i >= 0; i--)
-    printk("%02X", static_cast<u32>(Quorlan_ReverseChar(bytes[i])));
+  for (s32 i = count; i > 0; i--)
+    printk("%02X", static_cast<u32>(Quorlan_ReverseChar(bytes[i - 1])));
   return printk(") ");
 }
 }

@@ -1,0 +1,35 @@
+/* SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only */
+/* What the files of jtag_sim.ko share. */
+#ifndef BOARD_SIM_BOARD_H
+#define BOARD_SIM_BOARD_H
+
+#include <linux/mutex.h>
+
+#include "sim/sim.h"
+
+/* The one chain of this module, and the lock that every use of it holds. */
+extern struct mutex sim_lock;
+extern struct sim_chain *sim_chain;
+
+/* ---- sim_main.c */
+
+/*
+ * Sets exactly the faults that @text names (see sim/config.h); -EINVAL where it is wrong, and then
+ * the faults are as before. Takes sim_lock.
+ */
+int sim_set_faults(const char *text);
+
+/* ---- sim_chip.c */
+
+/* Offers the chain's pins as a GPIO chip "jtag_sim" of four lines, from number @base or, where that
+ * is negative, from the first free ones. Lines 0 to 3 are TCK, TMS, TDI and TDO. */
+int sim_chip_add(int base);
+void sim_chip_remove(void);
+
+/* ---- sim_state.c */
+
+/* The files in debugfs "jtag_sim". */
+void sim_state_add(void);
+void sim_state_remove(void);
+
+#endif

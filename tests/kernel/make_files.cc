@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// make_files FOLDER: writes the command files that the kernel tests download. They are for the
+// chains of guest/lib.sh: a part of 8 rows of 32 bits, alone or as the second of three devices.
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "demo/part_file.h"
+#include "sim/sim.h"
+
+namespace {
+
+using demo::Bits;
+using demo::PartFile;
+
+constexpr demo::Part kPart = {0x0A014C35, 8, 32, 100, 20};
+constexpr demo::Place kAlone = {0, 0};
+constexpr demo::Place kSecondOfThree = {1, 1};
+// The memory's 32 bytes, in order.
+constexpr char kText[] = "0123456789abcdefGHIJKLMNOPQRSTUV";
+
+// Every step there is, for the part at `place`.
+tvb::Buffer Whole(PartFile &file) {
+  const std::vector<Bits> rows = demo::RowsOfText(kPart, kText);
+  file.CheckIdcode();
+  file.Erase();
+  file.Program(rows);
+  file.Verify(rows);
+  return file.Finish();
+}
+
+tvb::Buffer Alone() {
+  PartFile file(kAlone, kPart);
+  return Whole(file);
+}
+
+tvb::Buffer SecondOfThree() {
+  PartFile file(kSecondOfThree, kPart);
+  return Whole(file);
+}
+
+template <tvb::Encoding encoding>
+tvb::Buffer Encoded() {
+  PartFile file(kAlone, kPart);
+  file.writer().Encode(tvb::BlockChoice::As(encoding));
+  return Whole(file);
+}
+
+tvb::Buffer Plain() {
+  PartFile file(kAlone, kPart, tvb::FileHeader::Plain());
+  return Whole(file);
+}
+
+// Compares the IDCODE of the second of three devices and nothing more.
+tvb::Buffer Idcode() {
+  PartFile file(kSecondOfThree, kPart);
+  file.CheckIdcode();
+  return file.writer().Finish();
+}
+
+// The same where the IDCODE is expected to be another one.
+tvb::Buffer WrongIdcode() {
+  demo::Part other = kPart;
+  other.idcode ^= 1;
+  PartFile file(kSecondOfThree, other);
+  file.CheckIdcode();
+  return file.writer().Finish();
+}
+
+// Waits one clock less than the part needs after each row.
+tvb::Buffer ShortWait() {
+  const std::vector<Bits> rows = demo::RowsOfText(kPart, kText);
+  PartFile file(kAlone, kPart);
+  file.Erase();
+  file.Program(rows, kPart.program_clocks - 1);
+  file.Verify(rows);
+  return file.Finish();
+}
+
+// Programs and verifies all rows in loops of one row.
+tvb::Buffer Loop() {
+  const Bits row = demo::RowsOfText(kPart, "loop")[0];
+  PartFile file(kAlone, kPart);
+  file.Erase();
+  file.Program({});
+  file.writer().BeginLoop(kPart.rows);
+  file.Data(row);
+  file.writer().RunTest(kPart.program_clocks);
+  file.writer().EndLoop();
+  file.Verify({});
+  file.writer().BeginLoop(kPart.rows);
+  file.Data(Bits(kPart.row_bits, false), row);
+  file.writer().EndLoop();
+  return file.Finish();
+}
+
+// The second of three devices, the others being covered by header and trailer registers.
+tvb::Buffer Padded() {
+  const std::vector<Bits> rows = demo::RowsOfText(kPart, kText);
+  PartFile file(kAlone, kPart);
+  file.writer().Hir(8, {0xFF});
+  file.writer().Tir(8, {0xFF});
+  file.writer().Hdr(1, {0x80});
+  file.writer().Tdr(1, {0x80});
+  file.CheckIdcode();
+  file.Erase();
+  file.Program(rows);
+  file.Verify(rows);
+  file.Instruction(SIM_DISABLE);
+  file.writer().ClearPads();
+  return file.writer().Finish();
+}
+
+// Takes two seconds, in steps of a tenth, with few clocks.
+tvb::Buffer Slow() {
+  PartFile file(kAlone, kPart);
+  file.writer().Frequency(1000);
+  file.writer().BeginLoop(20);
+  file.writer().RunTest(std::chrono::milliseconds(100));
+  file.writer().EndLoop();
+  return file.Finish();
+}
+
+tvb::Buffer BadHeader() {
+  tvb::Buffer file = Alone();
+  file[0] = 'x';
+  return file;
+}
+
+tvb::Buffer UnknownOpcode() {
+  PartFile file(kAlone, kPart);
+  file.writer().Record(2, {});
+  return file.Finish();
+}
+
+// An instruction record of 8 bits in which a tag stands that there is none of.
+tvb::Buffer UnknownTag() {
+  PartFile file(kAlone, kPart);
+  file.writer().Record(tvb::kSir, {8, 99});
+  return file.Finish();
+}
+
+tvb::Buffer Empty() {
+  return {};
+}
+
+struct File {
+  const char *name;
+  tvb::Buffer (*make)();
+};
+
+constexpr File kFiles[] = {
+    {"alone.tvb", Alone},
+    {"three.tvb", SecondOfThree},
+    {"raw.tvb", Encoded<tvb::Encoding::kRaw>},
+    {"run-length.tvb", Encoded<tvb::Encoding::kRunLength>},
+    {"nibble.tvb", Encoded<tvb::Encoding::kNibble>},
+    {"bit-coding.tvb", Encoded<tvb::Encoding::kBitCoding>},
+    {"lzw.tvb", Encoded<tvb::Encoding::kLzw>},
+    {"plain.tvb", Plain},
+    {"idcode.tvb", Idcode},
+    {"wrong-idcode.tvb", WrongIdcode},
+    {"short-wait.tvb", ShortWait},
+    {"loop.tvb", Loop},
+    {"padded.tvb", Padded},
+    {"slow.tvb", Slow},
+    {"bad-header.tvb", BadHeader},
+    {"unknown-opcode.tvb", UnknownOpcode},
+    {"unknown-tag.tvb", UnknownTag},
+    {"empty.tvb", Empty},
+};
+
+bool Save(const std::string &path, const tvb::Buffer &bytes) {
+  std::FILE *file = std::fopen(path.c_str(), "wb");
+  if (file == nullptr) {
+    return false;
+  }
+  const bool whole = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+  return std::fclose(file) == 0 && whole;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: make_files FOLDER\n");
+    return 2;
+  }
+  try {
+    for (const File &file : kFiles) {
+      const std::string path = std::string(argv[1]) + "/" + file.name;
+      if (!Save(path, file.make())) {
+        std::perror(path.c_str());
+        return 1;
+      }
+    }
+  } catch (const std::exception &error) {
+    std::fprintf(stderr, "make_files: %s\n", error.what());
+    return 1;
+  }
+  return 0;
+}

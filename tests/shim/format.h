@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// The kernel's message formatting, as far as the driver uses it.
+#pragma once
+
+#include <cstdarg>
+#include <string>
+
+namespace shim {
+
+// Formats as the kernel does, for the conversions %s %c %d %8d %u %lld %02x and %02X. Any other
+// conversion, and a null format or string, fails the test: a new one is to be added here by
+// somebody who has looked up what the kernel does with it.
+std::string Format(const char *format, va_list arguments);
+
+}  // namespace shim

@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tvb/check_order.h"
+
+#include <algorithm>
+#include <string>
+
+#include "tvb/check_data.h"
+#include "tvb/text.h"
+
+namespace tvb {
+namespace {
+
+constexpr uint8_t kBypass = 0xFF;
+constexpr uint64_t kInstructionBits = 8;
+
+ChainPlace ChainOfInstructions(const Buffer &instructions) {
+  ChainPlace place;
+  bool target_seen = false;
+  // What went in last is nearest to TDI.
+  for (auto byte = instructions.rbegin(); byte != instructions.rend(); ++byte) {
+    if (*byte != kBypass) {
+      target_seen = true;
+    } else {
+      ++(target_seen ? place.after : place.before);
+    }
+  }
+  return place;
+}
+
+std::string PlaceText(const ChainPlace &place) {
+  return Count(place.before, "device") + " before the target and " + std::to_string(place.after) +
+         " after it";
+}
+
+std::string NamesOfSet(const PadBits &pads) {
+  std::string names;
+  auto add = [&names](const char *name, uint32_t bits) {
+    names += bits == 0 ? "" : (names.empty() ? "" : ", ") + std::string(name);
+  };
+  add("HIR", pads.hir);
+  add("TIR", pads.tir);
+  add("HDR", pads.hdr);
+  add("TDR", pads.tdr);
+  return names;
+}
+
+}  // namespace
+
+ChainPlace ChainOfFirstRecord(Bytes image, const RecordView &record) {
+  ChainPlace place;
+  if (record.fault) {
+    return place;
+  }
+  if (record.opcode == kTdr) {
+    place.before = record.bits();
+  } else if (record.opcode == kHdr) {
+    place.after = record.bits();
+  } else if (record.opcode == kSir && record.bits() <= kMostClocks && !record.fields.empty() &&
+             record.fields.front().tag == kTagTdi) {
+    place = ChainOfInstructions(DecodeBlock(image, *record.fields.front().block));
+  }
+  return place;
+}
+
+void LoopCheck::Loop(const RecordView &record) {
+  if (open_) {
+    findings_.Error(record, "a loop inside the loop of record " + std::to_string(open_->index) +
+                                ": the player has one counter; end that loop first");
+  }
+  const NumberView &count = *record.value;
+  if (count.lossy || count.value < 0) {
+    findings_.Error(record, "a loop count of " + NumberText(count) +
+                                " is negative to the player, which plays the body once; expected 1 "
+                                "to 2147483647");
+  } else if (count.value == 0) {
+    findings_.Warn(record, "a loop count of 0: the player plays the body once");
+  }
+  open_ = record;
+}
+
+void LoopCheck::EndLoop(const RecordView &record) {
+  if (!open_) {
+    findings_.Error(record, "ENDLOOP without a LOOP before it; leave it out");
+  }
+  open_.reset();
+}
+
+void LoopCheck::EndOfFile() {
+  if (open_) {
+    findings_.Error(*open_,
+                    "a loop that is not closed: the player plays its body once; put an "
+                    "ENDLOOP after it");
+  }
+}
+
+void ChainCheck::First(Bytes image, const RecordView &record) {
+  told_ = ChainOfFirstRecord(image, record);
+}
+
+void ChainCheck::Pad(const RecordView &record) {
+  pads_.Apply(record);
+  if (record.bits() == 0) {
+    return;
+  }
+  used_.before = std::max<uint64_t>({used_.before, pads_.tdr, pads_.tir / kInstructionBits});
+  used_.after = std::max<uint64_t>({used_.after, pads_.hdr, pads_.hir / kInstructionBits});
+  last_pad_ = record;
+  if (!first_pad_) {
+    first_pad_ = record;
+  }
+}
+
+void ChainCheck::EndOfFile() {
+  if (first_pad_ && !(told_ == used_)) {
+    findings_.Warn(*first_pad_,
+                   "headers and trailers are those of a chain with " + PlaceText(used_) +
+                       ", but the first record tells the player of " + PlaceText(told_) +
+                       ": it will read the IDCODE of another device; open the file with an SIR of "
+                       "BYPASS (0xFF) for each of them and the target's IDCODE instruction");
+  }
+  std::string left = NamesOfSet(pads_);
+  if (last_pad_ && !left.empty()) {
+    findings_.Warn(*last_pad_, "still set at the end of the file: " + left +
+                                   "; the player keeps the lengths for the next download, end with "
+                                   "a length of 0 for each");
+  }
+}
+
+void CheckLastRecord(const RecordView &record, Findings &findings) {
+  if (!record.fault && record.IsShift() && record.Block(kTagTdo) && record.Block(kTagMask)) {
+    findings.Error(record,
+                   "the last record compares TDO: the player sees a mismatch only when a "
+                   "further record starts; put a harmless one after it");
+  }
+}
+
+}  // namespace tvb

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// Checks what records mean together: loops, the chain, and the end of the file.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "tvb/bytes.h"
+#include "tvb/finding.h"
+#include "tvb/play_order.h"
+#include "tvb/record_view.h"
+
+namespace tvb {
+
+// Where the target sits in the chain.
+struct ChainPlace {
+  uint64_t before = 0;  // devices between TDI and the target
+  uint64_t after = 0;   // devices between the target and TDO
+
+  friend bool operator==(const ChainPlace &a, const ChainPlace &b) {
+    return a.before == b.before && a.after == b.after;
+  }
+};
+
+// What the player takes from the first record, which is all that it looks at for that: the
+// instructions of an SIR, each BYPASS (all ones) standing for a device, or the bits of a TDR or
+// HDR.
+ChainPlace ChainOfFirstRecord(Bytes image, const RecordView &record);
+
+// Loops do not nest: the player has one counter.
+class LoopCheck {
+ public:
+  explicit LoopCheck(Findings &findings) : findings_(findings) {}
+
+  void Loop(const RecordView &record);
+  void EndLoop(const RecordView &record);
+  void EndOfFile();
+
+ private:
+  Findings &findings_;
+  std::optional<RecordView> open_;
+};
+
+// Headers and trailers tell what the first record should have told, and outlive the file.
+class ChainCheck {
+ public:
+  explicit ChainCheck(Findings &findings) : findings_(findings) {}
+
+  // The first record of the file, whatever it is.
+  void First(Bytes image, const RecordView &record);
+
+  // A header or trailer record.
+  void Pad(const RecordView &record);
+  void EndOfFile();
+
+  // What is in force.
+  const PadBits &pads() const {
+    return pads_;
+  }
+
+ private:
+  Findings &findings_;
+  ChainPlace told_;
+  ChainPlace used_;
+  PadBits pads_;
+  std::optional<RecordView> first_pad_;
+  std::optional<RecordView> last_pad_;
+};
+
+// A failed comparison shows when the next record starts.
+void CheckLastRecord(const RecordView &record, Findings &findings);
+
+}  // namespace tvb

@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tvb/checker.h"
+
+#include <optional>
+#include <string>
+
+#include "tvb/check_data.h"
+#include "tvb/check_order.h"
+#include "tvb/check_time.h"
+#include "tvb/reader.h"
+#include "tvb/text.h"
+
+namespace tvb {
+namespace {
+
+constexpr uint64_t kLongestImage = 0xFFFFFFFF;
+
+// A fault may read to the end of the image before it shows, so going on after each would take for
+// ever in a large file that is no more than noise.
+constexpr int kMostResumes = 100;
+
+bool IsSkippedByLength(const RecordView &record) {
+  return record.opcode == kReserved1 || record.opcode == kReserved5 ||
+         record.opcode == kReserved6 || record.opcode == kReserved19;
+}
+
+class Checker {
+ public:
+  Checker(Bytes image, const HeaderView &header, Findings &findings)
+      : image_(image),
+        findings_(findings),
+        reader_(image, header),
+        time_(findings),
+        loops_(findings),
+        chain_(findings) {}
+
+  void Check(const std::function<void(uint64_t)> &progress) {
+    for (;;) {
+      while (std::optional<RecordView> record = reader_.Next()) {
+        CheckRecord(*record);
+        last_ = std::move(record);
+        if (progress) {
+          progress(reader_.position());
+        }
+      }
+      if (!FindNextRecord()) {
+        break;
+      }
+    }
+    CheckEnd();
+  }
+
+  uint64_t records() const {
+    return reader_.records();
+  }
+  uint64_t unchecked() const {
+    return unchecked_;
+  }
+
+ private:
+  void CheckRecord(const RecordView &record) {
+    if (reader_.records() == 1) {
+      chain_.First(image_, record);
+    }
+    CheckNumberForm(record, record.length, "length");
+    if (record.value) {
+      CheckNumberForm(record, *record.value, "number");
+    }
+    explained_ = !CheckBody(record);
+    if (record.fault && !explained_) {
+      findings_.Broken(record, record.fault->offset, record.fault->message);
+      explained_ = true;
+    }
+    if (!record.fault && !explained_) {
+      CheckLength(record);
+    }
+  }
+
+  // Returns false if what is wrong explains a fault of the record too.
+  bool CheckBody(const RecordView &record) {
+    if (record.IsShift() || record.IsPad()) {
+      bool sound = CheckData(image_, record, chain_.pads(), findings_);
+      if (sound && record.IsPad() && !record.fault) {
+        chain_.Pad(record);
+      }
+      return sound;
+    }
+    if (record.fault) {
+      return true;
+    }
+    switch (record.opcode) {
+      case kRunTest:
+        time_.RunTest(record);
+        break;
+      case kFrequency:
+        time_.Frequency(record);
+        break;
+      case kLoop:
+        loops_.Loop(record);
+        break;
+      case kEndLoop:
+        loops_.EndLoop(record);
+        break;
+    }
+    return true;
+  }
+
+  void CheckNumberForm(const RecordView &record, const NumberView &number, const char *what) {
+    if (number.padded) {
+      findings_.Warn(record, std::string("the ") + what + " at " + Hex(number.offset) + " takes " +
+                                 Count(number.size, "byte") + "; a shorter form says the same");
+    }
+  }
+
+  void CheckLength(const RecordView &record) {
+    if (IsSkippedByLength(record)) {
+      CheckSkipped(record);
+      return;
+    }
+    uint64_t bytes = record.end - record.opcode_offset;
+    if (!record.length.lossy && record.length.value == static_cast<int64_t>(8 * bytes)) {
+      return;
+    }
+    std::string message = "a length of " + NumberText(record.length) + " bits; expected " +
+                          std::to_string(8 * bytes) + ", opcode and body being " +
+                          Count(bytes, "byte");
+    if (AtRecordOrEnd(record.end)) {
+      findings_.Error(record, message);
+      return;
+    }
+    explained_ = true;
+    findings_.Broken(record, record.offset,
+                     message + "; the player goes by these and stops at what follows, " +
+                         Hex(image_[static_cast<size_t>(record.end)]) + " instead of '^'");
+  }
+
+  void CheckSkipped(const RecordView &record) {
+    if (record.length.lossy || record.length.value < 8 || record.length.value % 8 != 0) {
+      findings_.Broken(record, record.length.offset,
+                       "a length of " + NumberText(record.length) +
+                           " bits, by which the player skips this record; expected a multiple of 8 "
+                           "from 8 on");
+      explained_ = true;
+    } else if (record.end > image_.size()) {
+      findings_.Broken(record, record.length.offset,
+                       "a length of " + NumberText(record.length) + " bits goes " +
+                           Count(record.end - image_.size(), "byte") + " past the end of the file");
+      explained_ = true;
+    }
+  }
+
+  bool AtRecordOrEnd(uint64_t offset) const {
+    return offset >= image_.size() || image_[static_cast<size_t>(offset)] == '^';
+  }
+
+  // The walk has stopped; returns true if it can go on, at the end that the last record's length
+  // tells.
+  bool FindNextRecord() {
+    uint64_t stop = reader_.position();
+    bool stopped_by_fault = last_ && last_->fault;
+    if (!stopped_by_fault && stop >= image_.size()) {
+      return false;
+    }
+    if (!stopped_by_fault && !explained_) {
+      TellJunk(stop);
+    }
+    if (last_ && last_->EndByLength() > static_cast<int64_t>(last_->opcode_offset)) {
+      uint64_t by_length = static_cast<uint64_t>(last_->EndByLength());
+      if (by_length != stop && AtRecordOrEnd(by_length) && resumed_ < kMostResumes) {
+        ++resumed_;
+        reader_.MoveTo(by_length);
+        return by_length < image_.size();
+      }
+    }
+    unchecked_ = stop < image_.size() ? image_.size() - stop : 0;
+    return false;
+  }
+
+  void TellJunk(uint64_t offset) {
+    findings_.Add(
+        Severity::kBroken, offset, 0,
+        Hex(image_[static_cast<size_t>(offset)]) +
+            " where a record should begin; expected '^' (0x5E) or the end of the file: the "
+            "player stops here, as if all had been played, and leaves out " +
+            Count(image_.size() - offset, "byte"));
+  }
+
+  // What is missing at the end of a file means nothing where the end could not be found.
+  void CheckEnd() {
+    if (unchecked_ != 0 || (last_ && last_->fault && reader_.position() >= image_.size())) {
+      return;
+    }
+    loops_.EndOfFile();
+    chain_.EndOfFile();
+    if (last_) {
+      CheckLastRecord(*last_, findings_);
+    } else {
+      findings_.Add(Severity::kWarning, reader_.position(), 0, "the file has no records");
+    }
+  }
+
+  Bytes image_;
+  Findings &findings_;
+  Reader reader_;
+  TimeCheck time_;
+  LoopCheck loops_;
+  ChainCheck chain_;
+  std::optional<RecordView> last_;
+  bool explained_ = false;  // why no record follows the last one
+  int resumed_ = 0;
+  uint64_t unchecked_ = 0;
+};
+
+void CheckHeader(Bytes image, const HeaderView &header, Findings &findings) {
+  if (header.number.lossy || header.number.padded) {
+    findings.Add(Severity::kWarning, header.number.offset, 0,
+                 "the header's number takes " + Count(header.number.size, "byte") +
+                     "; a number of 32 bits takes less");
+  }
+  if (image.size() > kLongestImage) {
+    findings.Add(Severity::kBroken, kLongestImage, 0,
+                 "the file has " + std::to_string(image.size()) +
+                     " bytes; the player takes at most " + std::to_string(kLongestImage));
+  }
+}
+
+}  // namespace
+
+CheckResult CheckImage(Bytes image, const Findings::Report &report,
+                       const std::function<void(uint64_t)> &progress) {
+  CheckResult result;
+  Findings findings(report);
+  HeaderView header = ReadHeader(image);
+  result.is_tvb = !header.fault;
+  if (header.fault) {
+    findings.Add(Severity::kBroken, header.fault->offset, 0, header.fault->message);
+  } else {
+    CheckHeader(image, header, findings);
+    Checker checker(image, header, findings);
+    checker.Check(progress);
+    result.records = checker.records();
+    result.unchecked = checker.unchecked();
+  }
+  result.errors = findings.errors();
+  result.warnings = findings.warnings();
+  return result;
+}
+
+}  // namespace tvb

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tvb/cursor.h"
+
+namespace tvb {
+namespace {
+
+constexpr int kLastGroup = 4;              // of a number of 32 bits
+constexpr uint32_t kLastGroupMost = 0x0F;  // that group has four bits
+
+}  // namespace
+
+NumberView Cursor::Number() {
+  NumberView number;
+  number.offset = position_;
+  uint64_t sum = 0;
+  uint8_t byte = 0;
+  do {
+    byte = Byte();
+    uint32_t group = byte & 0x7F;
+    uint32_t worth = group << (7 * number.size % 32);
+    sum += static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(worth)));
+    number.lossy = number.lossy || (number.size == kLastGroup && group > kLastGroupMost) ||
+                   (number.size > kLastGroup && group != 0);
+    ++number.size;
+  } while (byte & 0x80);
+  number.value = static_cast<int64_t>(sum);
+  number.padded = number.size > 1 && byte == 0 && !past_end_;
+  return number;
+}
+
+void Cursor::Skip(uint64_t count) {
+  past_end_ = past_end_ || count > left();
+  position_ += count;
+}
+
+}  // namespace tvb

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// Reads an image byte by byte and number by number, never past its end.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "tvb/bytes.h"
+
+namespace tvb {
+
+// Something that does not fit where it stands.
+struct Fault {
+  uint64_t offset = 0;  // from the start of the image
+  std::string message;  // what was found there and what was expected
+};
+
+// A number as it stands in an image.
+struct NumberView {
+  int64_t value = 0;    // as the player takes it: each group within 32 bits, bit 31 being a sign
+  uint64_t offset = 0;  // of its first byte
+  uint64_t size = 0;    // in bytes
+  bool lossy = false;   // it has bits beyond 32, which do not count as what they say
+  bool padded = false;  // it ends in groups of 0 that a shorter form would not have
+
+  // What the player takes where it wants 32 bits.
+  uint32_t low() const {
+    return static_cast<uint32_t>(value);
+  }
+};
+
+// A position in an image. A byte at or past the image's end reads as 0, the position still
+// advancing; that it was wanted is remembered.
+class Cursor {
+ public:
+  // The image stays the caller's and must outlive the cursor.
+  Cursor(Bytes image, uint64_t position) : image_(image), position_(position) {}
+
+  uint8_t Byte() {
+    uint8_t byte = AtEnd() ? 0 : image_[static_cast<size_t>(position_)];
+    past_end_ = past_end_ || AtEnd();
+    ++position_;
+    return byte;
+  }
+
+  NumberView Number();
+
+  // Goes over `count` bytes as if each were read.
+  void Skip(uint64_t count);
+
+  // Leaves the byte just read unread.
+  void StepBack() {
+    --position_;
+  }
+
+  bool AtEnd() const {
+    return position_ >= image_.size();
+  }
+  uint64_t position() const {
+    return position_;
+  }
+  // The bytes from here to the end of the image.
+  uint64_t left() const {
+    return AtEnd() ? 0 : image_.size() - position_;
+  }
+  // True once a byte at or past the end was wanted.
+  bool past_end() const {
+    return past_end_;
+  }
+  Bytes image() const {
+    return image_;
+  }
+
+ private:
+  Bytes image_;
+  uint64_t position_;
+  bool past_end_ = false;
+};
+
+}  // namespace tvb

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// What is wrong with a file, one thing at a time.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "tvb/record_view.h"
+
+namespace tvb {
+
+enum class Severity {
+  kWarning,  // it plays as it says, but hardly as it is meant
+  kError,    // the player makes something else of it, or does not see that it fails
+  kBroken,   // an error that leaves nothing that could be played as the file says
+};
+
+struct Finding {
+  Severity severity = Severity::kWarning;
+  uint64_t offset = 0;  // from the start of the image
+  uint64_t record = 0;  // number of the record; 0: it belongs to none
+  std::string message;  // what is there, what was expected and what to do
+};
+
+// Takes findings as they are made and counts them.
+class Findings {
+ public:
+  using Report = std::function<void(const Finding &)>;
+
+  explicit Findings(Report report) : report_(std::move(report)) {}
+
+  void Add(Severity severity, uint64_t offset, uint64_t record, const std::string &message) {
+    ++(severity == Severity::kWarning ? warnings_ : errors_);
+    report_({severity, offset, record, message});
+  }
+  void Warn(const RecordView &record, const std::string &message) {
+    Add(Severity::kWarning, record.offset, record.index, message);
+  }
+  void Error(const RecordView &record, const std::string &message) {
+    Add(Severity::kError, record.offset, record.index, message);
+  }
+  void Broken(const RecordView &record, uint64_t offset, const std::string &message) {
+    Add(Severity::kBroken, offset, record.index, message);
+  }
+
+  uint64_t errors() const {
+    return errors_;
+  }
+  uint64_t warnings() const {
+    return warnings_;
+  }
+
+ private:
+  Report report_;
+  uint64_t errors_ = 0;
+  uint64_t warnings_ = 0;
+};
+
+}  // namespace tvb

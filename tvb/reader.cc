@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tvb/reader.h"
+
+#include <algorithm>
+#include <string>
+
+#include "tvb/text.h"
+
+namespace tvb {
+namespace {
+
+constexpr uint8_t kMark = '^';
+
+void Expect(Cursor &cursor, HeaderView &view, uint8_t expected, const char *what) {
+  if (view.fault) {
+    return;
+  }
+  uint64_t offset = cursor.position();
+  uint8_t found = cursor.Byte();
+  if (cursor.past_end()) {
+    view.fault = {offset, "not a TVB file: it ends inside its header"};
+  } else if (found != expected) {
+    view.fault = {offset, "not a TVB file: " + Hex(found) + " in its header; expected " + what};
+  }
+}
+
+void ReadFixedFields(Cursor &cursor, FileHeader &header) {
+  for (uint8_t &byte : header.mark) {
+    byte = cursor.Byte();
+  }
+  for (uint8_t &byte : header.stamp) {
+    byte = cursor.Byte();
+  }
+  header.compression = cursor.Byte();
+}
+
+// Reads the body of one record, whose opcode has been read, into its view.
+class BodyReader {
+ public:
+  BodyReader(Cursor &cursor, RecordView &record) : cursor_(cursor), record_(record) {}
+
+  void Read(bool plain) {
+    switch (record_.opcode) {
+      case kSir:
+      case kSdr:
+        return ReadShift(plain);
+      case kTdr:
+      case kTir:
+      case kHdr:
+      case kHir:
+        return ReadPad();
+      case kRunTest:
+        return ReadRunTest();
+      case kFrequency:
+      case kLoop:
+        record_.value = cursor_.Number();
+        return;
+      case kEndLoop:
+        return;
+      case kReserved1:
+      case kReserved5:
+      case kReserved6:
+      case kReserved19:
+        return SkipByLength();
+    }
+    Fail(record_.opcode_offset, "unknown opcode " + Hex(record_.opcode));
+  }
+
+ private:
+  void ReadShift(bool plain) {
+    record_.value = cursor_.Number();
+    FieldView field;
+    while (!cursor_.past_end() && !record_.fault) {
+      field = NextTag();
+      if (field.tag == kTagEnd) {
+        record_.closing = field.tag;
+        return;
+      }
+      if (field.tag < kTagTdi || field.tag > kTagMask) {
+        return Fail(field.offset, "tag " + Hex(field.tag) +
+                                      " in a shift; expected 15 (TDI), 16 (TDO), 17 (MASK) or the "
+                                      "end tag 23");
+      }
+      field.block = MeasureBlock(cursor_, BytesOfBits(record_.bits()), plain);
+      Keep(field);
+    }
+  }
+
+  void ReadPad() {
+    record_.value = cursor_.Number();
+    if (record_.bits() == 0) {
+      return;
+    }
+    FieldView field = NextTag();
+    if (field.tag == kTagTdi) {
+      field.block = MeasureBlock(cursor_, BytesOfBits(record_.bits()), true);
+    }
+    Keep(field);
+    record_.closing = cursor_.Byte();
+  }
+
+  void ReadRunTest() {
+    record_.gate = cursor_.Byte();
+    if (!record_.Runs()) {
+      return;
+    }
+    // At the end of the image the player looks at one byte more, which ends the body.
+    while (!cursor_.AtEnd() && !record_.fault) {
+      FieldView field = NextTag();
+      if (field.tag == kMark) {
+        return cursor_.StepBack();
+      }
+      if (field.tag != kTagPass && field.tag != kTagTime && field.tag != kTagCycles) {
+        record_.closing = field.tag;
+        return;
+      }
+      if (field.tag != kTagPass) {
+        field.number = cursor_.Number();
+      }
+      Keep(field);
+    }
+  }
+
+  void SkipByLength() {
+    if (record_.length.value < 0) {
+      return Fail(record_.length.offset, "negative length " + NumberText(record_.length) +
+                                             ": the player cannot skip the record by it");
+    }
+    cursor_ = Cursor(cursor_.image(), static_cast<uint64_t>(record_.EndByLength()));
+  }
+
+  FieldView NextTag() {
+    FieldView field;
+    field.offset = cursor_.position();
+    field.tag = cursor_.Byte();
+    return field;
+  }
+
+  void Keep(const FieldView &field) {
+    if (record_.fields.size() == kMostFields) {
+      return Fail(field.offset, "more than " + Count(kMostFields, "field") + " in one record");
+    }
+    record_.fields.push_back(field);
+  }
+
+  void Fail(uint64_t offset, const std::string &message) {
+    record_.fault = {offset, message};
+  }
+
+  Cursor &cursor_;
+  RecordView &record_;
+};
+
+// What of a record the image's end has cut off.
+std::string LastPart(const RecordView &record) {
+  if (record.fields.empty() || !record.fields.back().block || !record.fields.back().block->fault) {
+    return "this record";
+  }
+  return std::string("the ") + TagName(record.fields.back().tag) + " data of this record";
+}
+
+}  // namespace
+
+const BlockView *RecordView::Block(Tag tag) const {
+  for (auto field = fields.rbegin(); field != fields.rend(); ++field) {
+    if (field->tag == tag && field->block) {
+      return &*field->block;
+    }
+  }
+  return nullptr;
+}
+
+HeaderView ReadHeader(Bytes image) {
+  HeaderView view;
+  Cursor cursor(image, 0);
+  Expect(cursor, view, 'a', "'a' as its first byte");
+  ReadFixedFields(cursor, view.header);
+  Expect(cursor, view, 'b', "'b'");
+  view.number = cursor.Number();
+  view.header.number = view.number.low();
+  Expect(cursor, view, 'V', "'V'");
+  Expect(cursor, view, 1, "0x01");
+  view.size = cursor.position();
+  return view;
+}
+
+RecordView ReadRecord(Bytes image, bool plain, uint64_t offset, uint64_t index) {
+  RecordView record;
+  record.index = index;
+  record.offset = offset;
+  Cursor cursor(image, offset + 1);
+  record.length = cursor.Number();
+  record.opcode_offset = cursor.position();
+  record.opcode = cursor.Byte();
+  if (!cursor.past_end()) {
+    BodyReader(cursor, record).Read(plain);
+  }
+  record.end = cursor.position();
+  if (cursor.past_end()) {
+    record.end = image.size();
+    record.fault = {image.size(), "the file ends inside " + LastPart(record) +
+                                      ", which begins at " + Hex(offset)};
+  } else if (record.fault) {
+    record.end = record.fault->offset;
+  }
+  return record;
+}
+
+Buffer FieldData(Bytes image, const RecordView &record, Tag tag) {
+  const BlockView *block = record.Block(tag);
+  return block ? DecodeBlock(image, *block) : Buffer();
+}
+
+std::optional<RecordView> Reader::Next() {
+  if (faulted_ || position_ >= image_.size() || image_[static_cast<size_t>(position_)] != kMark) {
+    return std::nullopt;
+  }
+  RecordView record = ReadRecord(image_, plain_, position_, ++records_);
+  position_ = record.end;
+  faulted_ = record.fault.has_value();
+  return record;
+}
+
+}  // namespace tvb

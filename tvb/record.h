@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// Records: the frame that all of them share, and the bodies of those that carry register data.
+#pragma once
+
+#include <cstdint>
+
+#include "tvb/block.h"
+#include "tvb/bytes.h"
+
+namespace tvb {
+
+// The opcodes of the file.
+enum Opcode : uint8_t {
+  kReserved1 = 1,
+  kRunTest = 4,
+  kReserved5 = 5,
+  kReserved6 = 6,
+  kFrequency = 7,
+  kTdr = 9,
+  kTir = 10,
+  kHdr = 11,
+  kHir = 12,
+  kSdr = 13,
+  kSir = 14,
+  kReserved19 = 19,
+  kLoop = '$',
+  kEndLoop = '%',
+};
+
+// The tags of the fields inside a body. kTagPass and the two after it belong to run-tests.
+enum Tag : uint8_t {
+  kTagTdi = 15,
+  kTagTdo = 16,
+  kTagMask = 17,
+  kTagPass = 19,
+  kTagCycles = 20,
+  kTagEnd = 23,
+  kTagTime = 24,
+};
+
+// Puts one record at the end of `file`: the mark '^', its exact length in bits from the opcode to
+// its last byte, 8 * (1 + body bytes), the opcode and `body`. Neither opcode nor body is looked at.
+// Throws Error, with `file` untouched, for a body so long (2^28 - 1 bytes and more) that the length
+// would be taken as negative.
+void AppendRecord(Buffer &file, uint8_t opcode, Bytes body);
+
+// What a shift record carries. Each of the three is empty (absent) or exactly BytesOfBits(bits)
+// long; their bit order is told at Bytes.
+struct Shift {
+  uint32_t bits = 0;
+  Bytes tdi;   // must be there if bits > 0
+  Bytes tdo;   // the expected bits
+  Bytes mask;  // which of them are compared; needs tdo
+};
+
+// How the data of a shift record goes into the file.
+struct BlockFormat {
+  bool plain = false;  // no mode byte: the header's compression byte is kPlainBlocks
+  BlockChoice choice;  // of the encoding, unless plain
+};
+
+// The body of an SIR or SDR record. Throws Error if a field has another size than `bits` asks for,
+// if TDI is missing (the player would have nothing to shift), or for a mask without TDO (the player
+// would compare with zeros that nobody wrote down).
+Buffer ShiftBody(const Shift &shift, const BlockFormat &format);
+
+// The body of an HIR, TIR, HDR or TDR record: the bits of a header or trailer register, always
+// stored raw. `bits` 0 and no data take the register away. Throws Error if `data` is not exactly
+// BytesOfBits(bits) long.
+Buffer PadBody(uint32_t bits, Bytes data);
+
+// The body of a record that is one number.
+Buffer NumberBody(uint32_t value);
+
+}  // namespace tvb

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// How numbers and names of the file appear in messages.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "tvb/cursor.h"
+
+namespace tvb {
+
+// "0x5E": upper case, at least two digits.
+std::string Hex(uint64_t value);
+
+// The value in decimal; "a number of more than 32 bits" where it is lossy.
+std::string NumberText(const NumberView &number);
+
+// "1 byte", "7 bytes".
+std::string Count(uint64_t count, const std::string &noun);
+
+// "SDR", "RUNTEST"; "RESERVED" for those that the player skips, "UNKNOWN" for none of the file's.
+const char *OpcodeName(uint8_t opcode);
+
+// "TDI", "TDO", "MASK", "PASS", "CYCLES", "END", "TIME"; "UNKNOWN" for none of them.
+const char *TagName(uint8_t tag);
+
+// "raw", "run-length", "nibble", "bit-coding", "lzw"; "unknown" for none of them.
+const char *EncodingName(uint8_t mode);
+
+}  // namespace tvb
