@@ -30,7 +30,7 @@ export KDIR ARCH CROSS_COMPILE
 
 .DEFAULT_GOAL := all
 
-.PHONY: help all modules modules_install lib test test-host test-kernel demo clean \
+.PHONY: help all modules modules_install lib tools test test-host test-kernel demo clean \
         kernel host host-sanitize
 
 help: ## Show this list
@@ -52,8 +52,13 @@ lib: ## Build the driver as a host library, build/host/libm7_cpldjtag_drv.a
 	cmake -S . -B $(LIB_DIR) -DM7_SANITIZE=$(if $(SANITIZE),ON,OFF)
 	cmake --build $(LIB_DIR) -j$(JOBS) --target m7_cpldjtag_drv
 
+tools: ## Build the command line tool, build/host/tvb
+	$(SETUP) lib tools
+	cmake -S . -B build/host -DM7_TOOLS=ON
+	cmake --build build/host -j$(JOBS) --target tvb_tool
+
 test: host host-sanitize modules ## Run every test: host, sanitized host, kernel in QEMU, checks
-	$(SETUP) qemu
+	$(SETUP) qemu judges
 	printf 'subdirs(host host-sanitize)\n' >build/CTestTestfile.cmake
 	ctest --test-dir build --output-on-failure -j$(JOBS) $(CTEST_ARGS)
 
@@ -78,11 +83,11 @@ kernel:
 	$(if $(KERNEL_IS_FETCHED),$(FETCH) build/kernel)
 
 host:
-	$(SETUP) lib test
+	$(SETUP) lib test tools
 	cmake -S . -B build/host -DM7_SANITIZE=OFF -DM7_TESTS=ON
 	cmake --build build/host -j$(JOBS)
 
 host-sanitize:
-	$(SETUP) lib test
+	$(SETUP) lib test tools
 	cmake -S . -B build/host-sanitize -DM7_SANITIZE=ON -DM7_TESTS=ON
 	cmake --build build/host-sanitize -j$(JOBS)

@@ -27,7 +27,7 @@ static u8 read_literal(struct bit_reader *bits) {
 }
 
 u8 *Quorlan_HuffmanDecode(s64 count) {
-  u8 *block = alloc_decoded(count);
+  u8 *block = m7_alloc_decoded(count);
   if (!block)
     return nullptr;
 

@@ -17,8 +17,8 @@ extern "C" {
 #define MODE_BIT_CODING 3
 #define MODE_LZW 4
 
-u8 *alloc_decoded(s64 count) {
-  return count < 0 ? nullptr : alloc_bytes(static_cast<u64>(count) + 1);
+u8 *m7_alloc_decoded(s64 count) {
+  return count < 0 ? nullptr : m7_alloc_bytes(static_cast<u64>(count) + 1);
 }
 
 s64 Quorlan_NumberDecode(void) {
@@ -26,13 +26,13 @@ s64 Quorlan_NumberDecode(void) {
 }
 
 static u8 *copy_raw(u64 count) {
-  u8 *block = alloc_zeroed_bytes(count + 1);
+  u8 *block = m7_alloc_zeroed_bytes(count + 1);
   if (!block) {
     // The record stays in step: what follows the block is still found.
     g_pos += count;
     return nullptr;
   }
-  read_bytes(block, count);
+  m7_read_bytes(block, count);
   block[count] = 0;
   return block;
 }

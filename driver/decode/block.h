@@ -24,5 +24,5 @@ s64 Quorlan_NumberDecode(void);
 
 // Returns a new block for `count` decoded bytes and one more, not zeroed; null for a negative count
 // or when memory cannot be had.
-u8 *alloc_decoded(s64 count);
+u8 *m7_alloc_decoded(s64 count);
 }

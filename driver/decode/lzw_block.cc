@@ -17,7 +17,7 @@ static s64 g_write_limit = WRITE_LIMIT_NONE;
 
 u32 Quorlan_ReadTvbByte(void) {
   const u32 byte = fgetc();
-  return read_past_end(0) ? ~0u : byte;
+  return m7_read_past_end(0) ? ~0u : byte;
 }
 
 void Quorlan_WriteBufferByte(u32 byte) {
@@ -26,7 +26,7 @@ void Quorlan_WriteBufferByte(u32 byte) {
 }
 
 u8 *Quorlan_LzwDecode(s64 count) {
-  g_pWriteBuffer = alloc_decoded(count);
+  g_pWriteBuffer = m7_alloc_decoded(count);
   if (!g_pWriteBuffer)
     return nullptr;
 

@@ -9,7 +9,8 @@ extern "C" {
 #define CODE_FIRST 257  // the first string
 #define NO_BYTE (~0u)
 #define NO_PREFIX (-1)
-#define PARAMETER_MAX 3
+#define PARAMETER_BITS 0x03u
+#define PARAMETER_INVALID 0xFCu
 
 // Entry i describes code 256 + i.
 struct lzw {
@@ -36,11 +37,11 @@ static void free_tables(struct lzw *lzw) {
 
 static bool alloc_tables(struct lzw *lzw) {
   const u64 entries = static_cast<u64>(lzw->entries);
-  lzw->stack = alloc_bytes(entries);
+  lzw->stack = m7_alloc_bytes(entries);
   if (lzw->stack)
-    lzw->prefix = reinterpret_cast<s16 *>(alloc_bytes(2 * entries));
+    lzw->prefix = reinterpret_cast<s16 *>(m7_alloc_bytes(2 * entries));
   if (lzw->prefix)
-    lzw->suffix = alloc_bytes(entries);
+    lzw->suffix = m7_alloc_bytes(entries);
   if (lzw->suffix)
     return true;
   free_tables(lzw);
@@ -138,13 +139,13 @@ static s32 decode(struct lzw *lzw) {
 
 s32 lzw_decompress(void (*write_byte)(u32), u32 (*read_byte)(void)) {
   const u32 parameter = read_byte();
-  if (parameter > PARAMETER_MAX)
+  if (parameter == NO_BYTE || parameter & PARAMETER_INVALID)
     return 1;
 
   struct lzw lzw = {};
   lzw.write_byte = write_byte;
   lzw.read_byte = read_byte;
-  lzw.codes = 512 << parameter;
+  lzw.codes = 512 << (parameter & PARAMETER_BITS);
   lzw.entries = lzw.codes - 256;
   lzw.next = CODE_FIRST;
   lzw.previous = CODE_CLEAR;

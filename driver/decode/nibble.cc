@@ -10,9 +10,9 @@ extern "C" {
 // Returns the pattern of m nibbles at g_pos in a zeroed block one byte longer, or null.
 static u8 *read_pattern(s64 m) {
   const s64 size = (m + 1) / 2;
-  u8 *pattern = alloc_zeroed_bytes(static_cast<u64>(size + 1));
-  if (pattern && m >= 1)
-    read_bytes(pattern, static_cast<u64>(size));
+  u8 *pattern = m7_alloc_zeroed_bytes(static_cast<u64>(size + 1));
+  for (s64 i = 0; pattern && i < size; i++)
+    pattern[i] = static_cast<u8>(fgetc());
   return pattern;
 }
 
@@ -29,30 +29,30 @@ static void repeat(u8 *block, const u8 *pattern, s64 size, s64 times) {
     memcpy(block + r * size, pattern, static_cast<size_t>(size));
 }
 
-static u8 *fail(u8 *block, const char *message) {
-  printk(message);
-  kfree(block);
-  return nullptr;
-}
-
 u8 *Quorlan_NibbleDecode(s64 count) {
-  u8 *block = alloc_decoded(count);
+  u8 *block = m7_alloc_decoded(count);
   if (!block)
     return nullptr;
 
   const s64 m = Quorlan_NumberDecode();
   u8 *pattern = read_pattern(m);
-  if (!pattern)
-    return fail(block, "nibble decode: calloc fail");
+  if (!pattern) {
+    printk("nibble decode: calloc fail");
+    kfree(block);
+    return nullptr;
+  }
 
   const s64 repetitions = m > 0 ? 2 * count / m : 0;
   if (m % 2 == 0) {
     repeat(block, pattern, m / 2, repetitions);
-  } else if (m > 0) {
-    // On failure the pattern stays allocated; so it always has.
-    u8 *doubled = realloc_bytes(pattern, static_cast<u64>(m) + 1);
-    if (!doubled)
-      return fail(block, "nibble decode: realloc fail");
+  } else if (m != -1) {
+    u8 *doubled = m7_realloc_bytes(pattern, static_cast<u64>(m + 1));
+    if (!doubled) {
+      // The pattern stays allocated. This is meant.
+      printk("nibble decode: realloc fail");
+      kfree(block);
+      return nullptr;
+    }
     pattern = doubled;
     double_pattern(pattern, m);
     repeat(block, pattern, m, static_cast<s32>(repetitions / 2));

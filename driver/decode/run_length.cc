@@ -7,7 +7,7 @@
 extern "C" {
 
 u8 *Quorlan_BytesDecode(s64 count) {
-  u8 *block = alloc_decoded(count);
+  u8 *block = m7_alloc_decoded(count);
   if (!block)
     return nullptr;
 

@@ -14,7 +14,7 @@ u32 g_idcode_pub = 6;
 u8 *g_chip_idcode;
 
 void Quorlan_ExeSirCommand(u32 level, u32 total, u32 instruction) {
-  u8 *bytes = alloc_bytes(static_cast<u64>(total) + 1);
+  u8 *bytes = m7_alloc_bytes(static_cast<u64>(total) + 1);
   if (!bytes)
     return;
 
@@ -42,9 +42,9 @@ static void free_readback(struct readback *buffers) {
 }
 
 static bool alloc_readback(struct readback *buffers, u64 size) {
-  buffers->tdi = alloc_bytes(size + 1);
-  buffers->tdo = alloc_bytes(size + 1);
-  buffers->mask = alloc_bytes(size + 1);
+  buffers->tdi = m7_alloc_bytes(size + 1);
+  buffers->tdo = m7_alloc_bytes(size + 1);
+  buffers->mask = m7_alloc_bytes(size + 1);
   if (buffers->tdi && buffers->tdo && buffers->mask)
     return true;
   free_readback(buffers);

@@ -19,13 +19,13 @@ u8 *g_tdr_vector, *g_tir_vector, *g_hdr_vector, *g_hir_vector;
 static u8 **const g_padding_vectors[] = {&g_tdr_vector, &g_tir_vector, &g_hdr_vector,
                                          &g_hir_vector};
 
-s32 padding_index(signed char opcode) {
+s32 m7_padding_index(signed char opcode) {
   const s32 index = opcode - OPCODE_FIRST;
   return index >= 0 && index <= 3 ? index : -1;
 }
 
-bool has_padding_vector(signed char opcode) {
-  return *g_padding_vectors[padding_index(opcode)] != nullptr;
+bool m7_has_padding_vector(signed char opcode) {
+  return *g_padding_vectors[m7_padding_index(opcode)] != nullptr;
 }
 
 static void fill_vector(u8 *vector, u32 bits, const u8 *data) {
@@ -37,7 +37,7 @@ static void fill_vector(u8 *vector, u32 bits, const u8 *data) {
 }
 
 void Quorlan_GenHeadAndTrailerVec(signed char opcode, s32 bits, const u8 *data) {
-  const s32 index = padding_index(opcode);
+  const s32 index = m7_padding_index(opcode);
   if (index < 0) {
     printk("Error: Generate Head/Trailer vector failed: unkown opcode.\n\n");
     return;
@@ -48,7 +48,7 @@ void Quorlan_GenHeadAndTrailerVec(signed char opcode, s32 bits, const u8 *data) 
   *vector = nullptr;
   if (bits <= 0)
     return;
-  u8 *built = alloc_bytes(static_cast<u64>(bits) + 1);
+  u8 *built = m7_alloc_bytes(static_cast<u64>(bits) + 1);
   if (!built)
     return;
 

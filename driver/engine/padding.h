@@ -12,19 +12,20 @@ extern "C" {
 // a record of the same register replaces it. 0 at load.
 extern u32 g_tdr_len, g_tir_len, g_hdr_len, g_hir_len;
 
-// The bytes of each register as its record gave them (ceil(length / 8), then a 0), or null. Owned
-// by the interpreter, which replaces and releases them.
+// The bytes of each register as its record gave them (ceil(length / 8), then a 0), or null. They
+// stand here with the rest of the register; the interpreter fills, replaces and releases them.
 extern u8 *g_tdr_data, *g_tir_data, *g_hdr_data, *g_hir_data;
 
-// Each register as vector characters, ready to append, or null. Freed at the end of a download.
+// Each register as vector characters, ready to append, or null. Freed at the normal end of a
+// download.
 extern u8 *g_tdr_vector, *g_tir_vector, *g_hdr_vector, *g_hir_vector;
 
 // Returns the index of a register (0 TDR, 1 TIR, 2 HDR, 3 HIR) by its record's opcode (9 to 12),
 // -1 for any other opcode.
-s32 padding_index(signed char opcode);
+s32 m7_padding_index(signed char opcode);
 
 // Returns whether the register of `opcode` (9 to 12) has a vector.
-bool has_padding_vector(signed char opcode);
+bool m7_has_padding_vector(signed char opcode);
 
 // Rebuilds the vector of the register of `opcode` from `bits` bits of `data`, bit d (d = 0 shifted
 // first) being bit 7 - d mod 8 of byte d div 8; null stands for zeros. The last character of a

@@ -12,7 +12,7 @@ extern "C" {
 u32 g_status = 1;
 s32 g_stop_code = RESULT_VERIFY_FAILED;
 
-void stop_without_memory(void) {
+void m7_stop_without_memory(void) {
   g_status = 0;
   g_stop_code = RESULT_NO_MEMORY;
 }
@@ -52,7 +52,7 @@ static inline void end_period(u8 character) {
 }
 
 void Quorlan_Transfer(const u8 *mask, u32 start, u32 end) {
-  const u32 n = vector_length();
+  const u32 n = m7_vector_length();
   for (u32 i = 0; i < n && g_status == 1; i++) {
     const u8 character = g_vector[i];
     begin_period(character, i, start, end);
@@ -64,29 +64,34 @@ void Quorlan_Transfer(const u8 *mask, u32 start, u32 end) {
   }
 }
 
-// Plays the vector and puts what it reads into `capture`. Returns how many characters that are,
-// 0 also when g_status was cleared.
-static u32 capture_tdo(u8 *capture, const u8 *mask, u32 start, u32 end) {
-  const u32 n = vector_length();
+// Plays the vector and puts what it reads into `capture`, of `room` bytes. Returns how many
+// characters that are, 0 also when g_status was cleared.
+static u32 capture_tdo(u8 *capture, u32 room, const u8 *mask, u32 start, u32 end) {
+  const u32 n = m7_vector_length();
   u32 count = 0;
   for (u32 i = 0; i < n; i++) {
     if (g_status != 1)
       return 0;
     const u8 character = g_vector[i];
     begin_period(character, i, start, end);
-    if (reads_tdo(mask, i, start, end))
-      capture[count++] = static_cast<u8>('0' + TDO_Rd());
+    if (reads_tdo(mask, i, start, end)) {
+      const u8 value = TDO_Rd();
+      if (count < room)
+        capture[count++] = static_cast<u8>('0' + value);
+    }
     end_period(character);
   }
   return count;
 }
 
 u8 *Quorlan_TransferAndReadTDO(const u8 *mask, u32 start, u32 end) {
-  u8 *capture = alloc_bytes(end - start + 1);
+  // 0 for the range that holds every index, which then has no room for any of them.
+  const u32 room = end - start + 1;
+  u8 *capture = m7_alloc_bytes(room);
   if (!capture)
     return nullptr;
 
-  const u32 count = capture_tdo(capture, mask, start, end);
+  const u32 count = capture_tdo(capture, room, mask, start, end);
   u8 *result = count > 0 ? Quorlan_ReverseStr(capture, static_cast<s32>(count)) : nullptr;
   kfree(capture);
   return result;

@@ -4,12 +4,7 @@
 #pragma once
 
 #include "kernel/kernel.h"
-
-// Results of a download.
-#define RESULT_NO_MEMORY (-2)  // also: bad arguments at the entry
-#define RESULT_BAD_HEADER (-7)
-#define RESULT_MALFORMED (-10)
-#define RESULT_VERIFY_FAILED (-17)
+#include "util/result.h"
 
 extern "C" {
 
@@ -17,12 +12,12 @@ extern "C" {
 // to 1 by TvbToVec for every download.
 extern u32 g_status;
 
-// The result of a download whose g_status is 0. RESULT_VERIFY_FAILED at load and from the start
-// of every download; RESULT_NO_MEMORY once stop_without_memory() was called.
+// The result of a download whose g_status is 0: RESULT_VERIFY_FAILED, or RESULT_NO_MEMORY once
+// m7_stop_without_memory() was called. RESULT_VERIFY_FAILED between downloads.
 extern s32 g_stop_code;
 
 // Stops the download because memory could not be had: nothing more is played.
-void stop_without_memory(void);
+void m7_stop_without_memory(void);
 
 // Both play g_vector, one TCK period a character: TCK low, TDI, TMS, TDO, TCK high. The data
 // range is the characters with start <= index < end. TDI is driven in it only, so that elsewhere

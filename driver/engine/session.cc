@@ -17,5 +17,6 @@ void Quorlan_FreeMemory(void) {
     kfree(*buffer);
     *buffer = nullptr;
   }
+  m7_forget_vector();
 }
 }

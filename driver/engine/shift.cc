@@ -15,12 +15,12 @@ static u32 bit_of(const u8 *bytes, u32 d) {
   return bytes[d / 8] >> (7 - d % 8) & 1;
 }
 
-static void append_data(u32 bits, const u8 *tdi, const u8 *tdo, bool leaves_shift) {
+static void append_data(u32 bits, const u8 *tdi, const u8 *tdo, bool last) {
   for (u32 d = 0; d < bits; d++) {
-    set_level(LEVEL_TDI, tdi ? bit_of(tdi, d) : 0);
-    set_level(LEVEL_TMS, leaves_shift && d == bits - 1);
+    m7_set_level(LEVEL_TDI, tdi ? bit_of(tdi, d) : 0);
+    m7_set_level(LEVEL_TMS, last && d == bits - 1);
     if (tdo)
-      set_level(LEVEL_EXPECTED, bit_of(tdo, d));
+      m7_set_level(LEVEL_EXPECTED, bit_of(tdo, d));
     Quorlan_GenVec();
   }
 }
@@ -30,40 +30,47 @@ void Quorlan_SvfShiftExit(s32 bits, const u8 *tdi, const u8 *tdo, s32 kind) {
   const u8 *trailer = kind == KIND_INSTRUCTION ? g_tir_vector : g_tdr_vector;
 
   if (!tdo)
-    set_level(LEVEL_EXPECTED, 0);
+    m7_set_level(LEVEL_EXPECTED, 0);
   if (header)
-    append_characters(header);
+    m7_append_characters(header);
   if (bits > 0)
     append_data(static_cast<u32>(bits), tdi, tdo, !trailer);
   if (trailer)
-    append_characters(trailer);
+    m7_append_characters(trailer);
 }
 
 static void append_closing(void) {
-  append_tms(1);
-  append_tms(0);
+  m7_append_tms(1);
+  m7_append_tms(0);
+}
+
+static u64 vector_bits(const u8 *vector) {
+  return vector ? strlen(reinterpret_cast<const char *>(vector)) : 0;
 }
 
 static bool build_instruction_shift(u32 bits, const u8 *tdi, const u8 *tdo) {
-  const u64 padding = static_cast<u64>(g_hir_len) + g_tir_len;
-  if (!begin_vector(bits + padding + INSTRUCTION_WALK + CLOSING))
+  const u64 own = static_cast<u64>(bits) + INSTRUCTION_WALK + CLOSING;
+  // A length may have outlived its vector: it is asked for, but takes no room.
+  if (!m7_begin_vector(own + g_hir_len + g_tir_len,
+                       own + vector_bits(g_hir_vector) + vector_bits(g_tir_vector)))
     return false;
-  append_tms(1);
-  append_tms(1);
-  append_tms(0);
-  append_tms(0);
+  m7_append_tms(1);
+  m7_append_tms(1);
+  m7_append_tms(0);
+  m7_append_tms(0);
   Quorlan_SvfShiftExit(static_cast<s32>(bits), tdi, tdo, KIND_INSTRUCTION);
   append_closing();
   return true;
 }
 
 static bool build_data_shift(u32 bits, const u8 *tdi, const u8 *tdo) {
-  const u64 padding = static_cast<u64>(g_hdr_len) + g_tdr_len;
-  if (!begin_vector(bits + padding + DATA_WALK + CLOSING))
+  const u64 own = static_cast<u64>(bits) + DATA_WALK + CLOSING;
+  if (!m7_begin_vector(own + g_hdr_len + g_tdr_len,
+                       own + vector_bits(g_hdr_vector) + vector_bits(g_tdr_vector)))
     return false;
-  append_tms(1);
-  append_tms(0);
-  append_tms(0);
+  m7_append_tms(1);
+  m7_append_tms(0);
+  m7_append_tms(0);
   Quorlan_SvfShiftExit(static_cast<s32>(bits), tdi, tdo, KIND_DATA);
   append_closing();
   return true;
@@ -72,7 +79,7 @@ static bool build_data_shift(u32 bits, const u8 *tdi, const u8 *tdo) {
 // The range's end counts back from the vector's, in unsigned 32 bits: a length that has outlived
 // its vector moves the range, and the playback goes by what comes out.
 static u32 range_end(u32 trailer) {
-  return vector_length() - trailer - CLOSING;
+  return m7_vector_length() - trailer - CLOSING;
 }
 
 void Quorlan_SvfShiftInsRegister(u32 bits, const u8 *tdi, const u8 *tdo, const u8 *mask) {

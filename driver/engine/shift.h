@@ -5,8 +5,10 @@
 //
 // A register of n bits travels as ceil(n / 8) bytes: bit d (d = 0 is shifted first) is bit
 // 7 - d mod 8 of byte d div 8. So do `tdi`, `tdo` and `mask` below, each owned by the caller and
-// at least that long. `tdi` null shifts zeros; `tdo` null expects nothing (zeros); `mask` null
-// reads nothing. A scan whose vector cannot be had is not played and stops the download.
+// at least that long. A length of padding that has outlived its vector moves the range that `mask`
+// covers, by up to two bits past the register: give it a 0 byte more. `tdi` null shifts zeros;
+// `tdo` null expects nothing (zeros); `mask` null reads nothing. A scan whose vector cannot be had
+// is not played and stops the download.
 #pragma once
 
 #include "kernel/kernel.h"

@@ -7,24 +7,33 @@
 extern "C" {
 
 #define VECTOR_SIZE_AT_LOAD 3200
+#define VECTOR_SIZE_MAX 0xFFFFFFFFu
 
 u8 *g_vector;
 u32 g_vector_size = VECTOR_SIZE_AT_LOAD;
 u32 g_vec_val;
 u8 g_buf[2];
-struct vector_tail g_vector_tail;
+
+// What an append needs to know of the buffer, so as not to search it. One other than `vector` was
+// put there by somebody else, and is measured.
+static struct {
+  const u8 *vector;
+  u64 room;       // bytes of the buffer
+  u64 length;     // index of the terminator
+  bool given_up;  // no room could be had
+} g_vector_tail;
 
 static u64 length_of(const u8 *characters) {
   return strlen(reinterpret_cast<const char *>(characters));
 }
 
-u32 vector_length(void) {
+u32 m7_vector_length(void) {
   return g_vector ? static_cast<u32>(length_of(g_vector)) : 0;
 }
 
 static void give_up(void) {
   g_vector_tail.given_up = true;
-  stop_without_memory();
+  m7_stop_without_memory();
   printk("Error: malloc/realloc failed, size %d\n", static_cast<s32>(g_vector_size));
 }
 
@@ -32,47 +41,48 @@ static void give_up(void) {
 static void start_buffer(u8 *buffer, u64 room) {
   g_vector = buffer;
   g_vector_tail = {buffer, room, 0, false};
-  if (buffer)
-    buffer[0] = 0;
-  else
+  if (!buffer)
     give_up();
+  else if (room > 0)
+    buffer[0] = 0;
 }
 
 // Makes the tail true for a buffer or a content that did not come from here.
 static void find_tail(void) {
-  struct vector_tail *tail = &g_vector_tail;
-  if (tail->vector != g_vector)
-    *tail = {g_vector, g_vector_size, length_of(g_vector), false};
+  if (g_vector_tail.vector != g_vector)
+    g_vector_tail = {g_vector, g_vector_size, length_of(g_vector), false};
   else if (g_vector[0] == 0)
-    tail->length = 0;
-  else if (tail->length == 0 || g_vector[tail->length] != 0)
-    tail->length = length_of(g_vector);
+    g_vector_tail.length = 0;
+  else if (g_vector_tail.length == 0 || g_vector[g_vector_tail.length] != 0)
+    g_vector_tail.length = length_of(g_vector);
 }
 
 void Quorlan_MemSet(u32 length) {
-  // Somebody else's buffer was sized by what g_vector_size is now.
-  if (g_vector)
-    find_tail();
+  // Somebody else's buffer was sized by what g_vector_size has been so far.
+  const u64 room = g_vector_tail.vector == g_vector ? g_vector_tail.room : g_vector_size;
   if (g_vector_size < length)
     g_vector_size = length;
-  if (!g_vector) {
-    const u64 room = static_cast<u64>(g_vector_size) + 1;
-    start_buffer(alloc_bytes(room), room);
-    return;
+  if (g_vector) {
+    start_buffer(g_vector, room);
+  } else {
+    const u64 wanted = static_cast<u64>(g_vector_size) + 1;
+    start_buffer(m7_alloc_bytes(wanted), wanted);
   }
-  g_vector[0] = 0;
-  g_vector_tail.given_up = false;
 }
 
-bool begin_vector(u64 length) {
-  if (length > 0xFFFFFFFF) {
+bool m7_begin_vector(u64 asked, u64 needed) {
+  if (asked > VECTOR_SIZE_MAX) {
     give_up();
     return false;
   }
-  Quorlan_MemSet(static_cast<u32>(length));
-  if (g_vector && length >= M7_ALLOC_MAX)
+  Quorlan_MemSet(static_cast<u32>(asked));
+  if (g_vector && needed >= M7_ALLOC_MAX)
     give_up();
   return !g_vector_tail.given_up;
+}
+
+void m7_forget_vector(void) {
+  g_vector_tail = {};
 }
 
 // Returns the size to grow to for `needed` bytes: what g_vector_size asks for, unless that is too
@@ -92,7 +102,7 @@ static bool make_room(u64 needed) {
     return true;
 
   const u64 size = grown_size(needed);
-  u8 *grown = realloc_bytes(g_vector, size);
+  u8 *grown = m7_realloc_bytes(g_vector, size);
   if (!grown) {
     give_up();
     return false;
@@ -107,19 +117,18 @@ static void append(const u8 *characters, u64 count) {
   if (!g_vector)
     return;
   find_tail();
-  struct vector_tail *tail = &g_vector_tail;
-  if (tail->given_up || !make_room(tail->length + count + 1))
+  if (g_vector_tail.given_up || !make_room(g_vector_tail.length + count + 1))
     return;
-  memcpy(g_vector + tail->length, characters, count);
-  tail->length += count;
-  g_vector[tail->length] = 0;
+  memcpy(g_vector + g_vector_tail.length, characters, count);
+  g_vector_tail.length += count;
+  g_vector[g_vector_tail.length] = 0;
 }
 
-void append_characters(const u8 *characters) {
+void m7_append_characters(const u8 *characters) {
   append(characters, length_of(characters));
 }
 
-void set_level(u32 field, u32 level) {
+void m7_set_level(u32 field, u32 level) {
   g_vec_val = (g_vec_val & ~(1u << field)) | level << field;
 }
 
@@ -132,22 +141,22 @@ void Quorlan_GenVec(void) {
   append(g_buf, 1);
 }
 
-void append_tms(u32 tms) {
-  set_level(LEVEL_TDI, 0);
-  set_level(LEVEL_EXPECTED, 0);
-  set_level(LEVEL_TMS, tms);
+void m7_append_tms(u32 tms) {
+  m7_set_level(LEVEL_TDI, 0);
+  m7_set_level(LEVEL_EXPECTED, 0);
+  m7_set_level(LEVEL_TMS, tms);
   Quorlan_GenVec();
 }
 
 void Quorlan_StateConfig(s32 state) {
   // Bit n is the TMS level of state n.
   const u32 tms_of_state = 0b0110'1100'1100'1010;
-  set_level(LEVEL_TDI, 0);
-  set_level(LEVEL_EXPECTED, 0);
+  m7_set_level(LEVEL_TDI, 0);
+  m7_set_level(LEVEL_EXPECTED, 0);
   const bool known = state >= 1 && state <= 14;
   if (!known)
     printk("Error: StateConfig Invalid state");
-  set_level(LEVEL_TMS, known ? tms_of_state >> state & 1 : 0);
+  m7_set_level(LEVEL_TMS, known ? tms_of_state >> state & 1 : 0);
   Quorlan_GenVec();
 }
 
@@ -155,12 +164,12 @@ s32 Quorlan_Reset(void) {
   kfree(g_vector);
   // A length that no buffer can have was asked for once; it must not end every later download.
   const u32 room = g_vector_size <= M7_ALLOC_MAX ? g_vector_size : VECTOR_SIZE_AT_LOAD;
-  start_buffer(alloc_bytes(room), room);
+  start_buffer(m7_alloc_bytes(room), room);
 
   for (u32 i = 0; i < 10; i++)
-    append_tms(1);
-  append_tms(0);
-  Quorlan_Transfer(nullptr, 0, vector_length());
+    m7_append_tms(1);
+  m7_append_tms(0);
+  Quorlan_Transfer(nullptr, 0, m7_vector_length());
   return 0;
 }
 }

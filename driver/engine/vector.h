@@ -20,7 +20,7 @@
 
 extern "C" {
 
-// The vector that is built or played, or null. Allocated for a download and freed at its end.
+// The vector that is built or played, or null. Allocated for a download and freed at a normal end.
 // A buffer that somebody else put there must hold g_vector_size bytes and come from __kmalloc.
 extern u8 *g_vector;
 
@@ -39,27 +39,31 @@ extern u8 g_buf[2];
 // log and stops the download.
 void Quorlan_MemSet(u32 length);
 
-// Empties the vector for a shift of `length` characters, as Quorlan_MemSet. Returns false, the
-// download stopped, when no buffer can hold them.
-bool begin_vector(u64 length);
+// Empties the vector for a shift: Quorlan_MemSet with `asked` characters. Returns false, the
+// download stopped, when these are 2^32 or more, or when no buffer can hold the `needed` characters
+// that the shift will really have.
+bool m7_begin_vector(u64 asked, u64 needed);
+
+// To be called when g_vector was freed.
+void m7_forget_vector(void);
 
 // Sets one LEVEL_… field of g_vec_val to `level` (0 or 1).
-void set_level(u32 field, u32 level);
+void m7_set_level(u32 field, u32 level);
 
-// Appends one character made from g_vec_val. Every append keeps the vector terminated and takes
-// the same time at any length. One that does not fit grows the buffer, to what g_vector_size asks
+// Appends one character made from g_vec_val. Every append keeps the vector terminated, and finds
+// its end without searching. One that does not fit grows the buffer, to what g_vector_size asks
 // for; where that cannot be had the vector is given up: the failure is reported as by
 // Quorlan_MemSet, and nothing is appended until the vector is emptied.
 void Quorlan_GenVec(void);
 
 // Appends one period that drives TDI 0 and the given TMS and expects 0.
-void append_tms(u32 tms);
+void m7_append_tms(u32 tms);
 
 // Appends a string of characters.
-void append_characters(const u8 *characters);
+void m7_append_characters(const u8 *characters);
 
 // Returns the number of characters in the vector; 0 without a buffer.
-u32 vector_length(void);
+u32 m7_vector_length(void);
 
 // Appends one period with the TMS level that leads to a state (numbers 1 to 14), TDI 0. Any other
 // number is reported to the kernel log and has TMS 0.
@@ -69,14 +73,4 @@ void Quorlan_StateConfig(s32 state);
 // periods with TMS high, one with TMS low, which end in Run-Test/Idle (IEEE 1149.1: five reach
 // Test-Logic-Reset from any state). Returns 0.
 s32 Quorlan_Reset(void);
-
-// What an append needs to know of the buffer without searching it. Internal to vector.cc; a
-// buffer other than `vector` is measured anew.
-struct vector_tail {
-  const u8 *vector;
-  u64 room;       // bytes of the buffer
-  u64 length;     // index of the terminator
-  bool given_up;  // no room could be had
-};
-extern struct vector_tail g_vector_tail;
 }

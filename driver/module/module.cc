@@ -43,7 +43,7 @@ s32 init_module(void) {
 void cleanup_module(void) {
   cpldjtag_driver_unregister(g_tvb_drv.name);
   Quorlan_FreeMemory();
-  release_all_padding_data();
+  m7_release_all_padding_data();
   drv_log_record(LOG_MODULE_LOAD, LOG_INFO, 0,
                  "cpldjtag_drv runtest compensation module exit success\r\n");
 }

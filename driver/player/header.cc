@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "player/header.h"
 
-#include "engine/playback.h"
 #include "player/reader.h"
+#include "util/result.h"
 
 extern "C" {
 
@@ -11,7 +11,7 @@ u64 g_cfg_start_pos;
 
 // Reads `count` bytes into g_buffer as a string.
 static void read_text(u32 count) {
-  read_bytes(g_buffer, count);
+  m7_read_bytes(g_buffer, count);
   g_buffer[count] = 0;
 }
 

@@ -24,47 +24,61 @@ struct loop {
   u64 start;  // index of the body's first record
 };
 
-static s32 logged(s32 rc, const char *message) {
-  if (rc)
-    drv_log_record(LOG_MODULE_DOWNLOAD, LOG_INFO, 0, message);
-  return rc;
-}
-
 static s32 skip_record(u64 opcode_pos, s64 length) {
   if (length < 0)
-    return refuse_cut_record();
+    return m7_refuse_cut_record();
   g_pos = opcode_pos + static_cast<u64>(length / 8);
   return 0;
 }
 
 static s32 play_runtest(s64 length) {
   const u32 gate = fgetc();
-  if (read_past_end(0))
-    return refuse_cut_record();
+  if (m7_read_past_end(0))
+    return m7_refuse_cut_record();
   if (length < RUNTEST_LENGTH_MIN || gate != RUNTEST_GATE_OPEN)
     return 0;
 
   const u64 cycles = Quorlan_ProcessRuntestCmd();
   // The fields end at a byte that belongs to no field, which may be missing at the file's end.
-  if (read_past_end(1))
-    return refuse_cut_record();
+  if (m7_read_past_end(1))
+    return m7_refuse_cut_record();
   Quorlan_KeepCycle(static_cast<s32>(cycles));
   return 0;
 }
 
 static s32 set_frequency(void) {
   const u64 frequency = Quorlan_ReadNumber();
-  if (read_past_end(0))
-    return refuse_cut_record();
+  if (m7_read_past_end(0))
+    return m7_refuse_cut_record();
   if (g_freq == 0 || static_cast<s64>(g_freq) > static_cast<s64>(frequency))
     g_freq = frequency;
   return 0;
 }
 
+static s32 store_padding(signed char opcode) {
+  const s32 rc = Quorlan_ProcessHeadAndTrailerCommand(opcode);
+  if (rc)
+    drv_log_record(LOG_MODULE_DOWNLOAD, LOG_INFO, 0, "Exe head or trailer command error\r\n");
+  return rc;
+}
+
+static s32 play_shift(signed char opcode) {
+  const s32 rc = Quorlan_ProcessSirAndSdrCommand(opcode);
+  if (rc)
+    drv_log_record(LOG_MODULE_DOWNLOAD, LOG_INFO, 0,
+                   "Error: Execute sir/sdr instruction fail!\r\n");
+  return rc;
+}
+
+static s32 refuse_opcode(void) {
+  drv_log_record(LOG_MODULE_DOWNLOAD, LOG_INFO, 0, "Error: invalid file format, unkown opcode\r\n");
+  return RESULT_MALFORMED;
+}
+
 static s32 open_loop(struct loop *loop) {
   loop->counter = static_cast<s32>(Quorlan_ReadNumber());
   loop->start = g_pos;
-  return read_past_end(0) ? refuse_cut_record() : 0;
+  return m7_read_past_end(0) ? m7_refuse_cut_record() : 0;
 }
 
 static s32 close_loop(struct loop *loop) {
@@ -79,8 +93,8 @@ static s32 play_record(struct loop *loop) {
   const s64 length = static_cast<s64>(Quorlan_ReadNumber());
   const u64 opcode_pos = g_pos;
   const signed char opcode = static_cast<signed char>(fgetc());
-  if (read_past_end(0))
-    return refuse_cut_record();
+  if (m7_read_past_end(0))
+    return m7_refuse_cut_record();
 
   switch (opcode) {
     case OPCODE_RESERVED_1:
@@ -96,18 +110,16 @@ static s32 play_record(struct loop *loop) {
     case OPCODE_TIR:
     case OPCODE_HDR:
     case OPCODE_HIR:
-      return logged(Quorlan_ProcessHeadAndTrailerCommand(opcode),
-                    "Exe head or trailer command error\r\n");
+      return store_padding(opcode);
     case OPCODE_SDR:
     case OPCODE_SIR:
-      return logged(Quorlan_ProcessSirAndSdrCommand(opcode),
-                    "Error: Execute sir/sdr instruction fail!\r\n");
+      return play_shift(opcode);
     case OPCODE_LOOP:
       return open_loop(loop);
     case OPCODE_ENDLOOP:
       return close_loop(loop);
     default:
-      return logged(RESULT_MALFORMED, "Error: invalid file format, unkown opcode\r\n");
+      return refuse_opcode();
   }
 }
 
@@ -115,7 +127,7 @@ static void end_file(void) {
   drv_log_record(LOG_MODULE_DOWNLOAD, LOG_INFO, 0, "m7 process done file len %u\r\n",
                  static_cast<u32>(g_pos));
   Quorlan_FreeMemory();
-  release_padding_data();
+  m7_release_padding_data();
 }
 
 s32 Quorlan_ProcessCmd(u64 length) {
@@ -129,8 +141,8 @@ s32 Quorlan_ProcessCmd(u64 length) {
       return rc;
   }
   end_file();
-  // A failed verification in the last record goes unseen, as it always has; work that was not
-  // done for want of memory does not.
+  // A verification that fails in the last record goes unseen. This is meant; that work was not done
+  // for want of memory is told all the same.
   return g_status == 0 && g_stop_code == RESULT_NO_MEMORY ? RESULT_NO_MEMORY : 0;
 }
 }

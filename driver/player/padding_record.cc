@@ -2,10 +2,10 @@
 #include "player/padding_record.h"
 
 #include "engine/padding.h"
-#include "engine/playback.h"
 #include "player/reader.h"
 #include "player/record.h"
 #include "util/memory.h"
+#include "util/result.h"
 
 extern "C" {
 
@@ -18,10 +18,10 @@ static bool read_data(u32 bits, u8 **data) {
   if (fgetc() != TAG_TDI)
     return true;
   const u64 count = bytes_for_bits(bits);
-  *data = alloc_bytes(count + 1);
+  *data = m7_alloc_bytes(count + 1);
   if (!*data)
     return false;
-  read_bytes(*data, count);
+  m7_read_bytes(*data, count);
   (*data)[count] = 0;
   return true;
 }
@@ -38,7 +38,7 @@ s32 Quorlan_ProcessHeadAndTrailerCommand(signed char opcode) {
   if (bits != 0 && !read_data(bits, &data))
     return RESULT_NO_MEMORY;
 
-  const s32 index = padding_index(opcode);
+  const s32 index = m7_padding_index(opcode);
   if (index < 0) {
     printk("Error: invalid Head/Trailer format,  unkown opcode.\n\n");
     kfree(data);
@@ -47,14 +47,18 @@ s32 Quorlan_ProcessHeadAndTrailerCommand(signed char opcode) {
 
   if (bits != 0)
     fgetc();
-  if (read_past_end(0)) {
+  if (m7_read_past_end(0)) {
     kfree(data);
-    return refuse_cut_record();
+    return m7_refuse_cut_record();
   }
   store(index, bits, data);
   Quorlan_GenHeadAndTrailerVec(opcode, static_cast<s32>(bits), data);
-  // Scans without their padding would reach the wrong device.
-  return bits != 0 && !has_padding_vector(opcode) ? RESULT_NO_MEMORY : 0;
+  if (bits != 0 && !m7_has_padding_vector(opcode)) {
+    // A length without its vector would move the data range of every later scan.
+    store(index, 0, nullptr);
+    return RESULT_NO_MEMORY;
+  }
+  return 0;
 }
 
 static void release(u8 **data) {
@@ -62,14 +66,14 @@ static void release(u8 **data) {
   *data = nullptr;
 }
 
-void release_padding_data(void) {
+void m7_release_padding_data(void) {
   release(&g_hdr_data);
   release(&g_tir_data);
   release(&g_tdr_data);
 }
 
-void release_all_padding_data(void) {
-  release_padding_data();
+void m7_release_all_padding_data(void) {
+  m7_release_padding_data();
   release(&g_hir_data);
 }
 }

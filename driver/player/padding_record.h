@@ -10,14 +10,15 @@ extern "C" {
 
 // Reads the body of the record at g_pos, stores length and bytes in the register of `opcode` (9
 // to 12), whose earlier bytes are freed, and rebuilds its vector. With another tag than TDI the
-// register holds no bytes and its vector is zeros. Returns 0, RESULT_NO_MEMORY, or
-// RESULT_MALFORMED for another opcode or a record that the image cuts off, which is not stored.
+// register holds no bytes and its vector is zeros. Returns 0; RESULT_NO_MEMORY (for want
+// of a vector the register is gone); RESULT_MALFORMED for another opcode, or for a record that the
+// image cuts off, which is not stored.
 s32 Quorlan_ProcessHeadAndTrailerCommand(signed char opcode);
 
 // Frees and clears the bytes of HDR, TIR and TDR, at the end of a command file. Those of HIR stay
-// until another HIR record replaces them; so they always have.
-void release_padding_data(void);
+// until another HIR record replaces them. This is meant.
+void m7_release_padding_data(void);
 
 // Frees and clears the bytes of all four, at unload.
-void release_all_padding_data(void);
+void m7_release_all_padding_data(void);
 }

@@ -3,10 +3,10 @@
 
 #include "decode/block.h"
 #include "engine/device.h"
-#include "engine/playback.h"
 #include "player/reader.h"
 #include "player/record.h"
 #include "util/bit_string.h"
+#include "util/result.h"
 
 extern "C" {
 
@@ -63,7 +63,7 @@ s32 Quorlan_ReadSirInfo(u32 *first, u32 *second) {
 static u32 read_padding_length(void) {
   const u32 bits = static_cast<u32>(Quorlan_ReadNumber());
   if (bits != 0) {
-    while (fgetc() != TAG_END && !read_past_end(0)) {
+    while (fgetc() != TAG_END && !m7_read_past_end(0)) {
     }
   }
   return bits;
@@ -105,7 +105,7 @@ s32 Quorlan_ReadChipIdcode(void) {
   while (fgetc() == RECORD_MARK) {
     const s32 rc = scan_record(&chain);
     // This takes the next record's mark, so that a well-formed file is scanned no further than
-    // its first record. Players have always done so, and files count on it.
+    // its first record. This is meant.
     fgetc();
     if (rc)
       break;

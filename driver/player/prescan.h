@@ -14,7 +14,8 @@ extern u32 g_cur_level;
 extern u32 g_total_level;
 
 // Scans from g_pos, on a chain that was reset, then reads the IDCODE. Whatever the scan meets
-// only shortens it. Returns 0.
+// only shortens it, and a failed read is only logged; but a chain so long that no vector can reach
+// through it stops the download. Returns 0.
 s32 Quorlan_ReadChipIdcode(void);
 
 // Reads the body of an SIR record at g_pos and counts its bytes of all ones, one for each device

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "player/reader.h"
 
-#include "engine/playback.h"
+#include "util/result.h"
 
 extern "C" {
 
@@ -18,7 +18,7 @@ u32 fgetc(void) {
   return g_buffer[0];
 }
 
-void read_bytes(u8 *to, u64 count) {
+void m7_read_bytes(u8 *to, u64 count) {
   const u64 left = g_pos < g_read_limit ? g_read_limit - g_pos : 0;
   const u64 present = count < left ? count : left;
   if (present > 0)
@@ -39,11 +39,11 @@ u64 Quorlan_ReadNumber(void) {
   return sum;
 }
 
-bool read_past_end(u64 allowed) {
+bool m7_read_past_end(u64 allowed) {
   return g_pos > g_read_limit && g_pos - g_read_limit > allowed;
 }
 
-s32 refuse_cut_record(void) {
+s32 m7_refuse_cut_record(void) {
   printk("Error: command file ends inside a record\n");
   return RESULT_MALFORMED;
 }

@@ -10,8 +10,8 @@
 
 extern "C" {
 
-// The image and its length in bytes. Owned by the framework; the pointer is null between
-// downloads.
+// The image and its length in bytes. Owned by the framework; the pointer is null after
+// a download, and still there after one that was rejected.
 extern const u8 *g_tvb_buffer;
 extern u64 g_tvb_length;
 
@@ -30,7 +30,7 @@ u32 fgetc(void);
 
 // Copies `count` bytes of the image at g_pos to `to` and advances g_pos; what lies past the end is
 // 0. g_buffer is left alone.
-void read_bytes(u8 *to, u64 count);
+void m7_read_bytes(u8 *to, u64 count);
 
 // Reads one number at g_pos: groups of 7 bits, least significant first, one a byte, bit 7 set
 // where another follows. Group i is shifted by 7 * i modulo 32 within 32 bits, sign-extended and
@@ -38,10 +38,10 @@ void read_bytes(u8 *to, u64 count);
 u64 Quorlan_ReadNumber(void);
 
 // Returns whether more than `allowed` bytes were read past the end of the image.
-bool read_past_end(u64 allowed);
+bool m7_read_past_end(u64 allowed);
 
 // Reports to the kernel log that the file ends inside a record. Returns RESULT_MALFORMED.
-s32 refuse_cut_record(void);
+s32 m7_refuse_cut_record(void);
 
 // Copies `count` bytes of `src` from `*pos` on to `dst`, and a 0 after them; advances `*pos` by
 // `count`. `dst` has room for count + 1 bytes.

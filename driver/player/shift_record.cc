@@ -38,9 +38,9 @@ static void free_fields(struct shift_fields *fields) {
 
 static s32 read_fields(struct shift_fields *fields, u32 count) {
   for (u32 tag = fgetc(); tag != TAG_END; tag = fgetc()) {
-    if (read_past_end(0)) {
+    if (m7_read_past_end(0)) {
       free_fields(fields);
-      return refuse_cut_record();
+      return m7_refuse_cut_record();
     }
     u8 **field = field_of_tag(fields, tag);
     if (!field) {
@@ -53,6 +53,9 @@ static s32 read_fields(struct shift_fields *fields, u32 count) {
 }
 
 static void play_shift(signed char opcode, u32 bits, const struct shift_fields *fields) {
+  // A decoder may leave the byte after the register unwritten; a shift may look at it.
+  if (fields->mask)
+    fields->mask[bytes_for_bits(bits)] = 0;
   if (opcode == OPCODE_SIR)
     Quorlan_SvfShiftInsRegister(bits, fields->tdi, fields->tdo, fields->mask);
   else
@@ -69,7 +72,7 @@ s32 Quorlan_ProcessSirAndSdrCommand(signed char opcode) {
 
   // A missing mask would pass for a scan that compares nothing.
   if (g_alloc_failures != failures)
-    stop_without_memory();
+    m7_stop_without_memory();
   else
     play_shift(opcode, bits, &fields);
   free_fields(&fields);

@@ -10,8 +10,8 @@ extern "C" {
 
 // Reads the body of a shift record at g_pos and plays it: OPCODE_SIR as an instruction shift, any
 // other opcode as a data shift. A field that occurs twice replaces the earlier one, which is not
-// freed. A block that cannot be decoded counts as absent; one for which memory was wanting stops
-// the download, and nothing is shifted.
+// freed. A block that cannot be decoded counts as absent; one for which memory was wanting, or
+// which asks for more than there can be, stops the download, and nothing is shifted.
 // Returns 0 whatever the shift's outcome (see g_status), or RESULT_MALFORMED for an unknown tag,
 // the blocks read so far not being freed, or a record that the image cuts off.
 s32 Quorlan_ProcessSirAndSdrCommand(signed char opcode);

@@ -7,7 +7,7 @@ extern "C" {
 
 // Room for `n` characters and the byte that ends them; a negative `n` has none.
 static u8 *alloc_string(s64 n) {
-  return n < 0 ? nullptr : alloc_bytes(n + 1);
+  return n < 0 ? nullptr : m7_alloc_bytes(n + 1);
 }
 
 u8 *Quorlan_ReverseStr(const u8 *src, s32 n) {
@@ -39,50 +39,41 @@ u8 *Quorlan_ReverseCharStr(const u8 *src, s32 n) {
   return result;
 }
 
-// Returns the byte that `count` characters make, the first one most significant.
-static u8 pack_byte(const u8 *bits, s32 count) {
+// Returns the byte that `count` characters make, the first one most significant. Those from
+// `readable` on are '0'.
+static u8 pack_byte(const u8 *bits, s32 count, s32 readable) {
   u32 byte = 0;
   for (s32 i = 0; i < count; i++)
-    byte = (byte << 1) + (bits[i] - '0');
+    byte = (byte << 1) + (i < readable ? bits[i] - '0' : 0);
   return static_cast<u8>(byte);
 }
 
-static void pack_bytes(const u8 *bits, s32 count, u8 *bytes) {
+static void pack_bytes(const u8 *bits, s32 count, s32 readable, u8 *bytes) {
   const s32 rest = count % 8;
   const s32 size = count / 8 + (rest != 0);
   for (s32 b = 0; b < size; b++)
-    bytes[b] = pack_byte(bits + 8 * b, b == 0 && rest != 0 ? rest : 8);
+    bytes[b] = pack_byte(bits + 8 * b, b == 0 && rest != 0 ? rest : 8, readable - 8 * b);
   bytes[size] = 0;
 }
 
-// The characters in reverse order, padded with '0' to the whole bytes that packing reads.
-static u8 *reversed_copy(const u8 *bits, s32 count) {
-  const s32 padded = (count + 7) / 8 * 8;
-  u8 *copy = alloc_bytes(static_cast<u64>(padded) + 1);
-  if (!copy)
-    return nullptr;
-
-  for (s32 i = 0; i < count; i++)
-    copy[count - 1 - i] = bits[i];
-  for (s32 i = count; i < padded; i++)
-    copy[i] = '0';
-  return copy;
-}
-
 u8 *Quorlan_BinToBytes(const u8 *bits, s32 count, s32 reverse) {
-  u8 *result = alloc_string(count < 0 ? -1 : (static_cast<s64>(count) + 7) / 8);
+  const s64 size = (static_cast<s64>(count) + 7) / 8;
+  u8 *result = alloc_string(count < 0 ? -1 : size);
   if (!result)
     return nullptr;
-
-  u8 *copy = nullptr;
-  if (reverse == 1) {
-    copy = reversed_copy(bits, count);
-    if (!copy) {
-      kfree(result);
-      return nullptr;
-    }
+  if (reverse != 1) {
+    pack_bytes(bits, count, static_cast<s32>(8 * size), result);
+    return result;
   }
-  pack_bytes(copy ? copy : bits, count, result);
+
+  u8 *copy = alloc_string(count);
+  if (!copy) {
+    kfree(result);
+    return nullptr;
+  }
+  for (s32 i = 0; i < count; i++)
+    copy[count - 1 - i] = bits[i];
+  pack_bytes(copy, count, count, result);
   kfree(copy);
   return result;
 }

@@ -32,7 +32,7 @@ u8 *Quorlan_HexStrToChars(const u8 *hex, s32 count) {
   if (count < 0 || count > 4 * digit)
     return nullptr;
 
-  u8 *result = alloc_bytes(static_cast<u64>(count) + 1);
+  u8 *result = m7_alloc_bytes(static_cast<u64>(count) + 1);
   if (!result)
     return nullptr;
 

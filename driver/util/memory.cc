@@ -11,15 +11,15 @@ static u8 *counted(void *block) {
   return static_cast<u8 *>(block);
 }
 
-u8 *alloc_bytes(u64 size) {
+u8 *m7_alloc_bytes(u64 size) {
   return counted(size > M7_ALLOC_MAX ? nullptr : __kmalloc(size, M7_GFP_KERNEL));
 }
 
-u8 *alloc_zeroed_bytes(u64 size) {
+u8 *m7_alloc_zeroed_bytes(u64 size) {
   return counted(size > M7_ALLOC_MAX ? nullptr : __kmalloc(size, M7_GFP_KERNEL | M7_GFP_ZERO));
 }
 
-u8 *realloc_bytes(u8 *block, u64 size) {
+u8 *m7_realloc_bytes(u8 *block, u64 size) {
   return counted(size > M7_ALLOC_MAX ? nullptr : krealloc(block, size, M7_GFP_KERNEL));
 }
 }

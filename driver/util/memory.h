@@ -13,11 +13,11 @@ extern "C" {
 extern u32 g_alloc_failures;
 
 // Returns a new block of `size` bytes, not zeroed, or null. The caller frees it with kfree.
-u8 *alloc_bytes(u64 size);
+u8 *m7_alloc_bytes(u64 size);
 
 // The same, zeroed.
-u8 *alloc_zeroed_bytes(u64 size);
+u8 *m7_alloc_zeroed_bytes(u64 size);
 
 // Resizes `block` to `size` bytes; what it gains is not zeroed. Null leaves `block` as it was.
-u8 *realloc_bytes(u8 *block, u64 size);
+u8 *m7_realloc_bytes(u8 *block, u64 size);
 }

@@ -120,6 +120,9 @@ TEST_F(BoundsDownload, PrescanFillsACutBlockWithZeros) {
   // Bytes FF and then nothing: from the last index down 00 00 FF.
   ExpectChain({'^', 56, kSir, 24, 15, 0xFF}, 1, 2);
   EXPECT_EQ(shim::Messages()[1], session::BadSirInfo()) << "and its end tag is missing";
+  ASSERT_EQ(shim::Allocations()[1].size, 4u) << "behind the vector, the block";
+  EXPECT_EQ(session::Content(static_cast<u8 *>(shim::Allocations()[1].pointer), 4),
+            (Bytes{0xFF, 0x00, 0x00, 0x00}));
   AllowLeaks(1);
 }
 

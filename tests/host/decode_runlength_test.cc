@@ -34,8 +34,7 @@ TEST_F(DecodeRunlength, RunOfOneHasTheNumberZero) {
 }
 
 TEST_F(DecodeRunlength, OtherBytesStandForThemselves) {
-  EXPECT_EQ(Whole({0xFF, 0x12, 0xFF, 0x01, 0x34}, 4),
-            (Bytes{0x12, 0xFF, 0xFF, 0x34, shim::kFill}));
+  EXPECT_EQ(Whole({0xFF, 0x12, 0xFF, 0x01, 0x34}, 4), (Bytes{0x12, 0xFF, 0xFF, 0x34, shim::kFill}));
   EXPECT_EQ(g_pos, 5u);
 }
 

@@ -144,6 +144,11 @@ TEST_F(DeviceChainTest, ReadAllocatesAndFreesItsBlocks) {
   EXPECT_EQ(shim::LiveRequests(), 1u);
 }
 
+TEST_F(DeviceChainTest, WholeBytesNeedNoFurtherOne) {
+  kfree(Quorlan_ExeSdrRdbkCommand(1, 1, 32));
+  EXPECT_EQ(RequestedSizes(), (std::vector<size_t>{3201, 5, 5, 5, 33, 33}));
+}
+
 TEST_F(DeviceChainTest, ReadWithoutMemoryIsNull) {
   for (const uint64_t n : {1, 2, 3}) {
     shim::FailAllocation(n);

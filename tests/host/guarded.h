@@ -18,8 +18,8 @@ class Guarded {
   explicit Guarded(const std::vector<uint8_t> &bytes) : size_(bytes.size()) {
     const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
     room_ = (size_ / page + 1) * page;
-    void *map = mmap(nullptr, room_ + page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1,
-                     0);
+    void *map =
+        mmap(nullptr, room_ + page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (map == MAP_FAILED || mprotect(static_cast<uint8_t *>(map) + room_, page, PROT_NONE) != 0) {
       throw std::runtime_error("no guarded memory");
     }

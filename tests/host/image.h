@@ -86,8 +86,7 @@ inline Bytes Sdr(uint64_t bits, const Bytes &tdi) {
 
 // The same with an expected value and a mask.
 inline Bytes Sdr(uint64_t bits, const Bytes &tdi, const Bytes &tdo, const Bytes &mask) {
-  return Shift(kSdr, bits,
-               Join({Field(kTagTdi, tdi), Field(kTagTdo, tdo), Field(kTagMask, mask)}));
+  return Shift(kSdr, bits, Join({Field(kTagTdi, tdi), Field(kTagTdo, tdo), Field(kTagMask, mask)}));
 }
 
 // The body of a header or trailer record: `data` holds the register's bytes, unused when bits is 0.

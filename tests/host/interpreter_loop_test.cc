@@ -144,9 +144,9 @@ TEST_F(InterpreterLoop, LengthsOfUpTo7BitsEndAtTheOpcode) {
 TEST_F(InterpreterLoop, LengthIsDividedTruncating) {
   for (const int length : {8, 9, 15}) {
     g_freq = 0;
-    EXPECT_EQ(Play(Join({RecordOfLength({static_cast<uint8_t>(length)}, kReserved, {}),
-                         Frequency(500)})),
-              0);
+    EXPECT_EQ(
+        Play(Join({RecordOfLength({static_cast<uint8_t>(length)}, kReserved, {}), Frequency(500)})),
+        0);
     EXPECT_EQ(g_freq, 500u) << length;
   }
 }
@@ -170,13 +170,13 @@ TEST_F(InterpreterLoop, NegativeLengthOfAReservedRecordIsMalformed) {
 
 TEST_F(InterpreterLoop, NegativeLengthElsewhereIsNotUsed) {
   const Bytes length = image::Negative(-8);
-  EXPECT_EQ(Play(Join({RecordOfLength(length, image::kFrequency, image::Number(500)),
-                       RecordOfLength(length, image::kEndLoop, {}),
-                       RecordOfLength(length, image::kLoop, {2}),
-                       RecordOfLength(length, image::kHdr, {0}),
-                       RecordOfLength(length, image::kRunTest, {1}),
-                       RecordOfLength(length, image::kSir, {0, 23})})),
-            0);
+  EXPECT_EQ(
+      Play(Join(
+          {RecordOfLength(length, image::kFrequency, image::Number(500)),
+           RecordOfLength(length, image::kEndLoop, {}), RecordOfLength(length, image::kLoop, {2}),
+           RecordOfLength(length, image::kHdr, {0}), RecordOfLength(length, image::kRunTest, {1}),
+           RecordOfLength(length, image::kSir, {0, 23})})),
+      0);
   EXPECT_EQ(g_freq, 500u);
 }
 

@@ -63,8 +63,8 @@ TEST_F(InterpreterPad, EachOpcodeStoresItsRegisterAlone) {
     EXPECT_EQ(Content(*r.data, 3), (Bytes{0xA5, 0xF3, 0x00})) << "unchanged, and a 0";
     EXPECT_EQ(shim::SizeOf(*r.data), 3u);
     const uint8_t last = r.trailer ? 0x6E : 0x4C;
-    EXPECT_EQ(Characters(*r.vector), (Bytes{0x4C, 0x08, 0x4C, 0x08, 0x08, 0x4C, 0x08, 0x4C, 0x4C,
-                                            0x4C, 0x4C, last}));
+    EXPECT_EQ(Characters(*r.vector),
+              (Bytes{0x4C, 0x08, 0x4C, 0x08, 0x08, 0x4C, 0x08, 0x4C, 0x4C, 0x4C, 0x4C, last}));
     EXPECT_EQ(shim::SizeOf(*r.vector), 13u);
     shim::ResetDriverGlobals();
     ExpectNoRegister();
@@ -132,8 +132,8 @@ TEST_F(InterpreterPad, OtherOpcodesAreRefusedAndStoreNothing) {
     shim::ClearMessages();
     EXPECT_EQ(Run(static_cast<signed char>(opcode), {0}), -10) << opcode;
     EXPECT_EQ(g_pos, 1u);
-    EXPECT_EQ(shim::Messages(), Messages{shim::Printk(
-                                    "Error: invalid Head/Trailer format,  unkown opcode.\n\n")});
+    EXPECT_EQ(shim::Messages(),
+              Messages{shim::Printk("Error: invalid Head/Trailer format,  unkown opcode.\n\n")});
     ExpectNoRegister();
   }
 }

@@ -121,8 +121,8 @@ TEST_F(InterpreterRelease, MessageComesBeforeTheRelease) {
 
 TEST_F(InterpreterRelease, StoppedFileReleasesNothingAndTheNextOneDoes) {
   g_chip_idcode = Block();
-  const Bytes pads = Join({Pad(kHir, 8, {0xF1}), Pad(kHdr, 8, {0xF2}), Pad(kTir, 8, {0xF3}),
-                           Pad(kTdr, 8, {0xF4})});
+  const Bytes pads = Join(
+      {Pad(kHir, 8, {0xF1}), Pad(kHdr, 8, {0xF2}), Pad(kTir, 8, {0xF3}), Pad(kTdr, 8, {0xF4})});
   EXPECT_EQ(Play(Join({pads, image::Record(2, {})})), -10);
   EXPECT_EQ(shim::LiveRequests(), 8u);
   EXPECT_NE(g_chip_idcode, nullptr);
@@ -139,8 +139,8 @@ TEST_F(InterpreterPrint, BytesAreMirroredFromTheLastToTheFirst) {
   const Bytes bytes = {0x01, 0x60, 0xF0, 0x05};
   EXPECT_EQ(Quorlan_PrintData(4, bytes.data()), 2);
   EXPECT_EQ(shim::Messages(),
-            (Messages{shim::Printk(" ("), shim::Printk("A0"), shim::Printk("0F"), shim::Printk("06"),
-                      shim::Printk("80"), shim::Printk(") ")}));
+            (Messages{shim::Printk(" ("), shim::Printk("A0"), shim::Printk("0F"),
+                      shim::Printk("06"), shim::Printk("80"), shim::Printk(") ")}));
 }
 
 TEST_F(InterpreterPrint, NoBytesPrintTheBracketsOnly) {

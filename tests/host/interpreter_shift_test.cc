@@ -51,8 +51,8 @@ TEST_F(InterpreterShift, SirShiftsTheInstructionRegister) {
 
 TEST_F(InterpreterShift, SdrShiftsTheDataRegister) {
   EXPECT_EQ(Run(kSdr, ShiftBody(8, Field(kTagTdi, {0x60}))), 0);
-  EXPECT_EQ(Characters(g_vector), (Bytes{0x2A, 0x08, 0x08, 0x08, 0x4C, 0x4C, 0x08, 0x08, 0x08, 0x08,
-                                         0x2A, 0x2A, 0x08}));
+  EXPECT_EQ(Characters(g_vector),
+            (Bytes{0x2A, 0x08, 0x08, 0x08, 0x4C, 0x4C, 0x08, 0x08, 0x08, 0x08, 0x2A, 0x2A, 0x08}));
   EXPECT_EQ(watch_.Text(), "DR 01100000");
 }
 
@@ -85,9 +85,9 @@ TEST_F(InterpreterShift, FieldsComeInAnyOrder) {
   // TDI F0, expected 0F, only the lowest bit of it compared; it reads 1.
   const Bytes tdi = Field(kTagTdi, {0xF0}), tdo = Field(kTagTdo, {0x0F});
   const Bytes mask = Field(kTagMask, {0x01});
-  for (const Bytes &fields : {Join({tdi, tdo, mask}), Join({tdi, mask, tdo}),
-                              Join({tdo, tdi, mask}), Join({tdo, mask, tdi}),
-                              Join({mask, tdi, tdo}), Join({mask, tdo, tdi})}) {
+  for (const Bytes &fields :
+       {Join({tdi, tdo, mask}), Join({tdi, mask, tdo}), Join({tdo, tdi, mask}),
+        Join({tdo, mask, tdi}), Join({mask, tdi, tdo}), Join({mask, tdo, tdi})}) {
     watch_.Clear();
     pins_.ClearEvents();
     watch_.QueueTdo("00000001");

@@ -104,8 +104,9 @@ class Model {
       previous_ = {static_cast<uint8_t>(code)};
       Emit(previous_);
     } else {
-      Bytes text = code < 256 ? Bytes{static_cast<uint8_t>(code)}
-                              : code == last ? previous_ : strings_.at(code);
+      Bytes text = code < 256     ? Bytes{static_cast<uint8_t>(code)}
+                   : code == last ? previous_
+                                  : strings_.at(code);
       Bytes defined = previous_;
       defined.push_back(text.front());
       if (code == last) {

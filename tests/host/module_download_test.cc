@@ -215,6 +215,26 @@ TEST_F(ModuleDownloadTest, ContentResultsAreTheInterpreters) {
   AllowLeaks(1);  // the IDCODE of the first
 }
 
+// What stopped one download is forgotten with it: whoever finds the run stopped afterwards finds it
+// stopped by a verification.
+TEST_F(ModuleDownloadTest, WantOfMemoryEndsWithItsDownload) {
+  Download(Join({shortest, image::Shift(image::kSdr, 4 << 20, {})}));
+  EXPECT_EQ(shim::Messages().back(), End(-2));
+  g_tvb_buffer = shortest.data();
+  g_status = 0;
+  EXPECT_EQ(Quorlan_ProcessCmd(shortest.size()), -17);
+  EXPECT_EQ(Quorlan_HandleTvbContent(shortest.data(), shortest.size()), -17);
+}
+
+TEST_F(ModuleDownloadTest, AVerificationThatFailsAfterWantOfMemoryIsToldFromIt) {
+  Download(Join({shortest, image::Shift(image::kSdr, 4 << 20, {})}));
+  const Bytes file = Join({shortest, Mismatch(), image::Nothing()});
+  g_tvb_buffer = file.data();
+  g_vector_size = 3200;
+  g_status = 1;
+  EXPECT_EQ(Quorlan_ProcessCmd(file.size()), -17);
+}
+
 TEST_F(ModuleDownloadTest, NothingBehindTheLengthIsRead) {
   // What follows would be a record that fails.
   const Bytes file = Join({shortest, image::Record(2, {})});

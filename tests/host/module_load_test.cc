@@ -17,6 +17,7 @@ struct AtLoad {
   tvb_driver record = g_tvb_drv;
   const uint8_t *image = g_tvb_buffer;
   uint64_t numbers[5] = {g_tvb_length, g_pos, g_cfg_start_pos, g_freq, g_alloc_failures};
+  int32_t stop_code = g_stop_code;
   uint32_t status = g_status, vector_size = g_vector_size, vec_val = g_vec_val;
   uint32_t idcode_pub = g_idcode_pub, io_len = g_io_len;
   uint32_t levels[2] = {g_cur_level, g_total_level};
@@ -181,6 +182,7 @@ TEST_F(ModuleLoadTest, TableHasTheDownloadAlone) {
 TEST_F(ModuleLoadTest, GlobalsAtLoad) {
   EXPECT_EQ(at_load.image, nullptr);
   EXPECT_EQ(at_load.status, 1u);
+  EXPECT_EQ(at_load.stop_code, -17);
   EXPECT_EQ(at_load.vector_size, 3200u);
   EXPECT_EQ(at_load.vec_val, 0u);
   EXPECT_EQ(at_load.idcode_pub, 6u);

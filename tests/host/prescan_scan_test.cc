@@ -94,15 +94,25 @@ TEST_F(PrescanScan, ScanNormallyEndsAfterItsFirstRecord) {
 TEST_F(PrescanScan, RecordBehindAStrayByteIsScanned) {
   Scan(Join({Pad(kTdr, 2, {0x00}), {0x99}, Pad(kHdr, 3, {0x00})}));
   ExpectChain(3, 6);
-  Scan(Join({Pad(kHdr, 3, {0x00}), {0x99}, Pad(kTdr, 1, {0x00}), {0x99},
-             image::Sir(16, {0xFF, 0x60}), {0x99}, Pad(kHdr, 7, {0x00})}));
+  Scan(Join({Pad(kHdr, 3, {0x00}),
+             {0x99},
+             Pad(kTdr, 1, {0x00}),
+             {0x99},
+             image::Sir(16, {0xFF, 0x60}),
+             {0x99},
+             Pad(kHdr, 7, {0x00})}));
   ExpectChain(2, 6);
   AllowLeaks(1 + 1);
 }
 
 TEST_F(PrescanScan, LaterRecordOfOneKindReplacesTheEarlier) {
-  Scan(Join({Pad(kTdr, 2, {0x00}), {0x99}, Pad(kTdr, 1, {0x00}), {0x99}, Pad(kHdr, 5, {0x00}),
-             {0x99}, Pad(kHdr, 0)}));
+  Scan(Join({Pad(kTdr, 2, {0x00}),
+             {0x99},
+             Pad(kTdr, 1, {0x00}),
+             {0x99},
+             Pad(kHdr, 5, {0x00}),
+             {0x99},
+             Pad(kHdr, 0)}));
   ExpectChain(2, 2);
 }
 
@@ -137,8 +147,7 @@ TEST_F(PrescanScan, DataOfAPadIsReadUpToTheFirst23) {
 
 TEST_F(PrescanScan, OtherRecordsAreSkippedByTheirLength) {
   for (const int opcode : {0, 1, 4, 7, 8, 10, 12, 13, 15, 19, 0x24, 0x25, 0x80, 0xFF}) {
-    const Bytes other =
-        RecordOfLength({24}, static_cast<uint8_t>(opcode), {'^', '^'});
+    const Bytes other = RecordOfLength({24}, static_cast<uint8_t>(opcode), {'^', '^'});
     Scan(Join({other, {0x99}, Pad(kTdr, 1, {0x00})}));
     ExpectChain(2, 2);
     shim::ResetDriverGlobals();
@@ -158,7 +167,9 @@ TEST_F(PrescanScan, SkipTruncates) {
 }
 
 TEST_F(PrescanScan, NegativeLengthStopsTheScan) {
-  Scan(Join({Pad(kTdr, 1, {0x00}), {0x99}, RecordOfLength(image::Negative(-64), 7, {}),
+  Scan(Join({Pad(kTdr, 1, {0x00}),
+             {0x99},
+             RecordOfLength(image::Negative(-64), 7, {}),
              Pad(kTdr, 3, {0x00})}));
   ExpectChain(2, 2);
   EXPECT_EQ(shim::Messages(), zeros_) << "and is not reported";
@@ -188,8 +199,8 @@ TEST_F(PrescanScan, LevelsAreOf32Bits) {
   // A trailer of 2^32 - 1 bits and one device: level 0, and total 0 with no header.
   Scan(Join({RecordOfLength({8}, kTdr, image::Negative(-1)), {15, 0, 23}}));
   ExpectChain(0, 0);
-  Scan(Join({RecordOfLength({8}, kTdr, image::Negative(-1)), {15, 0, 23, 0x99},
-             Pad(kHdr, 3, {0x00})}));
+  Scan(Join(
+      {RecordOfLength({8}, kTdr, image::Negative(-1)), {15, 0, 23, 0x99}, Pad(kHdr, 3, {0x00})}));
   ExpectChain(0, 3);
   AllowLeaks(shim::kAnyLeaks);
 }
@@ -200,6 +211,16 @@ TEST_F(PrescanScan, ChainThatCannotBeIsNotShifted) {
   EXPECT_EQ(pins_.writes(), 0u);
   EXPECT_EQ(shim::Messages(), Messages{session::NoIdcode()});
   EXPECT_EQ(g_status, 1u);
+}
+
+TEST_F(PrescanScan, ChainWhoseScansNoVectorHoldsStopsTheDownload) {
+  // The instructions of 600001 devices can be had, the vector of their scan cannot.
+  Scan(Join({RecordOfLength({8}, kHdr, image::Number(600000)), {15, 0, 23}}));
+  ExpectChain(1, 600001);
+  EXPECT_EQ(pins_.writes(), 0u);
+  EXPECT_EQ(shim::Messages().back(), session::NoIdcode());
+  EXPECT_EQ(g_status, 0u) << "a vector that cannot be had ends the download";
+  EXPECT_EQ(g_stop_code, RESULT_NO_MEMORY);
 }
 
 TEST_F(PrescanScan, FailedReadIsReportedAndIgnored) {

@@ -188,6 +188,16 @@ TEST_F(ShiftCaptureTest, EmptyCaptureIsNeverWrittenTo) {
   EXPECT_EQ(Text(Quorlan_TransferAndReadTDO(&mask, 1, 1)), "null");
 }
 
+TEST_F(ShiftCaptureTest, ACaptureWithoutRoomIsNeverWrittenTo) {
+  Quorlan_MemSet(0);
+  Quorlan_GenVec();
+  Quorlan_GenVec();
+  const uint8_t mask = 0xFF;
+  // end - start + 1 is 0 in 32 bits, and yet every period lies in the range.
+  EXPECT_EQ(Text(Quorlan_TransferAndReadTDO(&mask, 0, 0xFFFFFFFF)), "null");
+  EXPECT_EQ(shim::LiveRequests(), 1u) << "the vector";
+}
+
 TEST_F(ShiftCaptureTest, RangesThatNoKernelHasRoomForPlayNothing) {
   Quorlan_MemSet(0);
   Quorlan_GenVec();

@@ -105,8 +105,16 @@ TEST_F(ShiftMemoryTest, LengthsAreSummedBeyond32Bits) {
   for (const uint32_t bits : {0xFFFFFFFFu, 0xFFFFFFFCu, 0xFFFFFFFAu}) {
     ExpectAbandoned(bits);
   }
-  g_tir_len = g_tdr_len = 0xFFFFFFFF;
+}
+
+TEST_F(ShiftMemoryTest, PaddingIsSummedBeyond32Bits) {
+  Quorlan_MemSet(100);
+  g_tir_len = g_tdr_len = 0xFFFFFFF8;
   ExpectAbandoned(8);
+}
+
+TEST_F(ShiftMemoryTest, HeaderAndTrailerAreSummedBeyond32Bits) {
+  Quorlan_MemSet(100);
   g_hir_len = g_hdr_len = 0x80000000;
   g_tir_len = g_tdr_len = 0x80000000;
   ExpectAbandoned(8);

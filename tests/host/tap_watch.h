@@ -47,19 +47,43 @@ class TapWatch {
 
  private:
   enum State : uint8_t {
-    kReset, kIdle,
-    kSelectDr, kCaptureDr, kShiftDr, kExit1Dr, kPauseDr, kExit2Dr, kUpdateDr,
-    kSelectIr, kCaptureIr, kShiftIr, kExit1Ir, kPauseIr, kExit2Ir, kUpdateIr,
+    kReset,
+    kIdle,
+    kSelectDr,
+    kCaptureDr,
+    kShiftDr,
+    kExit1Dr,
+    kPauseDr,
+    kExit2Dr,
+    kUpdateDr,
+    kSelectIr,
+    kCaptureIr,
+    kShiftIr,
+    kExit1Ir,
+    kPauseIr,
+    kExit2Ir,
+    kUpdateIr,
   };
 
   static State Next(State state, bool tms) {
     // [state][TMS]
     static constexpr std::array<std::array<State, 2>, 16> kTable = {{
-        {kIdle, kReset},       {kIdle, kSelectDr},
-        {kCaptureDr, kSelectIr}, {kShiftDr, kExit1Dr},  {kShiftDr, kExit1Dr}, {kPauseDr, kUpdateDr},
-        {kPauseDr, kExit2Dr},    {kShiftDr, kUpdateDr}, {kIdle, kSelectDr},
-        {kCaptureIr, kReset},    {kShiftIr, kExit1Ir},  {kShiftIr, kExit1Ir}, {kPauseIr, kUpdateIr},
-        {kPauseIr, kExit2Ir},    {kShiftIr, kUpdateIr}, {kIdle, kSelectDr},
+        {kIdle, kReset},
+        {kIdle, kSelectDr},
+        {kCaptureDr, kSelectIr},
+        {kShiftDr, kExit1Dr},
+        {kShiftDr, kExit1Dr},
+        {kPauseDr, kUpdateDr},
+        {kPauseDr, kExit2Dr},
+        {kShiftDr, kUpdateDr},
+        {kIdle, kSelectDr},
+        {kCaptureIr, kReset},
+        {kShiftIr, kExit1Ir},
+        {kShiftIr, kExit1Ir},
+        {kPauseIr, kUpdateIr},
+        {kPauseIr, kExit2Ir},
+        {kShiftIr, kUpdateIr},
+        {kIdle, kSelectDr},
     }};
     return kTable[state][tms];
   }

@@ -125,6 +125,16 @@ TEST_F(VectorBufferTest, AReplacedBufferGrowsFromTheRecordedSize) {
   EXPECT_EQ(Vector(), std::string(40, 0x08));
 }
 
+TEST_F(VectorBufferTest, ASmallerBufferThatTookItsPlaceGrows) {
+  Quorlan_Reset();
+  kfree(g_vector);
+  g_vector_size = 16;
+  g_vector = static_cast<uint8_t *>(shim::NewBlock(16));
+  g_vector[0] = 0;
+  Append(40);
+  EXPECT_EQ(Vector(), std::string(40, 0x08));
+}
+
 TEST_F(VectorBufferTest, WithoutMemoryItIsReported) {
   shim::FailAllocation(1);
   Quorlan_MemSet(3300);

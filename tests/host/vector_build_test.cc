@@ -3,6 +3,7 @@
 // One character a TCK period: the encoding, and the state walk that is made of it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <string>
 #include <vector>
@@ -105,6 +106,27 @@ TEST_F(VectorBuildTest, AppendsToAVectorThatTookItsPlace) {
   Quorlan_GenVec();
   Quorlan_GenVec();
   EXPECT_EQ(VectorText(), "08 08");
+}
+
+TEST_F(VectorBuildTest, AVectorThatTookItsPlaceEndsWhereItsTerminatorIs) {
+  for (int i = 0; i < 20; ++i) {
+    Quorlan_GenVec();
+  }
+  kfree(g_vector);
+  g_vector = static_cast<uint8_t *>(shim::NewBlock(g_vector_size));
+  std::fill(g_vector, g_vector + g_vector_size, 0);
+  g_vector[0] = 'L';
+  Quorlan_GenVec();
+  EXPECT_EQ(VectorText(), "4C 08");
+}
+
+TEST_F(VectorBuildTest, AppendsBehindWhatWasWrittenIntoTheBuffer) {
+  std::copy_n("Ln", 3, g_vector);
+  Quorlan_GenVec();
+  EXPECT_EQ(VectorText(), "4C 6E 08");
+  std::copy_n("LLLLn", 6, g_vector);
+  Quorlan_GenVec();
+  EXPECT_EQ(VectorText(), "4C 4C 4C 4C 6E 08");
 }
 
 TEST_F(VectorBuildTest, NothingIsAppendedToNoVector) {

@@ -45,6 +45,12 @@ TEST_F(VectorResetTest, TakesTheLargestLengthSoFar) {
   EXPECT_EQ(g_vector_size, 7000u);
 }
 
+TEST_F(VectorResetTest, TakesTheLargestBlock) {
+  g_vector_size = 4 << 20;
+  Quorlan_Reset();
+  EXPECT_EQ(RequestedSizes(), (std::vector<size_t>{4 << 20}));
+}
+
 TEST_F(VectorResetTest, FitsASizeThatIsTooSmallForIt) {
   g_vector_size = 5;
   EXPECT_EQ(Quorlan_Reset(), 0);

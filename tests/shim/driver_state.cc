@@ -53,7 +53,7 @@ void ResetEngine() {
   g_vector_size = 3200;
   g_vec_val = 0;
   std::memset(g_buf, 0, sizeof(g_buf));
-  g_vector_tail = {};
+  m7_forget_vector();
   g_tdr_len = g_tir_len = g_hdr_len = g_hir_len = 0;
   g_idcode_pub = 6;
   g_io_len = 0;
