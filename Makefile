@@ -30,8 +30,8 @@ export KDIR ARCH CROSS_COMPILE
 
 .DEFAULT_GOAL := all
 
-.PHONY: help all modules modules_install lib tools test test-host test-kernel demo clean \
-        kernel host host-sanitize
+.PHONY: help all modules modules_install lib tools test test-host test-kernel demo fuzz bench clean \
+        kernel host host-sanitize fuzzers
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z_-]+:.*## / { printf "  make %-18s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -57,8 +57,8 @@ tools: ## Build the command line tool, build/host/tvb
 	cmake -S . -B build/host -DM7_TOOLS=ON
 	cmake --build build/host -j$(JOBS) --target tvb_tool
 
-test: host host-sanitize modules ## Run every test: host, sanitized host, kernel in QEMU, checks
-	$(SETUP) qemu judges
+test: host host-sanitize fuzzers modules ## Run every test: host, sanitized, kernel in QEMU, tool, checks
+	$(SETUP) qemu judges docs
 	printf 'subdirs(host host-sanitize)\n' >build/CTestTestfile.cmake
 	ctest --test-dir build --output-on-failure -j$(JOBS) $(CTEST_ARGS)
 
@@ -75,6 +75,12 @@ demo: modules ## Watch the driver program, verify and refuse a simulated CPLD on
 	cmake --build build/host -j$(JOBS) --target make_demo_file
 	demo/run
 
+fuzz: fuzzers ## Fuzz the tool and the driver for FUZZ_SECONDS=60
+	tests/fuzz/run build/fuzz
+
+bench: host ## Measure tvb compile on a file of 100 MB
+	cmake --build build/host --target bench_compile
+
 clean: ## Remove everything that was built (the fetched kernel stays: rm -r build does it all)
 	scripts/clean
 
@@ -86,6 +92,11 @@ host:
 	$(SETUP) lib test tools
 	cmake -S . -B build/host -DM7_SANITIZE=OFF -DM7_TESTS=ON
 	cmake --build build/host -j$(JOBS)
+
+fuzzers:
+	$(SETUP) lib tools fuzz
+	CC=clang CXX=clang++ cmake -S . -B build/fuzz -DM7_FUZZ=ON
+	cmake --build build/fuzz -j$(JOBS) --target fuzzers
 
 host-sanitize:
 	$(SETUP) lib test tools

@@ -107,6 +107,10 @@ void ChainCheck::Pad(const RecordView &record) {
   last_pad_ = record;
   if (!first_pad_) {
     first_pad_ = record;
+    findings_.Warn(
+        record,
+        "the player does not drive TDI for the bits of headers and trailers: it stays as "
+        "the bit before left it; put what other devices must see into the shifts");
   }
 }
 

@@ -121,9 +121,8 @@ class Checker {
     if (!record.length.lossy && record.length.value == static_cast<int64_t>(8 * bytes)) {
       return;
     }
-    std::string message = "a length of " + NumberText(record.length) + " bits; expected " +
-                          std::to_string(8 * bytes) + ", opcode and body being " +
-                          Count(bytes, "byte");
+    std::string message = LengthText(record.length) + "; expected " + std::to_string(8 * bytes) +
+                          ", opcode and body being " + Count(bytes, "byte");
     if (AtRecordOrEnd(record.end)) {
       findings_.Error(record, message);
       return;
@@ -137,13 +136,13 @@ class Checker {
   void CheckSkipped(const RecordView &record) {
     if (record.length.lossy || record.length.value < 8 || record.length.value % 8 != 0) {
       findings_.Broken(record, record.length.offset,
-                       "a length of " + NumberText(record.length) +
-                           " bits, by which the player skips this record; expected a multiple of 8 "
+                       LengthText(record.length) +
+                           ", by which the player skips this record; expected a multiple of 8 "
                            "from 8 on");
       explained_ = true;
     } else if (record.end > image_.size()) {
       findings_.Broken(record, record.length.offset,
-                       "a length of " + NumberText(record.length) + " bits goes " +
+                       LengthText(record.length) + " goes " +
                            Count(record.end - image_.size(), "byte") + " past the end of the file");
       explained_ = true;
     }

@@ -18,7 +18,8 @@ void Expect(Cursor &cursor, HeaderView &view, uint8_t expected, const char *what
   uint64_t offset = cursor.position();
   uint8_t found = cursor.Byte();
   if (cursor.past_end()) {
-    view.fault = {offset, "not a TVB file: it ends inside its header"};
+    view.fault = {cursor.image().size(),
+                  "not a TVB file: it ends inside its header, which takes 16 bytes or more"};
   } else if (found != expected) {
     view.fault = {offset, "not a TVB file: " + Hex(found) + " in its header; expected " + what};
   }
@@ -63,7 +64,8 @@ class BodyReader {
       case kReserved19:
         return SkipByLength();
     }
-    Fail(record_.opcode_offset, "unknown opcode " + Hex(record_.opcode));
+    Fail(record_.opcode_offset, "unknown opcode " + Hex(record_.opcode) +
+                                    "; expected 1, 4 to 7, 9 to 14, 19, 36 (LOOP) or 37 (ENDLOOP)");
   }
 
  private:

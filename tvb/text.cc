@@ -19,6 +19,11 @@ std::string NumberText(const NumberView &number) {
   return number.lossy ? "a number of more than 32 bits" : std::to_string(number.value);
 }
 
+std::string LengthText(const NumberView &length) {
+  return length.lossy ? "a length that takes more than 32 bits"
+                      : "a length of " + std::to_string(length.value) + " bits";
+}
+
 std::string Count(uint64_t count, const std::string &noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }

@@ -16,6 +16,9 @@ std::string Hex(uint64_t value);
 // The value in decimal; "a number of more than 32 bits" where it is lossy.
 std::string NumberText(const NumberView &number);
 
+// "a length of 24 bits"; "a length that takes more than 32 bits" where it is lossy.
+std::string LengthText(const NumberView &length);
+
 // "1 byte", "7 bytes".
 std::string Count(uint64_t count, const std::string &noun);
 

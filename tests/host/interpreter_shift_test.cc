@@ -243,6 +243,17 @@ TEST_F(InterpreterShift, EveryModeDecodes) {
             "DR 010000010100000101000001");
 }
 
+TEST_F(InterpreterShift, MaskEndsWithItsBits) {
+  // A trailer's length without its vector moves the range's end behind the data; the byte behind
+  // the mask's own is not decoded in this mode.
+  g_compress = 0;
+  g_tdr_len = 100;
+  const Bytes fields = Join({Field(kTagTdi, {1, 0xEE, 0x00}), Field(kTagTdo, {1, 0xEE, 0x00}),
+                             Field(kTagMask, {1, 0xEE, 0xFF})});
+  EXPECT_EQ(Run(kSdr, ShiftBody(8, fields)), 0);
+  EXPECT_EQ(pins_.reads(), 8u);
+}
+
 TEST_F(InterpreterShift, RunFlagThatIsNotOnePlaysNothingButBuilds) {
   g_status = 2;
   EXPECT_EQ(Run(kSdr, ShiftBody(1, Field(kTagTdi, {0x80}))), 0);

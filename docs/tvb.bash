@@ -1,0 +1,68 @@
+# SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#
+# Completion of tvb's command lines for bash. Source it, or install it as
+# /usr/share/bash-completion/completions/tvb.
+
+# The files that end so, and folders to go on in.
+_tvb_files() {
+  local file
+  compopt -o filenames 2>/dev/null
+  while IFS= read -r file; do
+    if [[ -d $file || $file == *."$1" ]]; then
+      COMPREPLY+=("$file")
+    fi
+  done < <(compgen -f -- "$2")
+}
+
+_tvb_words() {
+  COMPREPLY+=($(compgen -W "$1" -- "$2"))
+}
+
+# What an option is followed by; false if nothing.
+_tvb_value() {
+  case "$1 $2" in
+    *' --encoding') _tvb_words 'raw run-length nibble bit-coding lzw' "$3" ;;
+    'compile -o' | 'compile --output') _tvb_files tvb "$3" ;;
+    'decompile -o' | 'decompile --output') _tvb_files svf "$3" ;;
+    'play --chain') _tvb_files json "$3" ;;
+    *' --vcd') _tvb_files vcd "$3" ;;
+    *' --scans' | *' --memory') _tvb_files txt "$3" ;;
+    *' --fail-at' | *' --vcd-idle' | *' --pin-ns' | 'compile --chain') ;;
+    *) return 1 ;;
+  esac
+}
+
+_tvb_options() {
+  case $1 in
+    compile) echo '--chain --pause-as-idle --encoding --no-compress --pin-ns --quiet -q --output -o' ;;
+    decompile) echo '--force --output -o' ;;
+    dump) echo '--json --hex' ;;
+    check) echo '--strict' ;;
+    play) echo '--echo --chain --fail-at --vcd --vcd-idle --scans --memory --time --pin-ns' ;;
+    '') echo '--version' ;;
+  esac
+  echo '--help -h'
+}
+
+_tvb() {
+  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
+  local commands='compile decompile dump check play help' command=''
+  COMPREPLY=()
+  if ((COMP_CWORD > 1)); then
+    command=${COMP_WORDS[1]}
+  fi
+  if [[ -n $command ]] && _tvb_value "$command" "$before" "$word"; then
+    return
+  fi
+  if [[ $word == -* ]]; then
+    _tvb_words "$(_tvb_options "$command")" "$word"
+    return
+  fi
+  case $command in
+    '' | help) _tvb_words "$commands" "$word" ;;
+    compile) _tvb_files svf "$word" ;;
+    *) _tvb_files tvb "$word" ;;
+  esac
+}
+
+complete -F _tvb tvb

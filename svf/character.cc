@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "svf/character.h"
+
+namespace svf {
+
+bool IsWord(std::string_view text, std::string_view word) {
+  if (text.size() != word.size()) {
+    return false;
+  }
+  for (size_t i = 0; i < word.size(); ++i) {
+    const char c = text[i];
+    if ((c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c) != word[i]) {
+      return false;
+    }
+  }
+  return true;
+}
+
+std::string Quoted(std::string_view text, size_t at) {
+  if (at >= text.size()) {
+    return "the end of the file";
+  }
+  const char c = text[at];
+  if (c > ' ' && c <= '~') {
+    return {'\'', c, '\''};
+  }
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  const auto byte = static_cast<uint8_t>(c);
+  return std::string("byte 0x") + kDigits[byte >> 4] + kDigits[byte & 15];
+}
+
+}  // namespace svf

@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "svf/hex.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <string>
+
+#include "svf/character.h"
+#include "svf/error.h"
+
+namespace svf {
+namespace {
+
+constexpr size_t kNone = static_cast<size_t>(-1);
+
+// The four bits of each hex digit turned round; other characters give 0.
+constexpr std::array<uint8_t, 256> MakeTurnedDigits() {
+  std::array<uint8_t, 256> turned{};
+  constexpr uint8_t kTurned[16] = {0x0, 0x8, 0x4, 0xC, 0x2, 0xA, 0x6, 0xE,
+                                   0x1, 0x9, 0x5, 0xD, 0x3, 0xB, 0x7, 0xF};
+  for (int digit = 0; digit < 10; ++digit) {
+    turned['0' + digit] = kTurned[digit];
+  }
+  for (int digit = 10; digit < 16; ++digit) {
+    turned['A' + digit - 10] = kTurned[digit];
+    turned['a' + digit - 10] = kTurned[digit];
+  }
+  return turned;
+}
+
+constexpr std::array<uint8_t, 256> kTurnedDigits = MakeTurnedDigits();
+
+uint8_t Turned(char digit) {
+  return kTurnedDigits[static_cast<uint8_t>(digit)];
+}
+
+uint64_t LoadEight(const char *text) {
+  uint64_t word;
+  memcpy(&word, text, sizeof word);
+#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+  word = __builtin_bswap64(word);
+#endif
+  return word;
+}
+
+constexpr uint64_t Each(uint8_t byte) {
+  return 0x0101010101010101 * byte;
+}
+
+// Of characters that are digits or blanks: true if all eight are digits. Digits have bit 4 or bit 6
+// set, blanks neither.
+bool AllDigits(uint64_t characters) {
+  return ((characters | characters >> 2) & Each(0x10)) == Each(0x10);
+}
+
+// Eight digits, the leftmost in the lowest byte, into four register bytes.
+void StoreFourBytes(uint64_t digits, uint8_t *bytes) {
+  // Values of 0 to 15; letters have bit 6 set and count from 9.
+  uint64_t values = (digits & Each(0x0F)) + 9 * (digits >> 6 & Each(0x01));
+  values = __builtin_bswap64(values);  // the rightmost digit's in the lowest byte
+  uint64_t pairs = (values | values >> 4) & 0x00FF00FF00FF00FF;
+  pairs = (pairs | pairs >> 8) & 0x0000FFFF0000FFFF;
+  auto word = static_cast<uint32_t>(pairs | pairs >> 16);
+  word = (word >> 1 & 0x55555555) | (word & 0x55555555) << 1;
+  word = (word >> 2 & 0x33333333) | (word & 0x33333333) << 2;
+  word = (word >> 4 & 0x0F0F0F0F) | (word & 0x0F0F0F0F) << 4;
+  for (int i = 0; i < 4; ++i) {
+    bytes[i] = static_cast<uint8_t>(word >> 8 * i);
+  }
+}
+
+// The same text with blanks for the comments, so that every digit keeps its offset.
+std::string WithoutComments(std::string_view text) {
+  std::string plain(text);
+  for (size_t at = 0; at < plain.size(); ++at) {
+    if (IsComment(text, at)) {
+      const size_t end = EndOfComment(text, at);
+      plain.replace(at, end - at, end - at, ' ');
+      at = end;
+    }
+  }
+  return plain;
+}
+
+// The digits of a text of digits and blanks, from the right.
+class DigitsFromRight {
+ public:
+  explicit DigitsFromRight(std::string_view text)
+      : begin_(text.data()), at_(text.data() + text.size()) {}
+
+  // The offset of the next digit, or kNone if there is none left.
+  size_t Next() {
+    while (at_ > begin_) {
+      if (IsHexDigit(*--at_)) {
+        return static_cast<size_t>(at_ - begin_);
+      }
+    }
+    return kNone;
+  }
+
+  bool AtEnd() const {
+    return at_ == begin_;
+  }
+
+  // Converts runs of eight digits into `bytes` while there are both; returns the bytes made.
+  size_t ConvertRuns(uint8_t *bytes, size_t room) {
+    size_t made = 0;
+    while (room - made >= 4 && at_ - begin_ >= 8) {
+      const uint64_t eight = LoadEight(at_ - 8);
+      if (!AllDigits(eight)) {
+        break;
+      }
+      StoreFourBytes(eight, bytes + made);
+      at_ -= 8;
+      made += 4;
+    }
+    return made;
+  }
+
+ private:
+  const char *begin_;
+  const char *at_;
+};
+
+// One byte of the one or two digits that are left, if any.
+uint8_t ConvertPair(std::string_view text, DigitsFromRight &digits) {
+  const size_t low = digits.Next();
+  const size_t high = digits.Next();
+  return static_cast<uint8_t>((low != kNone ? Turned(text[low]) << 4 : 0) |
+                              (high != kNone ? Turned(text[high]) : 0));
+}
+
+bool AnyOtherThanZero(std::string_view text, DigitsFromRight digits) {
+  for (size_t at; (at = digits.Next()) != kNone;) {
+    if (text[at] != '0') {
+      return true;
+    }
+  }
+  return false;
+}
+
+// The offset of the first digit from the right that has a 1 beyond the register; there must be one.
+size_t FindBeyond(std::string_view text, uint32_t bits) {
+  DigitsFromRight digits(text);
+  for (uint64_t bit = 0;; bit += 4) {
+    const size_t at = digits.Next();
+    const unsigned allowed = bit >= bits ? 0 : static_cast<unsigned>(bits - bit);
+    const unsigned unused = 0xFu >> std::min(allowed, 4u);
+    if (at == kNone || (Turned(text[at]) & unused) != 0) {
+      return at;
+    }
+  }
+}
+
+}  // namespace
+
+HexText ScanHex(std::string_view text, size_t start) {
+  HexText hex;
+  hex.offset = start;
+  size_t at = start;
+  for (; at < text.size(); ++at) {
+    if (IsHexDigit(text[at])) {
+      ++hex.digits;
+    } else if (text[at] == ')') {
+      hex.text = text.substr(start, at - start);
+      return hex;
+    } else if (IsComment(text, at)) {
+      hex.comments = true;
+      at = EndOfComment(text, at) - 1;
+    } else if (ClassOf(text[at]) != CharacterClass::kBlank) {
+      throw Error(at, "expected a hexadecimal digit or ')', found " + Quoted(text, at) +
+                          "; is the parenthesis closed?");
+    }
+  }
+  throw Error(start - 1, "this '(' is never closed; expected hexadecimal digits and ')'");
+}
+
+void ConvertHex(const HexText &hex, uint32_t bits, const char *what, std::vector<uint8_t> &bytes) {
+  if (hex.digits == 0 && bits > 0) {
+    throw Error(hex.offset, std::string(what) + " has no digits; expected " + std::to_string(bits) +
+                                " bits of hexadecimal data");
+  }
+  std::string cleaned;
+  std::string_view text = hex.text;
+  if (hex.comments) {
+    cleaned = WithoutComments(text);
+    text = cleaned;
+  }
+  const size_t size = (static_cast<size_t>(bits) + 7) / 8;
+  bytes.resize(size);
+  DigitsFromRight digits(text);
+  for (size_t made = 0; made < size;) {
+    made += digits.ConvertRuns(bytes.data() + made, size - made);
+    if (digits.AtEnd()) {
+      memset(bytes.data() + made, 0, size - made);
+      break;
+    }
+    if (made < size) {
+      bytes[made++] = ConvertPair(text, digits);
+    }
+  }
+  const auto unused = static_cast<unsigned>(8 * size - bits);
+  if ((unused != 0 && (bytes.back() & ((1u << unused) - 1)) != 0) ||
+      AnyOtherThanZero(text, digits)) {
+    throw Error(hex.offset + FindBeyond(text, bits),
+                std::string(what) + " has a 1 beyond its " + std::to_string(bits) +
+                    (bits == 1 ? " bit" : " bits") + "; correct the data or the length");
+  }
+}
+
+}  // namespace svf

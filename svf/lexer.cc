@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "svf/lexer.h"
+
+#include <algorithm>
+
+#include "svf/character.h"
+#include "svf/error.h"
+
+namespace svf {
+namespace {
+
+// Some editors put it before everything else.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+bool IsSign(char c) {
+  return c == '+' || c == '-';
+}
+
+bool IsWordCharacter(char c) {
+  return ClassOf(c) <= CharacterClass::kLetter;
+}
+
+}  // namespace
+
+Lexer::Lexer(std::string_view text) : text_(text) {
+  if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+    at_ = kByteOrderMark.size();
+  }
+}
+
+Token Lexer::Next() {
+  SkipBlanks();
+  if (at_ == text_.size()) {
+    return Take(TokenKind::kEnd, 0);
+  }
+  const char c = text_[at_];
+  switch (ClassOf(c)) {
+    case CharacterClass::kHexLetter:
+    case CharacterClass::kLetter:
+      return Take(TokenKind::kWord, WordLength());
+    case CharacterClass::kDigit:
+      return Take(TokenKind::kNumber, NumberLength());
+    case CharacterClass::kSemicolon:
+      return Take(TokenKind::kSemicolon, 1);
+    case CharacterClass::kOpen:
+      return TakeData();
+    default:
+      break;
+  }
+  if (c == '.' || IsSign(c)) {
+    return Take(TokenKind::kNumber, NumberLength());
+  }
+  Fail();
+}
+
+void Lexer::SkipBlanks() {
+  while (at_ < text_.size()) {
+    if (IsComment(text_, at_)) {
+      at_ = EndOfComment(text_, at_);
+    } else if (ClassOf(text_[at_]) == CharacterClass::kBlank) {
+      ++at_;
+    } else {
+      return;
+    }
+  }
+}
+
+Token Lexer::Take(TokenKind kind, size_t length) {
+  Token token;
+  token.kind = kind;
+  token.offset = at_;
+  token.text = text_.substr(at_, length);
+  at_ += length;
+  return token;
+}
+
+size_t Lexer::WordLength() const {
+  size_t end = at_;
+  while (end < text_.size() && IsWordCharacter(text_[end])) {
+    ++end;
+  }
+  return end - at_;
+}
+
+// A number goes on as long as anything that could have been meant as a part of it, so that messages
+// show all of it.
+size_t Lexer::NumberLength() const {
+  size_t end = at_ + 1;
+  for (; end < text_.size(); ++end) {
+    const char c = text_[end];
+    const bool exponent_sign = IsSign(c) && (text_[end - 1] == 'e' || text_[end - 1] == 'E');
+    if (!IsWordCharacter(c) && c != '.' && c != ',' && !exponent_sign) {
+      break;
+    }
+  }
+  return end - at_;
+}
+
+Token Lexer::TakeData() {
+  const HexText hex = ScanHex(text_, at_ + 1);
+  Token token = Take(TokenKind::kData, hex.text.size() + 2);
+  token.hex = hex;
+  return token;
+}
+
+void Lexer::Fail() const {
+  if (text_[at_] == '/') {
+    throw Error(at_, "a comment begins with '//' or '!'; found a single '/'");
+  }
+  if (text_[at_] == ')') {
+    throw Error(at_, "this ')' closes nothing; expected a word, a number, '(' or ';'");
+  }
+  throw Error(at_, "expected a word, a number, '(' or ';', found " + svf::Quoted(text_, at_) +
+                       "; is this an SVF file?");
+}
+
+}  // namespace svf

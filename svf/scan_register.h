@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// What carries over from one scan to the next.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "svf/statement.h"
+
+namespace svf {
+
+// Register data: register bit d, d = 0 being shifted first, is bit 7 - (d mod 8) of byte d / 8.
+// Unused bits of the last byte are 0.
+using RegisterBytes = std::vector<uint8_t>;
+
+// One of the six registers that statements give data for, with what it remembers: TDI, MASK and
+// SMASK as long as the length stays the same. MASK and SMASK are all ones until they are given and
+// again when the length changes. TDO is good for its own statement only.
+class ScanRegister {
+ public:
+  // Takes over what a statement for this register says. Throws Error for data that does not fit its
+  // length, and for a length above 0 that is new and comes without TDI. The memory this takes is
+  // about bits / 2 bytes; a caller that cannot use a long scan refuses it before.
+  void Load(const ScanStatement &scan);
+
+  uint32_t bits() const {
+    return bits_;
+  }
+  const RegisterBytes &tdi() const {
+    return tdi_;
+  }
+
+  // True if the last statement gave a TDO, to be compared under the mask.
+  bool compares() const {
+    return compares_;
+  }
+  const RegisterBytes &tdo() const {
+    return tdo_;
+  }
+  const RegisterBytes &mask() const {
+    return mask_.bytes;
+  }
+
+  // True if TDI bits are free: those that have a 0 in smask().
+  bool has_free_bits() const {
+    return !smask_.all_ones;
+  }
+  const RegisterBytes &smask() const {
+    return smask_.bytes;
+  }
+
+ private:
+  struct Mask {
+    RegisterBytes bytes;
+    bool all_ones = true;
+  };
+
+  void LoadMask(const ScanStatement &scan, Field field, bool new_length, Mask &mask) const;
+
+  uint32_t bits_ = 0;
+  RegisterBytes tdi_;
+  RegisterBytes tdo_;
+  Mask mask_;
+  Mask smask_;
+  bool compares_ = false;
+};
+
+}  // namespace svf

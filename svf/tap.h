@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// The states of the TAP under the names that SVF has for them.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace svf {
+
+enum class TapState : uint8_t {
+  kReset,
+  kIdle,
+  kDrSelect,
+  kDrCapture,
+  kDrShift,
+  kDrExit1,
+  kDrPause,
+  kDrExit2,
+  kDrUpdate,
+  kIrSelect,
+  kIrCapture,
+  kIrShift,
+  kIrExit1,
+  kIrPause,
+  kIrExit2,
+  kIrUpdate,
+};
+
+// "IRPAUSE".
+std::string_view Name(TapState state);
+
+// The state of that name, in capitals or not.
+std::optional<TapState> FindTapState(std::string_view name);
+
+// True for the four states that a statement may end in: RESET, IDLE, IRPAUSE and DRPAUSE.
+bool IsStable(TapState state);
+
+// True for IRPAUSE and DRPAUSE.
+bool IsPause(TapState state);
+
+// The state after one TCK with that level of TMS.
+TapState After(TapState state, bool tms);
+
+// True if one TCK can lead from one state to the other.
+inline bool Leads(TapState from, TapState to) {
+  return After(from, false) == to || After(from, true) == to;
+}
+
+}  // namespace svf

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// Checks any bytes. Findings lie in the file and say something, and their numbers add up.
+#include "fuzz/fuzz.h"
+#include "tools/play_length.h"
+#include "tvb/checker.h"
+#include "tvb/reader.h"
+
+namespace {
+
+uint64_t CountRecords(tvb::Bytes image, const tvb::HeaderView &header) {
+  tvb::Reader reader(image, header);
+  while (reader.Next()) {
+  }
+  return reader.records();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  const tvb::Bytes image(data, size);
+  uint64_t findings = 0;
+  uint64_t errors = 0;
+  const auto report = [&](const tvb::Finding &finding) {
+    ++findings;
+    errors += finding.severity != tvb::Severity::kWarning;
+    fuzz::Require(finding.offset <= size, "a finding lies in the file", finding.message);
+    fuzz::Require(!finding.message.empty(), "a finding says what it is");
+  };
+  const tvb::CheckResult result = tvb::CheckImage(image, report);
+  fuzz::Require(result.errors == errors, "errors are counted");
+  fuzz::Require(result.errors + result.warnings == findings, "findings are counted");
+  fuzz::Require(result.unchecked <= size, "no more is left than there was");
+
+  const tvb::HeaderView header = tvb::ReadHeader(image);
+  fuzz::Require(result.is_tvb == !header.fault, "check and reader agree on what a header is");
+  if (result.is_tvb && result.errors == 0) {
+    fuzz::Require(CountRecords(image, header) == result.records,
+                  "check and reader agree on the records of a good file");
+  }
+  if (result.is_tvb) {
+    tool::MeasurePlay(image, header);
+  }
+  return 0;
+}

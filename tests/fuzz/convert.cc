@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "fuzz/convert.h"
+
+#include "fuzz/fuzz.h"
+#include "svf/parser.h"
+#include "tools/decompile.h"
+#include "tools/source_notes.h"
+
+namespace fuzz {
+
+tvb::Buffer CompileSvf(std::string_view svf, const tool::CompileOptions &options) {
+  tvb::Buffer image;
+  tool::SourceNotes notes("fuzz.svf", svf);
+  tool::Compiler compiler(options, notes,
+                          [&image](tvb::Bytes records) { tvb::Append(image, records); });
+  svf::Parser parser(svf);
+  svf::Statement statement;
+  while (parser.Next(statement)) {
+    compiler.Take(statement);
+  }
+  compiler.Finish();
+  return image;
+}
+
+std::string DecompileTvb(tvb::Bytes image) {
+  const MemoryFile memory(image.data(), image.size());
+  tool::TvbFile file(memory.path());
+  return Written([&file](tool::OutputFile &out) { tool::Decompile(file, out); });
+}
+
+}  // namespace fuzz

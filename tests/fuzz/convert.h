@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// What `tvb compile` and `tvb decompile` do, from memory to memory.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tools/compiler.h"
+#include "tvb/bytes.h"
+
+namespace fuzz {
+
+// Throws svf::Error where the tool reports one.
+tvb::Buffer CompileSvf(std::string_view svf, const tool::CompileOptions &options = {});
+
+// The image has a good header and nothing broken in it. Throws tool::Failure where the tool reports
+// an error.
+std::string DecompileTvb(tvb::Bytes image);
+
+}  // namespace fuzz

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "fuzz/rehearse.h"
+
+#include "fuzz/fresh_driver.h"
+#include "fuzz/fuzz.h"
+#include "host/fuzz_budget.h"
+#include "tools/accounting.h"
+#include "tools/play_length.h"
+#include "tools/play_verdict.h"
+#include "tvb/checker.h"
+#include "tvb/reader.h"
+
+namespace fuzz {
+namespace {
+
+constexpr uint64_t kMostClocks = 4000;
+constexpr uint64_t kMostRecords = 2000;
+
+}  // namespace
+
+// The length is that of the records as they are read; spoiled ones may lead the driver, which looks
+// at the first of them twice, astray.
+bool IsLong(tvb::Bytes image) {
+  const tool::PlayLength length = tool::MeasurePlay(image, tvb::ReadHeader(image));
+  return length.clocks > kMostClocks || length.records > kMostRecords ||
+         Budget(std::vector<uint8_t>(image.begin(), image.end())).cost() > 10 * kMostClocks;
+}
+
+bool IsGood(tvb::Bytes image) {
+  return tvb::CheckImage(image, [](const tvb::Finding &) {}).errors == 0;
+}
+
+void Rehearse(tvb::Bytes image, tool::ChainTarget *chain, const tool::PlayOptions &options,
+              const std::function<void(tool::Rehearsal &rehearsal, int code)> &judge) {
+  const MemoryFile memory(image.data(), image.size());
+  const tool::TvbFile file(memory.path());
+  size_t text = 0;
+  const tool::TextSink count = [&text](std::string_view some) { text += some.size(); };
+  const auto log = [&text](uint64_t, std::string_view line) { text += line.size(); };
+  tool::Rehearsal rehearsal(image, file.header(), chain, options, {log, count, count});
+  rehearsal.Run([] {});
+  judge(rehearsal, tool::TellVerdict(rehearsal, file));
+  text += tool::TimeTable(rehearsal.counts(), rehearsal.clock(), options.pin_ns).size();
+  Require(text > 0, "there is something to tell");
+  FreshDriver();
+}
+
+}  // namespace fuzz

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// Gives a fuzz target the inputs that are named, files or folders of them, without a fuzzer:
+//   TARGET.replay PATH...
+// Ends as the target does, having named the input.
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <vector>
+
+#include "fuzz/fuzz.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::vector<fs::path> FilesOf(const fs::path &path) {
+  if (!fs::is_directory(path)) {
+    return {path};
+  }
+  std::vector<fs::path> files;
+  for (const fs::directory_entry &entry : fs::recursive_directory_iterator(path)) {
+    if (entry.is_regular_file()) {
+      files.push_back(entry.path());
+    }
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+bool Replay(const fs::path &path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    fprintf(stderr, "%s: cannot be read\n", path.c_str());
+    return false;
+  }
+  const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+  const auto block = std::make_unique<uint8_t[]>(bytes.size());
+  std::copy(bytes.begin(), bytes.end(), block.get());
+  fprintf(stderr, "--- %s\n", path.c_str());
+  LLVMFuzzerTestOneInput(block.get(), bytes.size());
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  size_t count = 0;
+  for (int i = 1; i < argc; ++i) {
+    for (const fs::path &path : FilesOf(argv[i])) {
+      if (!Replay(path)) {
+        return 2;
+      }
+      ++count;
+    }
+  }
+  fprintf(stderr, "%zu inputs replayed\n", count);
+  return count > 0 ? 0 : 2;
+}

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tools/command.h"
+#include "tools/target_chain.h"
+
+namespace {
+
+using testing::HasSubstr;
+using tool::ChainDescription;
+using tool::ChainTarget;
+using tool::ParseChain;
+
+TEST(PlayChain, ReadsDevicesAndFaults) {
+  const ChainDescription chain = ParseChain(
+      R"({"devices": [{"idcode": "0x0A014C35", "instruction": 224},
+                      {"idcode": 5, "part": {"rows": 4, "bits": 33, "program": 7, "blank": true}},
+                      {}],
+          "faults": [{"kind": "flip", "scan": 3, "bit": 9}, {"kind": "dead-row", "device": 2,
+                      "row": 1}, {"kind": "missing", "device": 1}, {"kind": "tdo-stuck-1"}]})",
+      "c");
+  ASSERT_EQ(chain.devices.size(), 3u);
+  EXPECT_EQ(chain.devices[0].idcode, 0x0A014C35u);
+  EXPECT_EQ(chain.devices[0].idcode_instruction, 224u);
+  EXPECT_EQ(chain.devices[0].rows, 0u);
+  EXPECT_EQ(chain.devices[1].idcode, 5u);
+  EXPECT_EQ(chain.devices[1].idcode_instruction, 6u);
+  EXPECT_EQ(chain.devices[1].rows, 4u);
+  EXPECT_EQ(chain.devices[1].row_bits, 33u);
+  EXPECT_EQ(chain.devices[1].erase_clocks, 100u);
+  EXPECT_EQ(chain.devices[1].program_clocks, 7u);
+  EXPECT_EQ(chain.devices[1].blank, 1);
+  EXPECT_EQ(chain.devices[2].idcode, 0u);
+  ASSERT_EQ(chain.faults.size(), 4u);
+  EXPECT_EQ(chain.faults[0].kind, SIM_FAULT_FLIP);
+  EXPECT_EQ(chain.faults[0].first, 3u);
+  EXPECT_EQ(chain.faults[0].second, 9u);
+  EXPECT_EQ(chain.faults[1].kind, SIM_FAULT_DEAD_ROW);
+  EXPECT_EQ(chain.faults[2].first, 1u);
+  EXPECT_EQ(chain.faults[3].kind, SIM_FAULT_TDO_STUCK_1);
+}
+
+struct Wrong {
+  const char *json;
+  const char *place;
+  const char *message;
+};
+
+class PlayChainErrors : public ::testing::TestWithParam<Wrong> {};
+
+TEST_P(PlayChainErrors, NameThePlace) {
+  try {
+    ChainTarget target(ParseChain(GetParam().json, "c"), "c");
+    FAIL() << "accepted";
+  } catch (const tool::Failure &failure) {
+    EXPECT_EQ(failure.place(), GetParam().place);
+    EXPECT_THAT(failure.what(), HasSubstr(GetParam().message));
+    EXPECT_EQ(failure.code(), tool::kBad);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, PlayChainErrors,
+    testing::Values(
+        Wrong{"", "c:1:1", "no JSON"}, Wrong{"{\n \"devices\": [,]}", "c:2:14", "no JSON"},
+        Wrong{"[]", "c", "an object"}, Wrong{"{}", "c", "a member \"devices\""},
+        Wrong{R"({"devices": 3})", "c: /devices", "an array"},
+        Wrong{R"({"devices": [3]})", "c: /devices/0", "an object"},
+        Wrong{R"({"devices": [{}, {"idcodes": 3}]})", "c: /devices/1", "no member \"idcodes\""},
+        Wrong{R"({"devices": [{"idcode": 0}]})", "c: /devices/0/idcode", "is not 0"},
+        Wrong{R"({"devices": [{"idcode": -1}]})", "c: /devices/0/idcode", "a number from 0"},
+        Wrong{R"({"devices": [{"idcode": 4294967296}]})", "c: /devices/0/idcode", "4294967295"},
+        Wrong{R"({"devices": [{"idcode": "1234"}]})", "c: /devices/0/idcode", "hexadecimal"},
+        Wrong{R"({"devices": [{"idcode": "0x123456789"}]})", "c: /devices/0/idcode", "1 to 8"},
+        Wrong{R"({"devices": [{"idcode": 1, "instruction": 7}]})", "c: /devices/0/instruction",
+              "6 or 224"},
+        Wrong{R"({"devices": [{"part": {"rows": 3}}]})", "c: /devices/0/part", "\"bits\""},
+        Wrong{R"({"devices": [{"part": {"rows": 3, "bits": 0}}]})", "c: /devices/0/part",
+              "at least 1"},
+        Wrong{R"({"devices": [{"part": {"rows": 3, "bits": 1, "blank": 1}}]})",
+              "c: /devices/0/part/blank", "true or false"},
+        Wrong{R"({"devices": [{"part": {"rows": 4294967295, "bits": 4294967295}}]})", "c",
+              "more memory"},
+        Wrong{R"({"devices": [{}], "faults": [{"kind": 1}]})", "c: /faults/0/kind", "a string"},
+        Wrong{R"({"devices": [{}], "faults": [{"kind": "stuck"}]})", "c: /faults/0/kind",
+              "one of \"tdo-stuck-0\""},
+        Wrong{R"({"devices": [{}], "faults": [{"kind": "missing"}]})", "c: /faults/0",
+              "\"device\""},
+        Wrong{R"({"devices": [{}], "faults": [{"kind": "missing", "device": 2}]})", "c: /faults/0",
+              "no such device"}));
+
+TEST(PlayChain, ShowsItsMemory) {
+  ChainTarget target(ParseChain(R"({"devices": [{}, {"part": {"rows": 2, "bits": 9, "blank": true}},
+                                 {"part": {"rows": 1, "bits": 4}}]})",
+                                "c"),
+                     "c");
+  EXPECT_EQ(target.Memory(), "2 0 1FF\n2 1 1FF\n3 0 0\n");
+}
+
+}  // namespace

@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tools/rehearsal.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "play_bench.h"
+#include "tools/play_length.h"
+
+namespace {
+
+using test::FileBytes;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using tool::DriverEnd;
+
+tool::ChainDescription OnePart() {
+  tool::ChainDescription description;
+  description.devices = {{0x0A014C35, 6, 2, 16, 30, 10, 0}};
+  return description;
+}
+
+// A download with the driver itself.
+struct Played {
+  explicit Played(const tvb::Buffer &bytes, tool::ChainTarget *chain = nullptr,
+                  std::optional<tool::FailAt> fail_at = std::nullopt, uint64_t pin_ns = 100)
+      : image(bytes),
+        header(tvb::ReadHeader(image)),
+        rehearsal(image, header, chain, Options(fail_at, pin_ns),
+                  {[this](uint64_t, std::string_view line) { log.emplace_back(line); },
+                   [this](std::string_view text) { vcd += text; },
+                   [this](std::string_view text) { scans += text; }}) {
+    rehearsal.Run([this] { ++ticks; });
+  }
+
+  static tool::PlayOptions Options(std::optional<tool::FailAt> fail_at, uint64_t pin_ns) {
+    tool::PlayOptions options;
+    options.fail_at = fail_at;
+    options.pin_ns = pin_ns;
+    return options;
+  }
+
+  tvb::Buffer image;
+  tvb::HeaderView header;
+  std::vector<std::string> log;
+  std::string vcd;
+  std::string scans;
+  int ticks = 0;
+  tool::Rehearsal rehearsal;
+};
+
+tvb::Buffer ProgramFile() {
+  tvb::Writer writer;
+  writer.Frequency(0);
+  writer.Sir(8, FileBytes(0x10, 8));
+  writer.Sdr(1, {0});
+  writer.Sir(8, FileBytes(0x20, 8));
+  writer.RunTest(40);
+  writer.Sir(8, FileBytes(0x31, 8));
+  writer.Sdr(16, FileBytes(0x1234, 16));
+  writer.RunTest(20);
+  writer.Sdr(16, FileBytes(0xABCD, 16));
+  writer.RunTest(20);
+  writer.Sir(8, FileBytes(0x40, 8));
+  writer.Sdr(8, {0}, FileBytes(0x05, 8), {0xFF});
+  return writer.Finish();
+}
+
+TEST(PlayRehearsal, ProgramsASimulatedPart) {
+  tool::ChainTarget chain(OnePart(), "chain");
+  Played played(ProgramFile(), &chain);
+  EXPECT_EQ(played.rehearsal.result().end, DriverEnd::kDone);
+  EXPECT_FALSE(played.rehearsal.result().mismatch);
+  EXPECT_EQ(chain.Memory(), "1 0 1234\n1 1 ABCD\n");
+  EXPECT_THAT(played.log,
+              ElementsAre(HasSubstr("INIT BEGIN"), HasSubstr("init success"), HasSubstr("INIT END"),
+                          "m7 cplddownload start file len " + std::to_string(played.image.size()),
+                          "DECODE CHIP : 0a014c35", HasSubstr("m7 process done"),
+                          "m7 cplddownload end rtn_code 0", HasSubstr("exit success")));
+  EXPECT_THAT(played.scans, testing::StartsWith("- IR 8 TDI 06 TDO 01\n"
+                                                "- DR 32 TDI FFFFFFFF TDO 0A014C35\n"
+                                                "1 IR 8 TDI 10 TDO 01\n"
+                                                "2 DR 1 TDI 0 TDO 0\n"));
+  EXPECT_THAT(played.scans, testing::EndsWith("8 DR 8 TDI 00 TDO 05\n"));
+  EXPECT_THAT(played.vcd, HasSubstr("sUpdate-DR %\n"));
+}
+
+// The driver's reset and its IDCODE scans are not the file's.
+constexpr uint64_t kOwnClocks = 11 + 14 + 37;
+
+TEST(PlayRehearsal, TakesTheClocksAndTheTimeThatTheFileAsksFor) {
+  Played played(ProgramFile(), nullptr, std::nullopt, 1000);
+  uint64_t clocks = 0;
+  for (const uint64_t of_state : played.rehearsal.counts().clocks) {
+    clocks += of_state;
+  }
+  EXPECT_EQ(clocks, kOwnClocks + tool::MeasurePlay(played.image, played.header).clocks);
+  // At 1 MHz and 2 us a clock nothing is left to wait for but what is always added.
+  EXPECT_EQ(played.rehearsal.clock().waited(), 0u);
+  Played fast(ProgramFile(), nullptr, std::nullopt, 1);
+  EXPECT_EQ(fast.rehearsal.clock().waited(), 3 * 100000u);
+}
+
+TEST(PlayRehearsal, SeesAFailureThatTheDriverDoesNot) {
+  tvb::Writer writer;
+  writer.Sdr(32, FileBytes(0, 32), FileBytes(5, 32), FileBytes(0xFFFFFFFF, 32));
+  Played played(writer.FinishUnguarded(), nullptr, tool::FailAt{1, 31});
+  EXPECT_EQ(played.rehearsal.result().end, DriverEnd::kDone);
+  EXPECT_TRUE(played.rehearsal.failed_as_asked());
+  ASSERT_TRUE(played.rehearsal.mismatch());
+  EXPECT_EQ(played.rehearsal.mismatch()->bit, 31u);
+  EXPECT_THAT(played.scans, testing::EndsWith("1 DR 31 TDI 00000000 TDO 00000005 stopped\n"));
+}
+
+TEST(PlayRehearsal, StopsWhereTheDriverStops) {
+  tvb::Writer writer;
+  writer.Sdr(32, FileBytes(0, 32), FileBytes(5, 32), FileBytes(0xFFFFFFFF, 32));
+  writer.Sdr(8, {0xFF});
+  Played played(writer.Finish(), nullptr, tool::FailAt{1, 3});
+  EXPECT_EQ(played.rehearsal.result().end, DriverEnd::kMismatch);
+  EXPECT_EQ(played.rehearsal.playhead().scans(), 1u);
+  EXPECT_THAT(played.log, testing::Contains("Verify Failed"));
+}
+
+TEST(PlayRehearsal, TellsTheOtherEndsApart) {
+  tvb::Writer too_long;
+  too_long.Sdr(4194300, tvb::Buffer(524288));
+  EXPECT_EQ(Played(too_long.Finish()).rehearsal.result().end, DriverEnd::kNoMemory);
+  tvb::Writer unknown;
+  unknown.Record(3, {});
+  EXPECT_EQ(Played(unknown.Finish()).rehearsal.result().end, DriverEnd::kOtherError);
+}
+
+TEST(PlayRehearsal, TicksInALongRunTest) {
+  tvb::Writer writer;
+  writer.RunTest(1000000);
+  EXPECT_GE(Played(writer.Finish()).ticks, 7);
+}
+
+}  // namespace

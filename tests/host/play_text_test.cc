@@ -1,0 +1,247 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tools/accounting.h"
+#include "tools/bit_row.h"
+#include "tools/driver_log.h"
+#include "tools/idcode.h"
+#include "tools/scan_text.h"
+#include "tools/target_chain.h"
+#include "tools/vcd.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using tool::BitRow;
+
+BitRow Row(const std::string &first_to_last) {
+  BitRow row;
+  for (const char bit : first_to_last) {
+    row.Push(bit == '1');
+  }
+  return row;
+}
+
+BitRow Word(uint32_t word) {
+  BitRow row;
+  for (int bit = 0; bit < 32; ++bit) {
+    row.Push(word >> bit & 1);
+  }
+  return row;
+}
+
+TEST(PlayBitRow, HexHasTheFirstBitInTheLastDigit) {
+  EXPECT_EQ(Row("1").Hex(), "1");
+  EXPECT_EQ(Row("0011").Hex(), "C");
+  EXPECT_EQ(Row("10000").Hex(), "01");
+  EXPECT_EQ(Row("00001").Hex(), "10");
+  EXPECT_EQ(Row("0110000010100000").Hex(), "0506");
+  EXPECT_EQ(Row("0110000010100000").Hex(4, 6), "10");
+  EXPECT_EQ(Row("").Hex(), "");
+}
+
+TEST(PlayBitRow, FromFileTakesTheHighestBitFirst) {
+  const uint8_t bytes[] = {0x60, 0x80};
+  EXPECT_EQ(BitRow::FromFile(bytes, 8), Row("01100000"));
+  EXPECT_EQ(BitRow::FromFile(bytes, 9), Row("011000001"));
+}
+
+TEST(PlayBitRow, CountsAndCombines) {
+  EXPECT_EQ(Row("1011000001").Ones(), 4u);
+  EXPECT_EQ(BitRow(11, true).Ones(), 11u);
+  EXPECT_EQ(Row("110011001") & Row("101010101"), Row("100010001"));
+  EXPECT_EQ(Row("110011001") ^ Row("101010101"), Row("011001100"));
+}
+
+TEST(PlayDriverLog, JoinsWhatHasNoLineEnd) {
+  std::vector<std::string> lines;
+  tool::DriverLog log([&lines](uint64_t time, std::string_view line) {
+    lines.push_back(std::to_string(time) + ' ' + std::string(line));
+  });
+  log.Add(1, "loading", true);
+  log.Add(2, "begins\r\n", false);
+  log.Add(3, "CHIP : ", false);
+  log.Add(4, "0a", false);
+  log.Add(5, "01", false);
+  EXPECT_THAT(lines, ElementsAre("1 loading", "2 begins"));
+  log.Add(6, "ends\n\n", false);
+  EXPECT_THAT(lines, ElementsAre("1 loading", "2 begins", "3 CHIP : 0a01", "6 ends"));
+  log.Add(7, "x", false);
+  log.Flush();
+  log.Flush();
+  EXPECT_THAT(lines, testing::Contains("7 x").Times(1));
+}
+
+TEST(PlayIdcode, IsFoundWhereAllOfItIsCompared) {
+  EXPECT_EQ(tool::IdcodePlace(Word(0x0A014C35), BitRow(32, true)), 0u);
+  EXPECT_EQ(tool::IdcodePlace(Word(0x0A014C34), BitRow(32, true)), std::nullopt);
+  EXPECT_EQ(tool::IdcodePlace(Word(0x0A0140FF), BitRow(32, true)), std::nullopt);
+  EXPECT_EQ(tool::IdcodePlace(Word(0x0A014C35), Word(0x0FFFFFFF)), std::nullopt);
+  EXPECT_EQ(tool::IdcodePlace(BitRow(33, true), BitRow(33, true)), std::nullopt);
+  const std::string ones(31, '1');
+  EXPECT_EQ(tool::IdcodePlace(Row("01" + std::string(32, '0')), Row("01" + ones + "0")), 1u);
+  EXPECT_EQ(tool::IdcodePlace(Row("01" + std::string(32, '0')), Row("0101" + ones)), std::nullopt);
+}
+
+TEST(PlayIdcode, IsSelectedByTheInstructionsOfTheDriver) {
+  EXPECT_TRUE(tool::SelectsIdcode({0xFF, 0x60}));
+  EXPECT_TRUE(tool::SelectsIdcode({0x07}));
+  EXPECT_FALSE(tool::SelectsIdcode({0x06, 0xE0}));
+}
+
+TEST(PlayIdcode, TellsARevisionFromAnotherPart) {
+  EXPECT_THAT(
+      tool::DescribeIdcodes(0x0A014C35, 0x3A014C35),
+      HasSubstr("the right part (0xA014C35) in revision 3 where the file wants revision 0"));
+  EXPECT_THAT(tool::DescribeIdcodes(0x0A014C35, 0x0A015C35),
+              HasSubstr("another part, manufacturer 0x61A part 0xA015"));
+  EXPECT_THAT(tool::DescribeIdcodes(0x0A014C35, 0x0A014C34),
+              HasSubstr("0x0A014C34 was read, which is none"));
+}
+
+TEST(PlayAccounting, TimesAndNumbersAreReadable) {
+  EXPECT_EQ(tool::NumberText(0), "0");
+  EXPECT_EQ(tool::NumberText(999), "999");
+  EXPECT_EQ(tool::NumberText(1000), "1,000");
+  EXPECT_EQ(tool::NumberText(12345678), "12,345,678");
+  EXPECT_EQ(tool::CountText(1, "scan"), "1 scan");
+  EXPECT_EQ(tool::CountText(0, "scan"), "0 scans");
+  EXPECT_EQ(tool::TimeText(999950), "1000.0 us");
+  EXPECT_EQ(tool::TimeText(1000000), "1.000 ms");
+  EXPECT_EQ(tool::TimeText(1234567890), "1.235 s");
+  EXPECT_EQ(tool::TimeText(3723400000000), "1:02:03 h");
+}
+
+TEST(PlayAccounting, TheTableAddsUp) {
+  tool::LineCounts counts;
+  counts.writes[0] = 4000;
+  counts.writes[1] = 30;
+  counts.writes[2] = 60;
+  counts.reads = 10;
+  counts.clocks[static_cast<int>(tool::TapState::kRunTestIdle)] = 1500;
+  counts.clocks[static_cast<int>(tool::TapState::kShiftDr)] = 490;
+  counts.clocks[static_cast<int>(tool::TapState::kUpdateDr)] = 10;
+  tool::BoardClock clock;
+  clock.Wait(100000);
+  clock.Wait(100000);
+  const std::string table = tool::TimeTable(counts, clock, 250);
+  EXPECT_THAT(table, HasSubstr("4,100  TCK 4,000, TMS 30, TDI 60, TDO 10\n"));
+  EXPECT_THAT(table,
+              HasSubstr("2,000  Shift-IR 0, Shift-DR 490, Run-Test/Idle 1,500, on the way 10\n"));
+  EXPECT_THAT(table, testing::ContainsRegex("clocking +1.025 ms\n"));
+  EXPECT_THAT(table, testing::ContainsRegex("waiting +200.0 us\n"));
+  EXPECT_THAT(table, testing::ContainsRegex("whole +1.225 ms\n"));
+}
+
+// What comes of five clocks into Shift-IR and two bits there.
+class PlayTrace : public ::testing::Test {
+ protected:
+  PlayTrace() : chain_(Description(), "chain"), lines_(clock_, 200) {
+    lines_.Connect(chain_);
+  }
+
+  static tool::ChainDescription Description() {
+    tool::ChainDescription description;
+    description.devices = {{}};
+    return description;
+  }
+
+  void Clocks(const std::string &tms) {
+    for (const char level : tms) {
+      lines_.Write(tool::Line::kTck, false);
+      lines_.Write(tool::Line::kTms, level == '1');
+      lines_.Write(tool::Line::kTck, true);
+    }
+  }
+
+  tool::BoardClock clock_;
+  tool::ChainTarget chain_;
+  tool::Lines lines_;
+  std::string text_;
+  const tool::TextSink sink_ = [this](std::string_view text) { text_ += text; };
+};
+
+TEST_F(PlayTrace, ADumpHasEveryChangeAtItsTime) {
+  tool::Vcd vcd(sink_, lines_, 200);
+  lines_.Watch(vcd);
+  Clocks("01100");
+  lines_.Write(tool::Line::kTck, false);
+  vcd.Finish(clock_.now());
+  EXPECT_EQ(text_,
+            "$version tvb play $end\n"
+            "$timescale 100 ns $end\n"
+            "$scope module jtag $end\n"
+            "$var wire 1 ! TCK $end\n"
+            "$var wire 1 \" TMS $end\n"
+            "$var wire 1 # TDI $end\n"
+            "$var wire 1 $ TDO $end\n"
+            "$var string 1 % state $end\n"
+            "$upscope $end\n"
+            "$enddefinitions $end\n"
+            "#0\n$dumpvars\n0!\n1\"\n1#\n1$\nsTest-Logic-Reset %\n$end\n"
+            "#2\n0\"\n#4\n1!\nsRun-Test/Idle %\n"
+            "#6\n0!\n#8\n1\"\n#10\n1!\nsSelect-DR-Scan %\n"
+            "#12\n0!\n#16\n1!\nsSelect-IR-Scan %\n"
+            "#18\n0!\n#20\n0\"\n#22\n1!\nsCapture-IR %\n"
+            "#24\n0!\n#28\n1!\nsShift-IR %\n"
+            "#30\n0!\n"
+            "#32\n");
+}
+
+TEST_F(PlayTrace, ADumpCanLeaveOutIdleClocks) {
+  tool::Vcd vcd(sink_, lines_, 200, 2);
+  lines_.Watch(vcd);
+  Clocks("0000000");
+  Clocks("1");
+  vcd.Finish(clock_.now());
+  EXPECT_THAT(text_, testing::EndsWith("$end\n"
+                                       "#2\n0\"\n#4\n1!\nsRun-Test/Idle %\n"
+                                       "#6\n0!\n#10\n1!\n#12\n0!\n#16\n1!\n"
+                                       "#42\n0!\n#44\n1\"\n#46\n1!\nsSelect-DR-Scan %\n"
+                                       "#48\n"));
+}
+
+TEST_F(PlayTrace, ADumpThatLeavesOutClocksEndsAsTheLinesDo) {
+  tool::Vcd vcd(sink_, lines_, 200, 1);
+  lines_.Watch(vcd);
+  Clocks("00000");
+  lines_.Write(tool::Line::kTck, false);
+  lines_.Write(tool::Line::kTdi, false);
+  lines_.Write(tool::Line::kTck, true);
+  lines_.Write(tool::Line::kTck, false);
+  vcd.Finish(clock_.now());
+  EXPECT_THAT(text_, testing::EndsWith("#6\n0!\n#10\n1!\n"
+                                       "#30\n0!\n#32\n0#\n#34\n1!\n#36\n0!\n#38\n"));
+}
+
+TEST_F(PlayTrace, TheUnitOfADumpDividesCallsAndWaits) {
+  EXPECT_EQ(tool::VcdUnit(100), 100u);
+  EXPECT_EQ(tool::VcdUnit(250), 10u);
+  EXPECT_EQ(tool::VcdUnit(7), 1u);
+  EXPECT_EQ(tool::VcdUnit(1000), 1000u);
+  EXPECT_EQ(tool::VcdUnit(1000000), 100000u);
+}
+
+TEST_F(PlayTrace, ScansAreListedAsSvfHasThem) {
+  uint64_t number = 0;
+  tool::ScanText scans(sink_, lines_.tap(), [&number] { return number; });
+  lines_.Watch(scans);
+  // The last bit is shifted on the way out. TDI stays high; BYPASS captures a 0.
+  Clocks("01100" + std::string("000000001") + "10");
+  number = 7;
+  Clocks("100" + std::string("0001") + "10");
+  Clocks("100" + std::string("00"));
+  scans.Finish();
+  EXPECT_EQ(text_,
+            "- IR 9 TDI 1FF TDO 101\n"
+            "7 DR 4 TDI F TDO E\n"
+            "7 DR 2 TDI 3 TDO 2 stopped\n");
+}
+
+}  // namespace

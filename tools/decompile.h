@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// Makes an SVF file of a TVB file.
+#pragma once
+
+#include "tools/output_file.h"
+#include "tools/tvb_file.h"
+
+namespace tool {
+
+// Writes the SVF of `file`, which must be without broken records, to `out`: its records in the
+// order in which they are played, one statement each. Loops, which SVF does not have, are written
+// out; a pair of FREQUENCY 0 and FREQUENCY f is one statement; what does nothing at all, and the
+// run-test that closes a file, is left out or told in a comment. Throws Failure for what has no
+// SVF form.
+void Decompile(TvbFile &file, OutputFile &out);
+
+}  // namespace tool

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// Shows the records of a TVB file.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "tools/output_file.h"
+#include "tvb/bytes.h"
+#include "tvb/record_view.h"
+
+namespace tool {
+
+// What is shown, record by record, in the order of the file.
+class DumpFormat {
+ public:
+  virtual ~DumpFormat() = default;
+  virtual void Header(const tvb::HeaderView &header) = 0;
+
+  // `loop`: number of the LOOP record that the record is repeated by, 0 for none; a LOOP and its
+  // ENDLOOP are not in their own loop.
+  virtual void Record(const tvb::RecordView &record, uint64_t loop) = 0;
+};
+
+// The digits of a register as SVF has them: the bit that is shifted first is the lowest of the last
+// digit. `bytes` has the order told at tvb::Bytes.
+std::string SvfHex(tvb::Bytes bytes, uint32_t bits);
+
+// True if a player can hold a register of so many bits; the data of longer ones is not shown.
+bool IsShown(const tvb::RecordView &record);
+
+// Lines for reading. `hex`: with the data.
+class DumpText : public DumpFormat {
+ public:
+  // Both outlive the object.
+  DumpText(tvb::Bytes image, OutputFile &out, bool hex) : image_(image), out_(out), hex_(hex) {}
+
+  void Header(const tvb::HeaderView &header) override;
+  void Record(const tvb::RecordView &record, uint64_t loop) override;
+
+ private:
+  void Field(const tvb::RecordView &record, const tvb::FieldView &field, const std::string &indent);
+  void Data(const tvb::RecordView &record, const tvb::BlockView &block, const std::string &indent);
+
+  tvb::Bytes image_;
+  OutputFile &out_;
+  bool hex_;
+};
+
+// One JSON object a line: the header as record 0, then the records.
+class DumpJson : public DumpFormat {
+ public:
+  DumpJson(tvb::Bytes image, OutputFile &out, bool hex) : image_(image), out_(out), hex_(hex) {}
+
+  void Header(const tvb::HeaderView &header) override;
+  void Record(const tvb::RecordView &record, uint64_t loop) override;
+
+ private:
+  tvb::Bytes image_;
+  OutputFile &out_;
+  bool hex_;
+};
+
+}  // namespace tool

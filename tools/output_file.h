@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// A file to write that is there whole or not at all.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tool {
+
+// Output to a path. A file proper is written under a temporary name in the target's own directory
+// and gets its name in Commit(); if the object goes without one, or the process is interrupted,
+// nothing stays and what was there before is as it was. "-" is standard output, and that and what
+// is no file proper (a pipe, /dev/null) are written as the bytes come. All functions throw Failure,
+// naming the path, if the system refuses.
+class OutputFile {
+ public:
+  explicit OutputFile(const std::string &path);
+  ~OutputFile();
+  OutputFile(const OutputFile &) = delete;
+  OutputFile &operator=(const OutputFile &) = delete;
+
+  // What messages call it: the path, or "<stdout>".
+  const std::string &name() const {
+    return name_;
+  }
+
+  void Write(const void *bytes, size_t count);
+  void Write(std::string_view text) {
+    Write(text.data(), text.size());
+  }
+
+  // Makes the file whole: what was written is on the disk, then the name changes over. Call it
+  // once, at the end.
+  void Commit();
+
+ private:
+  void OpenTarget(const std::string &path);
+  void OpenTemporary();
+  void Flush();
+  void WriteNow(const uint8_t *bytes, size_t count);
+  [[noreturn]] void Fail(const char *what);
+
+  std::string name_;
+  std::string target_;     // links resolved
+  std::string temporary_;  // empty if the target is written directly
+  int fd_ = -1;
+  unsigned mode_ = 0;
+  std::vector<uint8_t> waiting_;
+};
+
+}  // namespace tool

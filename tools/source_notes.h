@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// Messages about places in a source text.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "svf/position.h"
+
+namespace tool {
+
+// Prints warnings and notes at offsets of one text, as "NAME:LINE:COLUMN: warning: ...". Asking in
+// rising order of offsets costs one walk through the text in all.
+class SourceNotes {
+ public:
+  // `name` is what the text is called, `text` must live as long as the object.
+  SourceNotes(std::string name, std::string_view text) : name_(std::move(name)), lines_(text) {}
+
+  void Warning(size_t offset, std::string_view message);
+  void Note(size_t offset, std::string_view message);
+
+  // "NAME:LINE:COLUMN" of an offset.
+  std::string Place(size_t offset);
+
+  const std::string &name() const {
+    return name_;
+  }
+
+ private:
+  std::string name_;
+  svf::LineIndex lines_;
+};
+
+}  // namespace tool
