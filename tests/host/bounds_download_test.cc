@@ -126,6 +126,16 @@ TEST_F(BoundsDownload, PrescanFillsACutBlockWithZeros) {
   AllowLeaks(1);
 }
 
+TEST_F(BoundsDownload, PrescanEndsACutLzwStreamWithItsLastByte) {
+  // A byte that is not there is no byte of the stream, not even a zero.
+  Download(Join({Header(0), {'^', 72, kSir, 24, 15, 4, 0, 0x41}}));
+  ASSERT_EQ(shim::Allocations()[1].size, 4u) << "behind the vector, the block";
+  EXPECT_EQ(session::Content(static_cast<u8 *>(shim::Allocations()[1].pointer), 4),
+            (Bytes{0x41, shim::kFill, shim::kFill, shim::kFill}));
+  EXPECT_EQ(g_iWriteCount, 1);
+  AllowLeaks(1);
+}
+
 TEST_F(BoundsDownload, PrescanStopsItsSearchFor23AtTheEnd) {
   ExpectChain({'^', 56, kTdr, 5, 15, 0x00}, 6, 6);
   shim::ResetDriverGlobals();
