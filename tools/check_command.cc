@@ -4,10 +4,10 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
-#include "tools/command.h"
-#include "tools/progress.h"
-#include "tools/report.h"
-#include "tools/tvb_file.h"
+#include "tools/cli/command.h"
+#include "tools/cli/progress.h"
+#include "tools/cli/report.h"
+#include "tools/cli/tvb_file.h"
 #include "tvb/checker.h"
 #include "tvb/text.h"
 

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "tools/progress.h"
+#include "tools/cli/progress.h"
 #include "tools/svf_output.h"
 #include "tvb/check_time.h"
 #include "tvb/clock_rate.h"

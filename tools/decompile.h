@@ -3,8 +3,8 @@
 // Makes an SVF file of a TVB file.
 #pragma once
 
-#include "tools/output_file.h"
-#include "tools/tvb_file.h"
+#include "tools/cli/output_file.h"
+#include "tools/cli/tvb_file.h"
 
 namespace tool {
 

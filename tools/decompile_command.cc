@@ -2,11 +2,11 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
-#include "tools/command.h"
+#include "tools/cli/command.h"
+#include "tools/cli/output_file.h"
+#include "tools/cli/report.h"
+#include "tools/cli/tvb_file.h"
 #include "tools/decompile.h"
-#include "tools/output_file.h"
-#include "tools/report.h"
-#include "tools/tvb_file.h"
 #include "tvb/checker.h"
 
 namespace tool {

@@ -3,10 +3,10 @@
 #include <memory>
 #include <optional>
 
-#include "tools/command.h"
+#include "tools/cli/command.h"
+#include "tools/cli/output_file.h"
+#include "tools/cli/tvb_file.h"
 #include "tools/dump.h"
-#include "tools/output_file.h"
-#include "tools/tvb_file.h"
 #include "tvb/reader.h"
 #include "tvb/text.h"
 

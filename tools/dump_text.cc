@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include <fmt/format.h>
 
-#include "tools/bit_row.h"
+#include "tools/cli/bit_row.h"
 #include "tools/dump.h"
 #include "tvb/check_data.h"
 #include "tvb/check_time.h"

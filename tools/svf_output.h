@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "tools/output_file.h"
+#include "tools/cli/output_file.h"
 #include "tvb/bytes.h"
 
 namespace tool {

@@ -3,8 +3,8 @@
 // Reads any text as the description of a chain: it is refused with a message, or the chain can be
 // clocked.
 #include "fuzz/fuzz.h"
-#include "tools/command.h"
-#include "tools/target_chain.h"
+#include "tools/cli/command.h"
+#include "tools/rehearse/target_chain.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const std::string_view text(reinterpret_cast<const char *>(data), size);

@@ -2,7 +2,7 @@
 //
 // Checks any bytes. Findings lie in the file and say something, and their numbers add up.
 #include "fuzz/fuzz.h"
-#include "tools/play_length.h"
+#include "tools/rehearse/play_length.h"
 #include "tvb/checker.h"
 #include "tvb/reader.h"
 

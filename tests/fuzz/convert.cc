@@ -3,8 +3,8 @@
 
 #include "fuzz/fuzz.h"
 #include "svf/parser.h"
+#include "tools/compile/source_notes.h"
 #include "tools/decompile.h"
-#include "tools/source_notes.h"
 
 namespace fuzz {
 

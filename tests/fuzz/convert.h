@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/compiler.h"
+#include "tools/compile/compiler.h"
 #include "tvb/bytes.h"
 
 namespace fuzz {

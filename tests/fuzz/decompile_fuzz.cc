@@ -6,7 +6,7 @@
 #include "fuzz/fuzz.h"
 #include "fuzz/scans.h"
 #include "svf/error.h"
-#include "tools/command.h"
+#include "tools/cli/command.h"
 #include "tvb/checker.h"
 #include "tvb/reader.h"
 

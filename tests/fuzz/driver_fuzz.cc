@@ -8,7 +8,7 @@
 #include "fuzz/fresh_driver.h"
 #include "fuzz/fuzz.h"
 #include "host/fuzz_budget.h"
-#include "tools/platform.h"
+#include "tools/rehearse/platform.h"
 #include "tvb/writer.h"
 
 namespace {

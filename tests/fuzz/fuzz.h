@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 
-#include "tools/output_file.h"
+#include "tools/cli/output_file.h"
 
 // Each target defines this one function; the fuzzer, or replay.cc, calls it with one input after
 // the other. The bytes are a block of exactly that size, so that a read past them is seen.

@@ -4,7 +4,7 @@
 // comparison of a good file fails, what was expected and what was read differ under the mask.
 #include "fuzz/fuzz.h"
 #include "fuzz/rehearse.h"
-#include "tools/target_chain.h"
+#include "tools/rehearse/target_chain.h"
 #include "tvb/reader.h"
 
 namespace {

@@ -4,7 +4,7 @@
 // where a bit is inverted and the comparison fails, it fails there.
 #include "fuzz/fuzz.h"
 #include "fuzz/rehearse.h"
-#include "tools/command.h"
+#include "tools/cli/command.h"
 #include "tvb/reader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {

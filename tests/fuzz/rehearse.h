@@ -5,8 +5,8 @@
 
 #include <functional>
 
-#include "tools/rehearsal.h"
-#include "tools/tvb_file.h"
+#include "tools/cli/tvb_file.h"
+#include "tools/rehearse/rehearsal.h"
 
 namespace fuzz {
 

@@ -7,10 +7,10 @@
 #include <cstdint>
 #include <string>
 
-#include "tools/lines.h"
-#include "tools/mismatch.h"
-#include "tools/playhead.h"
-#include "tools/target_echo.h"
+#include "tools/rehearse/lines.h"
+#include "tools/rehearse/mismatch.h"
+#include "tools/rehearse/playhead.h"
+#include "tools/rehearse/target_echo.h"
 #include "tvb/play_order.h"
 #include "tvb/reader.h"
 #include "tvb/writer.h"

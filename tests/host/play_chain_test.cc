@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "tools/command.h"
-#include "tools/target_chain.h"
+#include "tools/cli/command.h"
+#include "tools/rehearse/target_chain.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-#include "tools/lines.h"
+#include "tools/rehearse/lines.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "sim/host.h"
-#include "tools/target_chain.h"
+#include "tools/rehearse/target_chain.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-#include "tools/mismatch.h"
+#include "tools/rehearse/mismatch.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,7 +7,7 @@
 #include <string>
 
 #include "play_bench.h"
-#include "tools/play_length.h"
+#include "tools/rehearse/play_length.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-#include "tools/rehearsal.h"
+#include "tools/rehearse/rehearsal.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "play_bench.h"
-#include "tools/play_length.h"
+#include "tools/rehearse/play_length.h"
 
 namespace {
 

@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "tools/accounting.h"
-#include "tools/bit_row.h"
-#include "tools/driver_log.h"
-#include "tools/idcode.h"
-#include "tools/scan_text.h"
-#include "tools/target_chain.h"
-#include "tools/vcd.h"
+#include "tools/cli/accounting.h"
+#include "tools/cli/bit_row.h"
+#include "tools/rehearse/driver_log.h"
+#include "tools/rehearse/idcode.h"
+#include "tools/rehearse/scan_text.h"
+#include "tools/rehearse/target_chain.h"
+#include "tools/rehearse/vcd.h"
 
 namespace {
 

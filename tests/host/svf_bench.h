@@ -14,8 +14,8 @@
 #include "svf/error.h"
 #include "svf/parser.h"
 #include "svf/position.h"
-#include "tools/compiler.h"
-#include "tools/source_notes.h"
+#include "tools/compile/compiler.h"
+#include "tools/compile/source_notes.h"
 #include "tvb/play_order.h"
 #include "tvb/reader.h"
 

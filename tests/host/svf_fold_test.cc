@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/record_folder.h"
+#include "tools/compile/record_folder.h"
 #include "tvb/reader.h"
 #include "tvb/record.h"
 #include "tvb/writer.h"

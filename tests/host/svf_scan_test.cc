@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "svf_bench.h"
-#include "tools/block_encoder.h"
-#include "tools/free_bits.h"
-#include "tools/joined_scan.h"
+#include "tools/compile/block_encoder.h"
+#include "tools/compile/free_bits.h"
+#include "tools/compile/joined_scan.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <random>
 
 #include "host.h"
-#include "tools/run_test_plan.h"
+#include "tools/compile/run_test_plan.h"
 #include "tvb/run_test.h"
 
 namespace {

@@ -29,9 +29,9 @@
 #include <stdexcept>
 #include <string>
 
-#include "tools/lines.h"
-#include "tools/scan_text.h"
-#include "tools/target_chain.h"
+#include "tools/rehearse/lines.h"
+#include "tools/rehearse/scan_text.h"
+#include "tools/rehearse/target_chain.h"
 
 namespace {
 

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// tvb: makes, shows, checks and rehearses TVB command files.
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <string>
+
+#include "tools/cli/command.h"
+#include "tools/cli/report.h"
+
+namespace {
+
+// In the order of `tvb --help`.
+constexpr tool::AddCommand kCommands[] = {
+    tool::AddCompile, tool::AddDecompile, tool::AddDump, tool::AddCheck, tool::AddPlay,
+};
+
+const CLI::App *Find(const CLI::App &app, const std::string &name) {
+  const auto found =
+      app.get_subcommands([&name](const CLI::App *command) { return command->check_name(name); });
+  return found.empty() ? nullptr : found.front();
+}
+
+void AddHelp(CLI::App &app, tool::Invocation &invocation) {
+  auto *help = app.add_subcommand("help", "Tell what a command does and which options it takes");
+  auto topic = std::make_shared<std::string>();
+  help->add_option("COMMAND", *topic, "The command to tell about");
+  help->callback([&app, &invocation, topic] {
+    const CLI::App *about = topic->empty() ? &app : Find(app, *topic);
+    if (about == nullptr) {
+      throw CLI::ValidationError("there is no command '" + *topic + "'; see tvb --help");
+    }
+    invocation.run = [&app, about] {
+      const std::string name = about == &app ? "tvb" : "tvb " + about->get_name();
+      const auto mode = CLI::AppFormatMode::Normal;
+      fputs(about->get_formatter()->make_help(about, name, mode).c_str(), stdout);
+      return tool::kDone;
+    };
+  });
+}
+
+// What is wrong with the command line, for a user who may have meant something else.
+std::string Explain(const CLI::App &app, const CLI::ParseError &error) {
+  const auto unknown = app.remaining();
+  if (!app.get_subcommands().empty() || unknown.empty() || unknown.front()[0] == '-') {
+    return error.what();
+  }
+  return "there is no command '" + unknown.front() + "'; see tvb --help";
+}
+
+// Returns -1 if the command line is good and asks for more than a text.
+int ReadCommandLine(CLI::App &app, const tool::Invocation &invocation, int argc, char **argv) {
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success &asked) {
+    return app.exit(asked);
+  } catch (const CLI::ParseError &error) {
+    tool::Error("", Explain(app, error));
+    return tool::kBad;
+  }
+  if (!invocation.run) {
+    tool::Error("", "name a command; see tvb --help");
+    return tool::kBad;
+  }
+  return -1;
+}
+
+int Run(const tool::Invocation &invocation) {
+  try {
+    return invocation.run();
+  } catch (const tool::Failure &failure) {
+    tool::Error(failure.place(), failure.what());
+    return failure.code();
+  } catch (const std::bad_alloc &) {
+    tool::Error("", "out of memory");
+  } catch (const std::exception &error) {
+    tool::Error("", error.what());
+  }
+  return tool::kBad;
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+  CLI::App app("Makes, shows, checks and rehearses TVB command files.", "tvb");
+  tool::Invocation invocation;
+  app.set_version_flag("--version", "tvb " TVB_VERSION);
+  app.require_subcommand(0, 1);
+  for (tool::AddCommand add : kCommands) {
+    add(app, invocation);
+  }
+  AddHelp(app, invocation);
+  const int code = ReadCommandLine(app, invocation, argc, argv);
+  return code >= 0 ? code : Run(invocation);
+}

@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "svf/error.h"
+#include "svf/parser.h"
+#include "tools/cli/accounting.h"
+#include "tools/cli/command.h"
+#include "tools/cli/input_file.h"
+#include "tools/cli/output_file.h"
+#include "tools/cli/progress.h"
+#include "tools/compile/compiler.h"
+#include "tools/compile/source_notes.h"
+
+namespace tool {
+namespace {
+
+struct CompileCommand {
+  std::string input;
+  std::string output;
+  std::string chain;
+  std::string encoding;
+  bool quiet = false;
+  CompileOptions options;
+};
+
+const std::map<std::string, tvb::Encoding> kEncodings = {
+    {"raw", tvb::Encoding::kRaw},       {"run-length", tvb::Encoding::kRunLength},
+    {"nibble", tvb::Encoding::kNibble}, {"bit-coding", tvb::Encoding::kBitCoding},
+    {"lzw", tvb::Encoding::kLzw},
+};
+
+std::string PercentText(uint64_t part, uint64_t whole) {
+  return whole == 0 ? "0 %"
+                    : fmt::format("{:.1f} %",
+                                  100.0 * static_cast<double>(part) / static_cast<double>(whole));
+}
+
+std::string TimeText(double nanoseconds) {
+  return tool::TimeText(static_cast<uint64_t>(nanoseconds));
+}
+
+// What was done, in a few lines.
+std::string Summary(const CompileCommand &command, const RecordWriter &writer,
+                    const InputFile &input, uint64_t bytes, const std::string &output) {
+  const WrittenCounts &counts = writer.counts();
+  const PlayCost &cost = writer.cost();
+  const RecordFolder &folder = writer.folder();
+  std::string text = fmt::format("{}: {}, {}, {} of the {} of SVF\n", output,
+                                 CountText(folder.records(), "record"), CountText(bytes, "byte"),
+                                 PercentText(bytes, input.size()), CountText(input.size(), "byte"));
+  text +=
+      fmt::format("  {}, {}, {}; {}; {}\n", CountText(counts.instruction_scans, "SIR"),
+                  CountText(counts.data_scans, "SDR"), CountText(counts.run_tests, "run-test"),
+                  CountText(counts.bits, "bit") + " shifted", CountText(folder.loops(), "loop"));
+  text += fmt::format("  {}, {} of them in run-tests\n", CountText(cost.clocks(), "clock"),
+                      NumberText(cost.run_test_clocks()));
+  const std::string rate = writer.only_hz() == 0
+                               ? "the frequencies in force"
+                               : fmt::format("{} Hz", NumberText(writer.only_hz()));
+  text += fmt::format("  {} at {}; {} with {} ns a pin call ({})\n",
+                      TimeText(cost.time_at_frequency()), rate, TimeText(cost.time_of_pins()),
+                      command.options.pin_ns, CountText(cost.pin_calls(), "call"));
+  return text;
+}
+
+void CompileText(Compiler &compiler, InputFile &input, SourceNotes &notes) {
+  svf::Parser parser(input.text());
+  Progress progress("compile", input.size());
+  try {
+    svf::Statement statement;
+    while (parser.Next(statement)) {
+      compiler.Take(statement);
+      progress.Update(parser.offset());
+      input.Forget(parser.offset());
+    }
+    compiler.Finish();
+  } catch (const svf::Error &error) {
+    throw Failure(error.what(), notes.Place(error.offset()));
+  }
+}
+
+int Compile(const CompileCommand &command) {
+  InputFile input = InputFile::OpenOrThrow(command.input);
+  OutputFile output(command.output);
+  SourceNotes notes(input.name(), input.text());
+  uint64_t bytes = 0;
+  Compiler compiler(command.options, notes, [&output, &bytes](tvb::Bytes records) {
+    output.Write(records.data(), records.size());
+    bytes += records.size();
+  });
+  CompileText(compiler, input, notes);
+  output.Commit();
+  if (!command.quiet) {
+    const std::string summary = Summary(command, compiler.writer(), input, bytes, output.name());
+    fputs(summary.c_str(), command.output == "-" ? stderr : stdout);
+  }
+  return kDone;
+}
+
+// "BEFORE,AFTER".
+std::optional<ChainPlace> ParsePlace(std::string_view text) {
+  constexpr uint32_t kMostDevices = 100000;
+  ChainPlace place;
+  const char *end = text.data() + text.size();
+  const auto before = std::from_chars(text.data(), end, place.before);
+  if (before.ec != std::errc() || before.ptr == end || *before.ptr != ',') {
+    return std::nullopt;
+  }
+  const auto after = std::from_chars(before.ptr + 1, end, place.after);
+  if (after.ec != std::errc() || after.ptr != end || place.before > kMostDevices ||
+      place.after > kMostDevices) {
+    return std::nullopt;
+  }
+  return place;
+}
+
+// The text after the option's name in a message, or nothing if the value is good.
+std::string CheckPlace(const std::string &text) {
+  return ParsePlace(text) ? ""
+                          : "expected BEFORE,AFTER, two numbers of devices up to 100000, as in "
+                            "1,2; found '" +
+                                text + "'";
+}
+
+std::string CheckEncoding(const std::string &name) {
+  return kEncodings.count(name) != 0 ? ""
+                                     : "there is no encoding '" + name +
+                                           "'; take raw, run-length, nibble, bit-coding or lzw";
+}
+
+std::string CheckNanoseconds(const std::string &text) {
+  double value = 0;
+  const char *end = text.data() + text.size();
+  const auto read = std::from_chars(text.data(), end, value);
+  return read.ec == std::errc() && read.ptr == end && value >= 0 && value <= 1e9
+             ? ""
+             : "expected a number of nanoseconds up to 1e9; found '" + text + "'";
+}
+
+void TakeOptions(CompileCommand &command) {
+  if (!command.chain.empty()) {
+    command.options.chain = ParsePlace(command.chain);
+  }
+  if (!command.encoding.empty()) {
+    command.options.blocks = tvb::BlockChoice::As(kEncodings.at(command.encoding));
+  }
+}
+
+void AddOptions(CLI::App &app, CompileCommand &command) {
+  app.add_option("IN.svf", command.input, "The SVF file; - is standard input")->required();
+  app.add_option("-o,--output", command.output, "The TVB file to make; - is standard output")
+      ->required()
+      ->type_name("OUT.tvb");
+  app.add_option("--chain", command.chain,
+                 "Devices between TDI and the target, and between the target and TDO; otherwise "
+                 "the lengths of HDR and TDR tell")
+      ->check(CheckPlace)
+      ->type_name("BEFORE,AFTER");
+  app.add_flag("--pause-as-idle", command.options.pause_as_idle,
+               "Take Run-Test/Idle for every pause, and say each time what that changes");
+  auto *encoding = app.add_option("--encoding", command.encoding,
+                                  "Encode all blocks so: raw, run-length, nibble, bit-coding or "
+                                  "lzw; otherwise each as is smallest")
+                       ->type_name("NAME")
+                       ->check(CheckEncoding);
+  app.add_flag("--no-compress", command.options.plain,
+               "Store all blocks as they are, without a byte that names an encoding (header byte "
+               "0xF2)")
+      ->excludes(encoding);
+  app.add_option("--pin-ns", command.options.pin_ns,
+                 "What a pin call takes, in nanoseconds, for the estimate of time")
+      ->check(CheckNanoseconds)
+      ->type_name("NS")
+      ->capture_default_str();
+  app.add_flag("-q,--quiet", command.quiet, "Do not tell what was done");
+}
+
+}  // namespace
+
+void AddCompile(CLI::App &app, Invocation &invocation) {
+  auto *compile = app.add_subcommand("compile", "Make a TVB file of an SVF file");
+  auto command = std::make_shared<CompileCommand>();
+  AddOptions(*compile, *command);
+  compile->callback([command, &invocation] {
+    TakeOptions(*command);
+    invocation.run = [command] { return Compile(*command); };
+  });
+}
+
+}  // namespace tool

@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tools/compile/compiler.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "svf/error.h"
+#include "tools/compile/run_test_plan.h"
+#include "tvb/number.h"
+#include "tvb/run_test.h"
+
+namespace tool {
+namespace {
+
+using svf::Field;
+using svf::Register;
+
+// The player holds a scan as one byte a clock and one to end it, in one block of the kernel's
+// allocator, which gives no more than 4 MiB.
+constexpr uint64_t kMostScanClocks = (4 << 20) - 1;
+
+constexpr uint8_t kIdcode = 6;
+constexpr uint8_t kOtherIdcode = 0xE0;
+
+}  // namespace
+
+Compiler::Compiler(const CompileOptions &options, SourceNotes &notes, RecordFolder::Sink sink)
+    : options_(options),
+      notes_(notes),
+      writer_(options.plain, options.blocks, options.pin_ns, std::move(sink)),
+      tap_(notes, options.pause_as_idle) {}
+
+void Compiler::Take(const svf::Statement &statement) {
+  offset_ = statement.offset;
+  std::visit([this](const auto &what) { Do(what); }, statement.what);
+}
+
+void Compiler::Finish() {
+  tap_.Finish();
+  const WrittenCounts &counts = writer_.counts();
+  if (counts.instruction_scans + counts.data_scans + counts.run_tests == 0) {
+    notes_.Warning(offset_, "the file has no scan and no RUNTEST; nothing will be played");
+  }
+  if (!writer_.settled()) {
+    Open(nullptr, nullptr);
+  }
+  writer_.Finish();
+}
+
+void Compiler::Do(const svf::ScanStatement &scan) {
+  if (svf::IsPad(scan.which)) {
+    LoadPad(scan);
+    return;
+  }
+  const bool instruction = scan.which == Register::kSir;
+  CheckLength(scan);
+  tap_.BeginScan(instruction, offset_);
+  Of(scan.which).Load(scan);
+  const ScanData data =
+      instruction ? joiner_.Join(Of(Register::kHir), Of(Register::kSir), Of(Register::kTir))
+                  : joiner_.Join(Of(Register::kHdr), Of(Register::kSdr), Of(Register::kTdr));
+  if (writer_.settled() || !Open(&scan, &data)) {
+    writer_.Scan(instruction, data);
+  }
+  tap_.EndScan(instruction, instruction ? end_ir_ : end_dr_, offset_);
+}
+
+void Compiler::LoadPad(const svf::ScanStatement &pad) {
+  const auto &tdo = pad.field(Field::kTdo);
+  if (tdo && pad.bits > 0) {
+    throw svf::Error(tdo->offset,
+                     fmt::format("the TDO of {0} has no form in a TVB file, in which only a scan's "
+                                 "own bits are compared; take TDO and MASK out of this {0}",
+                                 Name(pad.which)));
+  }
+  if (pad.bits > kMostScanClocks) {
+    throw svf::Error(pad.bits_offset,
+                     fmt::format("no scan could hold {} bits of {}; it is at most {} clocks long",
+                                 pad.bits, Name(pad.which), kMostScanClocks));
+  }
+  Of(pad.which).Load(pad);
+}
+
+void Compiler::CheckLength(const svf::ScanStatement &scan) const {
+  const bool instruction = scan.which == Register::kSir;
+  const uint64_t pads = instruction ? Of(Register::kHir).bits() + Of(Register::kTir).bits()
+                                    : Of(Register::kHdr).bits() + Of(Register::kTdr).bits();
+  if (pads + scan.bits == 0) {
+    throw svf::Error(scan.bits_offset, fmt::format("an {} of 0 bits shifts nothing and would leave "
+                                                   "the player's TAP in a pause; take it out",
+                                                   Name(scan.which)));
+  }
+  const uint64_t clocks = PlayCost::ScanClocks(instruction, pads + scan.bits);
+  if (clocks > kMostScanClocks) {
+    throw svf::Error(
+        scan.bits_offset,
+        fmt::format("this {} takes {} clocks, {} of them for pads and the way there and back; the "
+                    "player holds one byte a clock and an end mark in an allocation of at most "
+                    "4 MiB, so {} is the most; split it into shorter scans",
+                    Name(scan.which), clocks, clocks - scan.bits, kMostScanClocks));
+  }
+}
+
+void Compiler::Do(const svf::EndStatement &end) {
+  (end.instruction ? end_ir_ : end_dr_) = end.state;
+}
+
+void Compiler::Do(const svf::StateStatement &state) {
+  if (const uint64_t clocks = tap_.Walk(state, offset_)) {
+    writer_.RunTest(0, clocks);
+  }
+}
+
+void Compiler::Do(const svf::RunTestStatement &run) {
+  if (run.run) {
+    run_ = run.run->state;
+    run_end_ = run_;
+  }
+  if (run.end) {
+    run_end_ = run.end->state;
+  }
+  tap_.RunTest(run_, run_end_, offset_);
+  if (run.count && run.count->system_clock && !warned_of_system_clock_) {
+    warned_of_system_clock_ = true;
+    notes_.Warning(run.count->offset,
+                   "the player has no system clock; clocks of SCK are given as clocks of TCK");
+  }
+  const auto plan = PlanRunTest(run.count ? run.count->clocks : 0,
+                                run.minimum ? run.minimum->seconds : svf::Decimal(), writer_.hz());
+  if (!plan) {
+    throw svf::Error(run.minimum->offset,
+                     fmt::format("a RUNTEST takes at most {} seconds in a TVB file; write several",
+                                 tvb::kLongestTime / 1000000));
+  }
+  CheckMaximum(run, plan->clocks);
+  writer_.RunTest(plan->microseconds, plan->clocks);
+}
+
+void Compiler::CheckMaximum(const svf::RunTestStatement &run, uint64_t clocks) {
+  constexpr uint64_t kNanoseconds = 1000000000;
+  if (!run.maximum) {
+    return;
+  }
+  const uint64_t maximum = run.maximum->seconds.TimesDown(kNanoseconds);
+  if (run.minimum && run.minimum->seconds.TimesDown(kNanoseconds) > maximum) {
+    throw svf::Error(run.maximum->offset,
+                     "the MAXIMUM is less than the minimum time before it; correct one of them");
+  }
+  const double taken = static_cast<double>(clocks) * kNanoseconds / writer_.hz();
+  if (taken > static_cast<double>(maximum) && !warned_of_maximum_) {
+    warned_of_maximum_ = true;
+    notes_.Warning(run.maximum->offset,
+                   fmt::format("the {} clocks of this RUNTEST take longer than its MAXIMUM at {} "
+                               "HZ, the frequency in force",
+                               clocks, writer_.hz()));
+  }
+}
+
+void Compiler::Do(const svf::FrequencyStatement &frequency) {
+  uint32_t hz = 0;
+  if (frequency.hertz) {
+    // It is an upper bound, so a lower one will do.
+    hz = static_cast<uint32_t>(
+        std::min<uint64_t>(frequency.hertz->TimesDown(1), tvb::kLargestNumber));
+    if (hz == 0) {
+      throw svf::Error(frequency.hertz_offset,
+                       "a frequency below 1 HZ has no form in a TVB file; write at least 1 HZ, or "
+                       "FREQUENCY alone for full speed");
+    }
+  }
+  writer_.SetFrequency(hz);
+}
+
+void Compiler::Do(const svf::TrstStatement &trst) {
+  if (trst.mode == svf::TrstStatement::Mode::kOn) {
+    throw svf::Error(offset_,
+                     "TRST ON has no form in a TVB file: the player has no TRST line and "
+                     "resets the TAP by TMS before the file; take it out");
+  }
+}
+
+void Compiler::Do(const svf::ParallelStatement &) {
+  throw svf::Error(offset_,
+                   "PIO and PIOMAP have no form in a TVB file: the player drives TCK, TMS "
+                   "and TDI alone; take them out, or have the tool write none");
+}
+
+// Settles the first record, at the first scan or at the end: the player looks for the target's
+// place there and nowhere else, and files state their pads late, some after a RUNTEST. True if the
+// scan has become that record.
+bool Compiler::Open(const svf::ScanStatement *scan, const ScanData *data) {
+  const auto place = Place();
+  const bool is_instruction = scan != nullptr && scan->which == Register::kSir;
+  const auto told =
+      is_instruction && writer_.counts().run_tests == 0 ? PlaceToldBy(*data) : std::nullopt;
+  if (told && (!place || *told == *place)) {
+    writer_.Settle(data);
+    return true;
+  }
+  if (!place || place->IsAlone() || !FitsOpening(*place)) {
+    writer_.Settle(nullptr);
+    return false;
+  }
+  // A file that reads the IDCODE by the other instruction says so with its first scan.
+  const svf::ScanRegister &sir = Of(Register::kSir);
+  const bool other =
+      is_instruction && sir.bits() == 8 && sir.tdi() == OpeningData({}, kOtherIdcode);
+  const tvb::Buffer tdi = OpeningData(*place, other ? kOtherIdcode : kIdcode);
+  ScanData opening;
+  opening.bits = static_cast<uint32_t>(8 * tdi.size());
+  opening.tdi = tdi;
+  writer_.Settle(&opening);
+  return false;
+}
+
+bool Compiler::FitsOpening(const ChainPlace &place) {
+  const uint64_t devices = uint64_t{place.before} + 1 + place.after;
+  if (PlayCost::ScanClocks(true, 8 * devices) <= kMostScanClocks) {
+    return true;
+  }
+  notes_.Warning(offset_, "the chain is too long for the player to be told the target's place");
+  return false;
+}
+
+std::optional<ChainPlace> Compiler::Place() {
+  if (options_.chain) {
+    return options_.chain;
+  }
+  const uint32_t hir = Of(Register::kHir).bits();
+  const uint32_t tir = Of(Register::kTir).bits();
+  const auto place = PlaceOfPads(hir, tir, Of(Register::kHdr).bits(), Of(Register::kTdr).bits());
+  if (place && (hir != 8 * uint64_t{place->after} || tir != 8 * uint64_t{place->before})) {
+    notes_.Warning(offset_, fmt::format("the player takes every other device in the chain to have "
+                                        "an instruction register of 8 bits, but the pads are {} "
+                                        "and {} bits for {} and {} devices; it will not read the "
+                                        "IDCODE in this chain",
+                                        hir, tir, place->after, place->before));
+  }
+  return place;
+}
+
+}  // namespace tool

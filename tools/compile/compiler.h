@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// Makes the records of a TVB file of the statements of an SVF file.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+
+#include "svf/scan_register.h"
+#include "svf/statement.h"
+#include "tools/compile/chain_place.h"
+#include "tools/compile/joined_scan.h"
+#include "tools/compile/record_folder.h"
+#include "tools/compile/record_writer.h"
+#include "tools/compile/source_notes.h"
+#include "tools/compile/tap_tracker.h"
+#include "tvb/block.h"
+
+namespace tool {
+
+struct CompileOptions {
+  std::optional<ChainPlace> chain;  // where the target is, if the file's pads are not to tell
+  bool pause_as_idle = false;
+  bool plain = false;       // the header says that blocks are raw and have no mode byte
+  tvb::BlockChoice blocks;  // if they are not plain
+  double pin_ns = 100;      // what a pin call takes, for the estimate of time
+};
+
+// Takes statements in the order of the file and gives the bytes of the TVB file to a sink, as they
+// become final. All functions throw svf::Error where a statement has no form in a TVB file.
+class Compiler {
+ public:
+  // `notes` must live as long as the object.
+  Compiler(const CompileOptions &options, SourceNotes &notes, RecordFolder::Sink sink);
+
+  void Take(const svf::Statement &statement);
+
+  // The end of the SVF file; call it once, at last.
+  void Finish();
+
+  const RecordWriter &writer() const {
+    return writer_;
+  }
+
+ private:
+  void Do(const svf::ScanStatement &scan);
+  void Do(const svf::EndStatement &end);
+  void Do(const svf::StateStatement &state);
+  void Do(const svf::RunTestStatement &run);
+  void Do(const svf::FrequencyStatement &frequency);
+  void Do(const svf::TrstStatement &trst);
+  void Do(const svf::ParallelStatement &);
+
+  void LoadPad(const svf::ScanStatement &pad);
+  void CheckLength(const svf::ScanStatement &scan) const;
+  svf::ScanRegister &Of(svf::Register which) {
+    return registers_[static_cast<size_t>(which)];
+  }
+  const svf::ScanRegister &Of(svf::Register which) const {
+    return registers_[static_cast<size_t>(which)];
+  }
+
+  bool Open(const svf::ScanStatement *scan, const ScanData *data);
+  bool FitsOpening(const ChainPlace &place);
+  std::optional<ChainPlace> Place();
+
+  void CheckMaximum(const svf::RunTestStatement &run, uint64_t clocks);
+
+  CompileOptions options_;
+  SourceNotes &notes_;
+  RecordWriter writer_;
+  TapTracker tap_;
+  ScanJoiner joiner_;
+
+  size_t offset_ = 0;  // of the statement at hand
+  std::array<svf::ScanRegister, svf::kRegisters> registers_;
+  svf::TapState end_ir_ = svf::TapState::kIdle;
+  svf::TapState end_dr_ = svf::TapState::kIdle;
+  svf::TapState run_ = svf::TapState::kIdle;
+  svf::TapState run_end_ = svf::TapState::kIdle;
+
+  bool warned_of_system_clock_ = false;
+  bool warned_of_maximum_ = false;
+};
+
+}  // namespace tool

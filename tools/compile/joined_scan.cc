@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tools/compile/joined_scan.h"
+
+#include <initializer_list>
+
+namespace tool {
+namespace {
+
+// Bits put one behind the other, in the order of register bytes.
+class BitQueue {
+ public:
+  explicit BitQueue(svf::RegisterBytes &bytes) : bytes_(bytes) {
+    bytes_.clear();
+  }
+
+  // The first `bits` bits of `more`; what follows them in its last byte is 0.
+  void Append(const svf::RegisterBytes &more, uint32_t bits) {
+    const unsigned used = bits_ % 8;
+    if (used == 0) {
+      bytes_.insert(bytes_.end(), more.begin(), more.end());
+    } else {
+      for (uint8_t byte : more) {
+        bytes_.back() |= static_cast<uint8_t>(byte >> used);
+        bytes_.push_back(static_cast<uint8_t>(byte << (8 - used)));
+      }
+    }
+    Grow(bits);
+  }
+
+  void AppendZeros(uint32_t bits) {
+    Grow(bits);
+  }
+
+ private:
+  void Grow(uint32_t bits) {
+    bits_ += bits;
+    bytes_.resize((bits_ + 7) / 8);
+  }
+
+  svf::RegisterBytes &bytes_;
+  uint64_t bits_ = 0;
+};
+
+ScanData WithoutPads(const svf::ScanRegister &scan) {
+  ScanData data;
+  data.bits = scan.bits();
+  data.tdi = scan.tdi();
+  data.has_free_bits = scan.has_free_bits();
+  data.smask = scan.smask();
+  data.compares = scan.compares();
+  data.tdo = scan.tdo();
+  data.mask = scan.mask();
+  return data;
+}
+
+}  // namespace
+
+ScanData ScanJoiner::Join(const svf::ScanRegister &header, const svf::ScanRegister &scan,
+                          const svf::ScanRegister &trailer) {
+  if (header.bits() == 0 && trailer.bits() == 0) {
+    return WithoutPads(scan);
+  }
+  ScanData data;
+  data.bits = header.bits() + scan.bits() + trailer.bits();
+  BitQueue tdi(tdi_);
+  BitQueue smask(smask_);
+  for (const svf::ScanRegister *part : {&header, &scan, &trailer}) {
+    tdi.Append(part->tdi(), part->bits());
+    smask.Append(part->smask(), part->bits());
+    data.has_free_bits |= part->bits() > 0 && part->has_free_bits();
+  }
+  data.tdi = tdi_;
+  data.smask = smask_;
+  data.compares = scan.compares() && scan.bits() > 0;
+  if (data.compares) {
+    BitQueue tdo(tdo_);
+    BitQueue mask(mask_);
+    tdo.AppendZeros(header.bits());
+    mask.AppendZeros(header.bits());
+    tdo.Append(scan.tdo(), scan.bits());
+    mask.Append(scan.mask(), scan.bits());
+    tdo.AppendZeros(trailer.bits());
+    mask.AppendZeros(trailer.bits());
+    data.tdo = tdo_;
+    data.mask = mask_;
+  }
+  return data;
+}
+
+}  // namespace tool

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tools/compile/record_folder.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "tools/compile/hash.h"
+#include "tvb/number.h"
+#include "tvb/record.h"
+
+namespace tool {
+namespace {
+
+tvb::Buffer LoopRecord(uint64_t copies) {
+  tvb::Buffer record;
+  tvb::AppendRecord(record, tvb::kLoop, tvb::NumberBody(static_cast<uint32_t>(copies)));
+  return record;
+}
+
+tvb::Buffer EndRecord() {
+  tvb::Buffer record;
+  tvb::AppendRecord(record, tvb::kEndLoop, {});
+  return record;
+}
+
+// The bytes of the two records around a loop's body: mark, length and opcode each, and the count.
+size_t LoopOverhead(uint64_t copies) {
+  return 2 * 3 + tvb::NumberSize(static_cast<uint32_t>(copies));
+}
+
+// For each period, how many records from one entry on equal the one a period later.
+using EqualRuns = std::array<uint32_t, RecordFolder::kLongestBody>;  // period 1 first
+
+// Goes from the entry behind to this one, whose hash and those after it are `hashes`. True if a
+// whole period repeats here. Made so that the compiler takes many periods at once.
+bool GoBack(const uint32_t *hashes, EqualRuns &runs) {
+  uint32_t repeats = 0;
+  for (size_t i = 0; i < RecordFolder::kLongestBody; ++i) {
+    const uint32_t all_if_equal = hashes[0] == hashes[i + 1] ? ~0u : 0;
+    runs[i] = (runs[i] + 1) & all_if_equal;
+    repeats |= runs[i] > i ? ~0u : 0;
+  }
+  return repeats != 0;
+}
+
+bool Equal(tvb::Bytes one, tvb::Bytes other) {
+  return std::equal(one.begin(), one.end(), other.begin(), other.end());
+}
+
+}  // namespace
+
+void RecordFolder::Put(tvb::Bytes record) {
+  if (loop_.copies > 0) {
+    if (GoOnWithLoop(record)) {
+      return;
+    }
+    CloseLoop();
+  }
+  Append(record);
+  if (IsFull()) {
+    // Loops that begin near the end had better be looked at when more of them has come.
+    constexpr size_t kHeldBack = 4 * kLongestBody;
+    PassOn(std::max(size() / 2, size() - std::min(kHeldBack, size())));
+  }
+}
+
+void RecordFolder::Flush() {
+  while (loop_.copies > 0 || size() > 0) {
+    if (loop_.copies > 0) {
+      CloseLoop();
+    }
+    PassOn(size());
+  }
+}
+
+size_t RecordFolder::Start(size_t entry) const {
+  return entry < size() ? starts_[entry] : bytes_.size();
+}
+
+tvb::Bytes RecordFolder::Stretch(size_t entry, size_t count) const {
+  return {bytes_.data() + Start(entry), Start(entry + count) - Start(entry)};
+}
+
+bool RecordFolder::IsFull() const {
+  return size() >= kWindowRecords || (bytes_.size() >= kWindowBytes && size() > 1);
+}
+
+void RecordFolder::Append(tvb::Bytes record) {
+  starts_.push_back(bytes_.size());
+  hashes_.push_back(static_cast<uint32_t>(Hash(record)) | 1);
+  tvb::Append(bytes_, record);
+}
+
+// From the window's end to its beginning: the fewest bytes that the records from each entry on can
+// take, and what to do at that entry for them. Of a stretch that repeats, all copies are folded.
+std::vector<RecordFolder::Choice> RecordFolder::Choose() const {
+  std::vector<Choice> choices(size());
+  std::vector<uint64_t> cost(size() + 1);
+  std::vector<uint32_t> hashes = hashes_;
+  hashes.resize(size() + kLongestBody);  // with 0, which no record has
+  EqualRuns equal{};
+  for (size_t entry = size(); entry-- > 0;) {
+    cost[entry] = cost[entry + 1] + Start(entry + 1) - Start(entry);
+    if (!GoBack(&hashes[entry], equal)) {
+      continue;
+    }
+    for (uint32_t period = 1; period <= kLongestBody; ++period) {
+      const uint32_t copies = equal[period - 1] / period + 1;
+      if (copies == 1) {
+        continue;
+      }
+      const uint64_t folded = Stretch(entry, period).size() + LoopOverhead(copies) +
+                              cost[entry + static_cast<size_t>(period) * copies];
+      if (folded < cost[entry]) {
+        cost[entry] = folded;
+        choices[entry] = {period, copies};
+      }
+    }
+  }
+  return choices;
+}
+
+// Passes on the records before entry `limit`, and whatever loop begins there. A loop that reaches
+// the window's end may go on after it: that one is opened.
+void RecordFolder::PassOn(size_t limit) {
+  const std::vector<Choice> choices = Choose();
+  size_t entry = 0;
+  while (entry < limit) {
+    const Choice &choice = choices[entry];
+    const size_t next = entry + static_cast<size_t>(choice.period) * choice.copies;
+    if (choice.copies == 1 || !IsRepeated(entry, choice)) {
+      sink_(Stretch(entry, 1));
+      ++records_;
+      ++entry;
+    } else if (next + choice.period > size()) {
+      OpenLoopAt(entry, choice);
+      return;
+    } else {
+      PassOnLoop(Stretch(entry, choice.period), choice.period, choice.copies);
+      entry = next;
+    }
+  }
+  Drop(entry);
+}
+
+// Hashes may be equal by chance.
+bool RecordFolder::IsRepeated(size_t entry, const Choice &choice) const {
+  const tvb::Bytes body = Stretch(entry, choice.period);
+  for (size_t copy = 1; copy < choice.copies; ++copy) {
+    if (!Equal(body, Stretch(entry + copy * choice.period, choice.period))) {
+      return false;
+    }
+  }
+  return true;
+}
+
+void RecordFolder::PassOnLoop(tvb::Bytes body, size_t body_records, uint64_t copies) {
+  sink_(LoopRecord(copies));
+  sink_(body);
+  sink_(EndRecord());
+  records_ += body_records + 2;
+  ++loops_;
+}
+
+void RecordFolder::OpenLoopAt(size_t entry, const Choice &choice) {
+  const tvb::Bytes body = Stretch(entry, choice.period);
+  loop_.body.assign(body.begin(), body.end());
+  loop_.starts.clear();
+  for (size_t i = 0; i <= choice.period; ++i) {
+    loop_.starts.push_back(Start(entry + i) - Start(entry));
+  }
+  loop_.copies = choice.copies;
+  loop_.matched = 0;
+  Drop(entry + static_cast<size_t>(choice.period) * choice.copies);
+
+  // What is left is fewer records than the body has.
+  const tvb::Buffer rest = std::exchange(bytes_, {});
+  std::vector<size_t> starts = std::exchange(starts_, {});
+  hashes_.clear();
+  starts.push_back(rest.size());
+  for (size_t i = 0; i + 1 < starts.size(); ++i) {
+    Put({rest.data() + starts[i], starts[i + 1] - starts[i]});
+  }
+}
+
+// True if the record is what the loop has next.
+bool RecordFolder::GoOnWithLoop(tvb::Bytes record) {
+  const size_t start = loop_.starts[loop_.matched];
+  const size_t end = loop_.starts[loop_.matched + 1];
+  if (!Equal(record, {loop_.body.data() + start, end - start}) ||
+      loop_.copies == tvb::kLargestNumber) {
+    return false;
+  }
+  if (++loop_.matched == loop_.starts.size() - 1) {
+    loop_.matched = 0;
+    ++loop_.copies;
+  }
+  return true;
+}
+
+// Passes the loop on; the beginning of one more copy goes back into the window.
+void RecordFolder::CloseLoop() {
+  const OpenLoop loop = std::exchange(loop_, {});
+  PassOnLoop(loop.body, loop.starts.size() - 1, loop.copies);
+  for (size_t i = 0; i < loop.matched; ++i) {
+    Append({loop.body.data() + loop.starts[i], loop.starts[i + 1] - loop.starts[i]});
+  }
+}
+
+void RecordFolder::Drop(size_t count) {
+  const size_t bytes = Start(count);
+  bytes_.erase(bytes_.begin(), bytes_.begin() + static_cast<ptrdiff_t>(bytes));
+  starts_.erase(starts_.begin(), starts_.begin() + static_cast<ptrdiff_t>(count));
+  hashes_.erase(hashes_.begin(), hashes_.begin() + static_cast<ptrdiff_t>(count));
+  for (size_t &start : starts_) {
+    start -= bytes;
+  }
+}
+
+}  // namespace tool

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tools/compile/run_test_plan.h"
+
+#include "tvb/run_test.h"
+
+namespace tool {
+namespace {
+
+constexpr uint64_t kMicrosecondsInSecond = 1000000;
+
+}  // namespace
+
+std::optional<RunTestPlan> PlanRunTest(uint64_t count, const svf::Decimal &seconds, uint32_t hz) {
+  const uint64_t microseconds = seconds.TimesUp(kMicrosecondsInSecond);
+  if (microseconds > tvb::kLongestTime) {
+    return std::nullopt;
+  }
+  const uint64_t clocks_of_time = seconds.TimesUp(hz);
+  if (clocks_of_time <= count) {
+    return RunTestPlan{0, count};
+  }
+  const bool whole = seconds.TimesDown(kMicrosecondsInSecond) == microseconds;
+  const uint64_t clocks = tvb::RunTestClocks(microseconds, 0, hz % 1000 == 0, hz);
+  if (whole && clocks >= clocks_of_time && clocks <= tvb::kMostCycles) {
+    return RunTestPlan{microseconds, clocks};
+  }
+  return RunTestPlan{0, clocks_of_time};
+}
+
+}  // namespace tool

@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tools/compile/tap_tracker.h"
+
+#include <fmt/format.h>
+
+#include "svf/error.h"
+#include "tools/cli/report.h"
+
+namespace tool {
+namespace {
+
+using svf::TapState;
+
+TapState PauseOf(bool instruction) {
+  return instruction ? TapState::kIrPause : TapState::kDrPause;
+}
+
+const char *ScanName(bool instruction) {
+  return instruction ? "SIR" : "SDR";
+}
+
+bool IsShift(TapState state) {
+  return state == TapState::kIrShift || state == TapState::kDrShift;
+}
+
+bool IsCapture(TapState state) {
+  return state == TapState::kIrCapture || state == TapState::kDrCapture;
+}
+
+bool IsUpdate(TapState state) {
+  return state == TapState::kIrUpdate || state == TapState::kDrUpdate;
+}
+
+}  // namespace
+
+void TapTracker::BeginScan(bool instruction, size_t offset) {
+  RefuseAfterReset();
+  scanned_ = true;
+  if (at_ == PauseOf(instruction)) {
+    const char *scan = ScanName(instruction);
+    RefusePause(
+        offset,
+        fmt::format("this {} resumes the scan that is paused in {}, which the player cannot", scan,
+                    Name(at_)),
+        fmt::format("write both as one {0}, or end the first in IDLE (END{1} IDLE)", scan,
+                    instruction ? "IR" : "DR"),
+        "the paused scan's register is updated before this one captures anew");
+  } else {
+    LeaveScanPause();
+  }
+  at_ = TapState::kIdle;
+  scan_pauses_ = false;
+}
+
+void TapTracker::EndScan(bool instruction, TapState end, size_t offset) {
+  scan_ = offset;
+  if (end == TapState::kReset) {
+    Reset(offset);
+  } else if (svf::IsPause(end) && end != PauseOf(instruction)) {
+    RefusePause(offset,
+                fmt::format("this {} ends in {}, the other register's pause", ScanName(instruction),
+                            Name(end)),
+                fmt::format("write END{} IDLE before it", instruction ? "IR" : "DR"),
+                "the scan ends in Run-Test/Idle and the other register is not captured");
+  } else {
+    scan_pauses_ = svf::IsPause(end);
+  }
+  at_ = end;
+}
+
+uint64_t TapTracker::Walk(const svf::StateStatement &statement, size_t offset) {
+  if (statement.path.size() == 1) {
+    MoveTo(statement.path.front().state, offset);
+    return 0;
+  }
+  uint64_t idle_clocks = 0;
+  bool first = true;
+  for (const auto &[state, step_offset] : statement.path) {
+    // A path may begin with a state to come to by the shortest way, as one state alone does. Where
+    // the TAP was before the file's first statement is not known.
+    if (first && svf::IsStable(state) && (!scanned_ || !svf::Leads(at_, state))) {
+      MoveTo(state, step_offset);
+    } else {
+      idle_clocks += at_ == TapState::kIdle && state == TapState::kIdle;
+      StepTo(state, step_offset);
+    }
+    first = false;
+  }
+  if (idle_clocks > 0) {
+    RefuseAfterReset();
+  }
+  return idle_clocks;
+}
+
+void TapTracker::RunTest(TapState run, TapState end, size_t offset) {
+  RefuseAfterReset();
+  if (run == TapState::kReset) {
+    throw svf::Error(offset,
+                     "this RUNTEST runs in RESET, but the player clocks in Run-Test/Idle only; "
+                     "write RUNTEST IDLE");
+  }
+  if (svf::IsPause(run)) {
+    RefusePause(offset,
+                fmt::format("this RUNTEST runs in {}, but the player clocks in Run-Test/Idle only",
+                            Name(run)),
+                "write RUNTEST IDLE if the device allows it",
+                "the clocks are given in Run-Test/Idle, with every register updated");
+  } else {
+    LeaveScanPause();
+  }
+  scan_pauses_ = false;
+  at_ = TapState::kIdle;
+  if (end == TapState::kReset) {
+    Reset(offset);
+  } else if (svf::IsPause(end) && !svf::IsPause(run)) {
+    RefusePause(
+        offset,
+        fmt::format("this RUNTEST ends in {}, but the player stays in Run-Test/Idle", Name(end)),
+        "write ENDSTATE IDLE", "the TAP stays in Run-Test/Idle and captures nothing");
+  }
+  at_ = end;
+}
+
+void TapTracker::Finish() {
+  if (svf::IsPause(at_) && scan_pauses_) {
+    RefusePause(scan_,
+                fmt::format("the file ends with this scan paused in {}, but the player ends every "
+                            "scan in Run-Test/Idle",
+                            Name(at_)),
+                "write STATE IDLE at the end of the file",
+                "the scan ends in Run-Test/Idle and its register is updated");
+  }
+  if (reset_) {
+    notes_.Warning(*reset_,
+                   "the player does not reset the TAP at the end of a file: it stays in "
+                   "Run-Test/Idle with its last instruction, until the next download resets it");
+  }
+  if (pauses_ > 1) {
+    tool::Note(notes_.name(), fmt::format("{} scans in all pause like that", pauses_));
+  }
+}
+
+// The shortest way there, which passes UPDATE from a pause.
+void TapTracker::MoveTo(TapState state, size_t offset) {
+  if (svf::IsPause(state)) {
+    RefusePause(offset,
+                fmt::format("STATE {} has no form in a TVB file: between scans the player is in "
+                            "Run-Test/Idle only",
+                            Name(state)),
+                "take it out, or write STATE IDLE",
+                "the TAP stays in Run-Test/Idle: nothing is captured, and what was paused is "
+                "updated");
+    scan_pauses_ = false;
+    at_ = state;
+    return;
+  }
+  LeaveScanPause();
+  Enter(state, offset);
+}
+
+// One TCK on a path that was written out.
+void TapTracker::StepTo(TapState state, size_t offset) {
+  if (!svf::Leads(at_, state)) {
+    throw svf::Error(offset, fmt::format("the TAP cannot go from {} to {} in one clock; write out "
+                                         "the path, or its last state alone",
+                                         Name(at_), Name(state)));
+  }
+  if (IsShift(state)) {
+    throw svf::Error(offset,
+                     "a path through a SHIFT state shifts bits that nothing states; write a "
+                     "scan (SIR or SDR) in its place");
+  }
+  if (IsUpdate(state) && captured_) {
+    throw svf::Error(offset,
+                     "this path captures and updates a register without a scan, which the "
+                     "player cannot; write a scan (SIR or SDR) in its place");
+  }
+  captured_ |= IsCapture(state);
+  if (svf::IsPause(state)) {
+    MoveTo(state, offset);
+  } else if (IsUpdate(state)) {
+    LeaveScanPause();
+    at_ = state;
+  } else {
+    Enter(state, offset);
+  }
+  captured_ &= !svf::IsStable(state);
+}
+
+void TapTracker::Enter(TapState state, size_t offset) {
+  if (state == TapState::kReset) {
+    Reset(offset);
+  }
+  at_ = state;
+}
+
+void TapTracker::LeaveScanPause() {
+  if (scan_pauses_ && ++pauses_ == 1) {
+    notes_.Note(scan_, fmt::format("this scan pauses in {} and goes on through UPDATE; it is "
+                                   "compiled to end in Run-Test/Idle, where a device sees at most "
+                                   "one idle clock more",
+                                   Name(at_)));
+  }
+  scan_pauses_ = false;
+}
+
+void TapTracker::Reset(size_t offset) {
+  scan_pauses_ = false;
+  if (scanned_ && !reset_) {
+    reset_ = offset;
+  }
+}
+
+void TapTracker::RefuseAfterReset() const {
+  if (reset_) {
+    throw svf::Error(*reset_,
+                     "the TAP is reset in the middle of the file, but the player resets it at a "
+                     "file's start only; take this reset out, or begin a second file here");
+  }
+}
+
+void TapTracker::RefusePause(size_t offset, const std::string &what, const std::string &instead,
+                             const std::string &change) {
+  if (!pause_as_idle_) {
+    throw svf::Error(offset, fmt::format("{}; {}, or take Run-Test/Idle for every pause with "
+                                         "--pause-as-idle",
+                                         what, instead));
+  }
+  notes_.Warning(offset, fmt::format("{}; taken as Run-Test/Idle: {}", what, change));
+}
+
+}  // namespace tool

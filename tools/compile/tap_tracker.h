@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// Follows the TAP through an SVF file and holds it against what the player can do.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "svf/statement.h"
+#include "svf/tap.h"
+#include "tools/compile/source_notes.h"
+
+namespace tool {
+
+// The player resets the TAP once, before the file; after that every scan and every run-test begins
+// and ends in Run-Test/Idle. So a pause has no form in a TVB file but one: a scan that pauses in
+// its own register's pause and is left through UPDATE is, but for one idle clock, a scan that ends
+// in Run-Test/Idle. Functions throw svf::Error where there is no form, and print notes and, with
+// `pause_as_idle`, warnings.
+class TapTracker {
+ public:
+  // With `pause_as_idle` every pause is taken as Run-Test/Idle, with a warning each time that
+  // devices see a difference. `notes` must live as long as the object.
+  TapTracker(SourceNotes &notes, bool pause_as_idle)
+      : notes_(notes), pause_as_idle_(pause_as_idle) {}
+
+  // A scan of the instruction register or the data register, stated at `offset`, begins; or ends,
+  // in `end`.
+  void BeginScan(bool instruction, size_t offset);
+  void EndScan(bool instruction, svf::TapState end, size_t offset);
+
+  // A STATE statement. Returns the clocks that its path spends in Run-Test/Idle.
+  uint64_t Walk(const svf::StateStatement &statement, size_t offset);
+
+  // A RUNTEST, stated at `offset`, that runs in one state and ends in another.
+  void RunTest(svf::TapState run, svf::TapState end, size_t offset);
+
+  // The end of the file.
+  void Finish();
+
+ private:
+  void MoveTo(svf::TapState state, size_t offset);
+  void StepTo(svf::TapState state, size_t offset);
+  void Enter(svf::TapState state, size_t offset);
+  void LeaveScanPause();
+  void Reset(size_t offset);
+  void RefuseAfterReset() const;
+  void RefusePause(size_t offset, const std::string &what, const std::string &instead,
+                   const std::string &change);
+
+  SourceNotes &notes_;
+  bool pause_as_idle_;
+  bool scanned_ = false;  // before, a reset changes nothing
+  svf::TapState at_ = svf::TapState::kIdle;
+  size_t scan_ = 0;              // the last scan's offset
+  bool scan_pauses_ = false;     // at_ is the pause in which that scan stopped
+  bool captured_ = false;        // a path went through CAPTURE and not yet to its end
+  std::optional<size_t> reset_;  // a reset that nothing played has followed yet
+  uint64_t pauses_ = 0;          // that were left through UPDATE
+};
+
+}  // namespace tool
