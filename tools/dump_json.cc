@@ -21,21 +21,9 @@ void AddValue(const tvb::RecordView &record, Json &object) {
 }
 
 void AddParameter(const tvb::BlockView &block, Json &object) {
-  switch (static_cast<tvb::Encoding>(block.mode.value_or(0))) {
-    case tvb::Encoding::kRunLength:
-      object["escape"] = block.parameter;
-      break;
-    case tvb::Encoding::kNibble:
-      object["nibbles"] = block.parameter;
-      break;
-    case tvb::Encoding::kBitCoding:
-      object["symbol"] = block.parameter;
-      break;
-    case tvb::Encoding::kLzw:
-      object["k"] = block.parameter;
-      break;
-    default:
-      break;
+  const tvb::Codec *const codec = block.codec();
+  if (codec && codec->parameter_name) {
+    object[codec->parameter_name] = block.parameter;
   }
 }
 

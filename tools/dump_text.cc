@@ -52,18 +52,8 @@ std::string NumberFieldText(const tvb::FieldView &field) {
 }
 
 std::string ParameterText(const tvb::BlockView &block) {
-  switch (static_cast<tvb::Encoding>(block.mode.value_or(0))) {
-    case tvb::Encoding::kRunLength:
-      return fmt::format(", escape {}", tvb::Hex(block.parameter));
-    case tvb::Encoding::kNibble:
-      return fmt::format(", pattern of {}", tvb::Count(block.parameter, "nibble"));
-    case tvb::Encoding::kBitCoding:
-      return fmt::format(", symbol {}", tvb::Hex(block.parameter));
-    case tvb::Encoding::kLzw:
-      return fmt::format(", k {}", block.parameter);
-    default:
-      return "";
-  }
+  const tvb::Codec *const codec = block.codec();
+  return codec && codec->parameter_text ? ", " + codec->parameter_text(block.parameter) : "";
 }
 
 std::string BlockText(const tvb::BlockView &block) {

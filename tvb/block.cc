@@ -3,79 +3,108 @@
 
 #include <utility>
 
-#include "tvb/bit_coding.h"
 #include "tvb/error.h"
-#include "tvb/lzw.h"
-#include "tvb/nibble.h"
-#include "tvb/run_length.h"
+#include "tvb/text.h"
 
 namespace tvb {
 namespace {
 
-Buffer StartBlock(Encoding encoding) {
-  return {static_cast<uint8_t>(encoding)};
+const EncodingRow &RowOf(Encoding encoding) {
+  const EncodingRow *row = FindEncoding(static_cast<uint8_t>(encoding));
+  if (!row) {
+    throw Error("there is no encoding " + std::to_string(static_cast<int>(encoding)));
+  }
+  return *row;
 }
 
-Buffer LzwBlock(Bytes data, int k) {
-  Buffer block = StartBlock(Encoding::kLzw);
-  AppendLzw(block, data, k);
-  return block;
-}
-
-void KeepSmaller(Buffer &best, Buffer candidate) {
-  if (candidate.size() < best.size()) {
-    best = std::move(candidate);
-  }
-}
-
-Buffer SmallestLzwBlock(Bytes data) {
-  Buffer best = LzwBlock(data, 0);
-  for (int k = 1; k <= kLargestLzwDictionary; ++k) {
-    KeepSmaller(best, LzwBlock(data, k));
-  }
-  return best;
-}
-
-Buffer BlockAs(Bytes data, Encoding encoding) {
-  if (encoding == Encoding::kLzw) {
-    return SmallestLzwBlock(data);
-  }
-  Buffer block = StartBlock(encoding);
-  switch (encoding) {
-    case Encoding::kRunLength:
-      AppendRunLength(block, data, BestEscapeByte(data));
-      break;
-    case Encoding::kNibble:
-      AppendNibble(block, data, ShortestNibblePattern(data));
-      break;
-    case Encoding::kBitCoding:
-      AppendBitCoding(block, data, BestSymbol(data));
-      break;
-    default:
-      Append(block, data);
-  }
+Buffer BlockAs(Bytes data, const EncodingRow &row, std::optional<int64_t> parameter) {
+  Buffer block = {static_cast<uint8_t>(row.encoding)};
+  row.codec->encode(block, data, parameter);
   return block;
 }
 
 Buffer SmallestBlock(Bytes data) {
-  Buffer best = BlockAs(data, Encoding::kRaw);
-  for (Encoding encoding :
-       {Encoding::kRunLength, Encoding::kNibble, Encoding::kBitCoding, Encoding::kLzw}) {
-    KeepSmaller(best, BlockAs(data, encoding));
+  Buffer best = BlockAs(data, Encodings().front(), std::nullopt);
+  for (const EncodingRow &row : Encodings().subspan(1)) {
+    if (1 + row.codec->min_size >= best.size()) {
+      continue;
+    }
+    Buffer candidate = BlockAs(data, row, std::nullopt);
+    if (candidate.size() < best.size()) {
+      best = std::move(candidate);
+    }
   }
   return best;
+}
+
+std::string UnknownMode(uint8_t mode) {
+  return "encoding " + Hex(mode) + " of a data block; expected 0 to " +
+         std::to_string(Encodings().size() - 1);
+}
+
+BlockView ReadBlock(Cursor &cursor, Decoded &decoded, bool plain) {
+  BlockView block;
+  block.offset = cursor.position();
+  block.count = decoded.count();
+  if (!plain) {
+    block.mode = cursor.Byte();
+  }
+  if (block.codec()) {
+    block.codec()->decode(cursor, decoded, block);
+  } else {
+    block.fault = {block.offset, UnknownMode(*block.mode)};
+  }
+  block.size = cursor.position() - block.offset;
+  block.written = decoded.written();
+  block.surplus = decoded.surplus();
+  if (cursor.past_end()) {
+    block.fault = {block.offset, "the image ends inside a data block"};
+  }
+  return block;
 }
 
 }  // namespace
 
 Buffer EncodeBlock(Bytes data, const BlockChoice &choice) {
-  if (choice.dictionary && choice.encoding != Encoding::kLzw) {
-    throw Error("a dictionary size goes with LZW only; ask for Encoding::kLzw or leave it out");
+  if (choice.encoding) {
+    return BlockAs(data, RowOf(*choice.encoding), choice.parameter);
   }
-  if (choice.dictionary) {
-    return LzwBlock(data, *choice.dictionary);
+  if (choice.parameter) {
+    throw Error("a parameter goes with an encoding; ask for one or leave the parameter out");
   }
-  return choice.encoding ? BlockAs(data, *choice.encoding) : SmallestBlock(data);
+  return SmallestBlock(data);
+}
+
+bool RawIsSmallest(size_t bytes) {
+  for (const EncodingRow &row : Encodings().subspan(1)) {
+    if (row.codec->min_size < bytes) {
+      return false;
+    }
+  }
+  return true;
+}
+
+const Codec *BlockView::codec() const {
+  const EncodingRow *row = FindEncoding(mode.value_or(static_cast<uint8_t>(Encoding::kRaw)));
+  return row ? row->codec : nullptr;
+}
+
+BlockView MeasureBlock(Cursor &cursor, uint64_t count, bool plain) {
+  Decoded decoded(count);
+  return ReadBlock(cursor, decoded, plain);
+}
+
+Buffer DecodeBlock(Bytes image, const BlockView &block) {
+  if (!block.codec()) {
+    return {};
+  }
+  Buffer data;
+  data.reserve(static_cast<size_t>(block.written));
+  Cursor cursor(image, block.offset);
+  Decoded decoded(block.count, &data);
+  ReadBlock(cursor, decoded, !block.mode);
+  data.resize(static_cast<size_t>(block.count), 0);
+  return data;
 }
 
 }  // namespace tvb

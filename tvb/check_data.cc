@@ -21,10 +21,8 @@ std::string EncodedAs(const BlockView &block) {
 }
 
 std::string Shortage(const BlockView &block) {
-  if (block.mode == static_cast<uint8_t>(Encoding::kNibble)) {
-    return "a pattern of " + Count(block.parameter, "nibble") + " does not fill " +
-           Count(block.count, "byte") + " in whole copies: " + Count(block.written, "byte") +
-           " written, the rest left open";
+  if (block.codec()->shortage_text) {
+    return block.codec()->shortage_text(block);
   }
   return "decodes to " + std::to_string(block.written) + " of the " + Count(block.count, "byte") +
          " that its register takes";

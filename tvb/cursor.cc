@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tvb/cursor.h"
 
+#include <algorithm>
+
 namespace tvb {
 namespace {
 
@@ -28,9 +30,12 @@ NumberView Cursor::Number() {
   return number;
 }
 
-void Cursor::Skip(uint64_t count) {
+Bytes Cursor::Slice(uint64_t count) {
+  const uint64_t start = std::min<uint64_t>(position_, image_.size());
+  const Bytes bytes(image_.data() + start, static_cast<size_t>(std::min(count, left())));
   past_end_ = past_end_ || count > left();
   position_ += count;
+  return bytes;
 }
 
 }  // namespace tvb

@@ -46,8 +46,9 @@ class Cursor {
 
   NumberView Number();
 
-  // Goes over `count` bytes as if each were read.
-  void Skip(uint64_t count);
+  // The next `count` bytes, or as many of them as the image has. Goes over all `count`, as if each
+  // were read.
+  Bytes Slice(uint64_t count);
 
   // Leaves the byte just read unread.
   void StepBack() {

@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-#include "tvb/block_reader.h"
+#include "tvb/block.h"
 #include "tvb/cursor.h"
 #include "tvb/header.h"
 #include "tvb/record.h"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tvb/text.h"
 
-#include "tvb/block.h"
 #include "tvb/record.h"
 
 namespace tvb {
@@ -77,22 +76,6 @@ const char *TagName(uint8_t tag) {
       return "TIME";
   }
   return "UNKNOWN";
-}
-
-const char *EncodingName(uint8_t mode) {
-  switch (static_cast<Encoding>(mode)) {
-    case Encoding::kRaw:
-      return "raw";
-    case Encoding::kRunLength:
-      return "run-length";
-    case Encoding::kNibble:
-      return "nibble";
-    case Encoding::kBitCoding:
-      return "bit-coding";
-    case Encoding::kLzw:
-      return "lzw";
-  }
-  return "unknown";
 }
 
 }  // namespace tvb

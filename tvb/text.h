@@ -28,7 +28,4 @@ const char *OpcodeName(uint8_t opcode);
 // "TDI", "TDO", "MASK", "PASS", "CYCLES", "END", "TIME"; "UNKNOWN" for none of them.
 const char *TagName(uint8_t tag);
 
-// "raw", "run-length", "nibble", "bit-coding", "lzw"; "unknown" for none of them.
-const char *EncodingName(uint8_t mode);
-
 }  // namespace tvb

@@ -65,9 +65,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     return 0;
   }
   RoundTrip(fuzz::CompileSvf(svf));
-  for (tvb::Encoding encoding : {tvb::Encoding::kRunLength, tvb::Encoding::kNibble,
-                                 tvb::Encoding::kBitCoding, tvb::Encoding::kLzw}) {
-    fuzz::Require(Try(svf, Options(tvb::BlockChoice::As(encoding))),
+  for (const tvb::EncodingRow &row : tvb::Encodings()) {
+    fuzz::Require(Try(svf, Options(tvb::BlockChoice::As(row.encoding))),
                   "what compiles, compiles with each encoding");
   }
   return 0;

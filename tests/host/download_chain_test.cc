@@ -58,15 +58,13 @@ TEST_F(DownloadChain, BlocksWithoutModeBytes) {
 }
 
 TEST_F(DownloadChain, EveryEncoding) {
-  for (const tvb::Encoding encoding :
-       {tvb::Encoding::kRaw, tvb::Encoding::kRunLength, tvb::Encoding::kNibble,
-        tvb::Encoding::kBitCoding, tvb::Encoding::kLzw}) {
-    SCOPED_TRACE("mode " + std::to_string(static_cast<int>(encoding)));
-    ExpectProgrammed({2, 3}, {}, tvb::BlockChoice::As(encoding));
+  for (const tvb::EncodingRow &row : tvb::Encodings()) {
+    SCOPED_TRACE(row.name);
+    ExpectProgrammed({2, 3}, {}, tvb::BlockChoice::As(row.encoding));
   }
   for (int k = 0; k < 4; ++k) {
     SCOPED_TRACE("k " + std::to_string(k));
-    ExpectProgrammed({2, 3}, {}, tvb::BlockChoice::Lzw(k));
+    ExpectProgrammed({2, 3}, {}, tvb::BlockChoice::With(tvb::Encoding::kLzw, k));
   }
 }
 

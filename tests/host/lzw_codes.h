@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// LZW streams from codes that a test chooses, and what such codes mean. Neither part searches for
-// repetitions: this is the format, not an encoder.
+// LZW streams from codes that a test chooses, what such codes mean, and streams with restarts,
+// which no encoder writes.
 #pragma once
 
 #include <cstdint>
 #include <map>
+#include <utility>
 #include <vector>
 
 namespace lzw {
@@ -136,5 +137,36 @@ class Model {
   Bytes previous_;
   Bytes output_;
 };
+
+// The stream of `data` with a restart after each `every` codes; 0: none. Each code stands for the
+// longest string that has one.
+inline Bytes Restarting(const Bytes &data, uint32_t parameter, size_t every) {
+  Stream stream(parameter);
+  if (data.empty()) {
+    return stream.End();
+  }
+  std::map<std::pair<uint32_t, uint8_t>, uint32_t> strings;
+  uint32_t string = data.front();
+  size_t codes = 0;
+  for (size_t at = 1; at < data.size(); ++at) {
+    const auto longer = strings.find({string, data[at]});
+    if (longer != strings.end()) {
+      string = longer->second;
+      continue;
+    }
+    stream.Put(string);
+    if (++codes == every) {
+      stream.Put(kClear);
+      codes = 0;
+    }
+    if (stream.next() == 257) {
+      strings.clear();
+    } else {
+      strings[{string, data[at]}] = stream.next() - 1;
+    }
+    string = data[at];
+  }
+  return stream.Put(string).End();
+}
 
 }  // namespace lzw

@@ -82,7 +82,7 @@ class Subject {
       script_.EncodeInTurn(
           {BlockChoice::As(tvb::Encoding::kNibble), BlockChoice::As(tvb::Encoding::kLzw),
            BlockChoice::As(tvb::Encoding::kRunLength), BlockChoice::As(tvb::Encoding::kBitCoding),
-           BlockChoice::As(tvb::Encoding::kRaw), BlockChoice::Lzw(3)});
+           BlockChoice::As(tvb::Encoding::kRaw), BlockChoice::With(tvb::Encoding::kLzw, 3)});
     }
     script::ProgramPart(script_, place_, part_, rows_);
     script_.InstructionThroughPads(SIM_IDCODE_6);

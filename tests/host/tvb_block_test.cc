@@ -5,12 +5,9 @@
 
 #include <chrono>
 
-#include "tvb/bit_coding.h"
 #include "tvb/block.h"
 #include "tvb/error.h"
-#include "tvb/nibble.h"
 #include "tvb/number.h"
-#include "tvb/run_length.h"
 #include "tvb_data.h"
 #include "tvb_reference.h"
 
@@ -18,7 +15,6 @@ namespace {
 
 using tvb::BlockChoice;
 using tvb::Buffer;
-using tvb::Bytes;
 using tvb::EncodeBlock;
 using tvb::Encoding;
 
@@ -29,22 +25,31 @@ Buffer Number(uint32_t value) {
   return out;
 }
 
-Buffer RunLength(Bytes data, uint8_t escape) {
-  Buffer out = {1};
-  tvb::AppendRunLength(out, data, escape);
-  return out;
+Buffer RunLength(const Buffer &data, int escape) {
+  return EncodeBlock(data, BlockChoice::With(Encoding::kRunLength, escape));
 }
 
-Buffer Nibble(Bytes data, size_t nibbles) {
-  Buffer out = {2};
-  tvb::AppendNibble(out, data, nibbles);
-  return out;
+Buffer Nibble(const Buffer &data, int64_t nibbles) {
+  return EncodeBlock(data, BlockChoice::With(Encoding::kNibble, nibbles));
 }
 
-Buffer BitCoding(Bytes data, uint8_t symbol) {
-  Buffer out = {3};
-  tvb::AppendBitCoding(out, data, symbol);
-  return out;
+Buffer BitCoding(const Buffer &data, int symbol) {
+  return EncodeBlock(data, BlockChoice::With(Encoding::kBitCoding, symbol));
+}
+
+// The parameter that an encoding chooses by itself.
+int64_t Chosen(const Buffer &data, Encoding encoding) {
+  const Buffer block = EncodeBlock(data, BlockChoice::As(encoding));
+  return tvb::Cursor(block, 1).Number().value;
+}
+
+bool IsPattern(const Buffer &data, int64_t nibbles) {
+  try {
+    Nibble(data, nibbles);
+    return true;
+  } catch (const tvb::Error &) {
+    return false;
+  }
 }
 
 TEST(TvbNumber, IsSevenBitsAByteLowestFirst) {
@@ -61,7 +66,7 @@ TEST(TvbNumber, IsSevenBitsAByteLowestFirst) {
 }
 
 TEST(TvbBlock, RawIsTheBytesAfterTheModeByte) {
-  EXPECT_EQ(EncodeBlock({0x12, 0x34, 0x56}, BlockChoice::As(Encoding::kRaw)),
+  EXPECT_EQ(EncodeBlock(Buffer{0x12, 0x34, 0x56}, BlockChoice::As(Encoding::kRaw)),
             Buffer({0x00, 0x12, 0x34, 0x56}));
   EXPECT_EQ(EncodeBlock({}, BlockChoice::As(Encoding::kRaw)), Buffer({0x00}));
 }
@@ -79,12 +84,12 @@ TEST(TvbBlock, RunLengthStoresRunsOfTheEscapeByte) {
 
 TEST(TvbBlock, TheEscapeByteIsTheOneThatSavesMost) {
   Buffer data = {1, 1, 1, 2, 2, 2, 2, 2, 3, 1, 1, 1};
-  EXPECT_EQ(tvb::BestEscapeByte(data), 2);
-  EXPECT_EQ(tvb::BestEscapeByte({9, 9, 9, 9, 9, 0, 0, 0, 0, 0}), 0);
+  EXPECT_EQ(Chosen(data, Encoding::kRunLength), 2);
+  EXPECT_EQ(Chosen({9, 9, 9, 9, 9, 0, 0, 0, 0, 0}, Encoding::kRunLength), 0);
   for (const tvb_data::Sample &sample : tvb_data::Samples(600)) {
-    size_t best = RunLength(sample.bytes, tvb::BestEscapeByte(sample.bytes)).size();
+    size_t best = EncodeBlock(sample.bytes, BlockChoice::As(Encoding::kRunLength)).size();
     for (int escape = 0; escape < 256; ++escape) {
-      EXPECT_LE(best, RunLength(sample.bytes, static_cast<uint8_t>(escape)).size()) << sample.name;
+      EXPECT_LE(best, RunLength(sample.bytes, escape).size()) << sample.name;
     }
   }
 }
@@ -99,27 +104,27 @@ TEST(TvbBlock, NibblesRepeatAPatternOfEvenOrOddLength) {
 
 TEST(TvbBlock, APatternThatDoesNotFillTheBlockIsRefused) {
   const Buffer five = {0x12, 0x34, 0x12, 0x34, 0x12};
-  EXPECT_FALSE(tvb::IsNibblePattern(five, 4));
   EXPECT_THROW(Nibble(five, 4), tvb::Error);
   EXPECT_THROW(Nibble({0x12, 0x31, 0x23, 0x12}, 3), tvb::Error);
   EXPECT_THROW(Nibble(five, 0), tvb::Error);
   EXPECT_THROW(Nibble({}, 1), tvb::Error);
-  EXPECT_TRUE(tvb::IsNibblePattern(five, 10));
+  EXPECT_THROW(Nibble(five, -1), tvb::Error);
+  EXPECT_EQ(Nibble(five, 10), Buffer({0x02, 0x0A, 0x12, 0x34, 0x12, 0x34, 0x12}));
 }
 
 TEST(TvbBlock, TheShortestPatternIsFound) {
-  EXPECT_EQ(tvb::ShortestNibblePattern({}), 0u);
-  EXPECT_EQ(tvb::ShortestNibblePattern({0x55, 0x55}), 1u);
-  EXPECT_EQ(tvb::ShortestNibblePattern({0x5A, 0x5A}), 2u);
-  EXPECT_EQ(tvb::ShortestNibblePattern({0x12, 0x31, 0x23}), 3u);
-  EXPECT_EQ(tvb::ShortestNibblePattern({0x12, 0x34, 0x12, 0x34, 0x12}), 10u);
+  EXPECT_EQ(Chosen({}, Encoding::kNibble), 0);
+  EXPECT_EQ(Chosen({0x55, 0x55}, Encoding::kNibble), 1);
+  EXPECT_EQ(Chosen({0x5A, 0x5A}, Encoding::kNibble), 2);
+  EXPECT_EQ(Chosen({0x12, 0x31, 0x23}, Encoding::kNibble), 3);
+  EXPECT_EQ(Chosen({0x12, 0x34, 0x12, 0x34, 0x12}, Encoding::kNibble), 10);
   for (size_t size : {1, 2, 6, 15, 30, 63, 120}) {
     for (const tvb_data::Sample &sample : tvb_data::Samples(size)) {
-      size_t shortest = 1;
-      while (!tvb::IsNibblePattern(sample.bytes, shortest)) {
+      int64_t shortest = 1;
+      while (!IsPattern(sample.bytes, shortest)) {
         ++shortest;
       }
-      EXPECT_EQ(tvb::ShortestNibblePattern(sample.bytes), shortest) << sample.name << " " << size;
+      EXPECT_EQ(Chosen(sample.bytes, Encoding::kNibble), shortest) << sample.name << " " << size;
     }
   }
 }
@@ -133,15 +138,15 @@ TEST(TvbBlock, BitCodingTakesOneBitForTheSymbolAndNineForOthers) {
 }
 
 TEST(TvbBlock, TheSymbolIsTheMostFrequentByte) {
-  EXPECT_EQ(tvb::BestSymbol({1, 2, 3, 2, 1, 2}), 2);
-  EXPECT_EQ(tvb::BestSymbol({7, 3}), 3);
-  EXPECT_EQ(EncodeBlock({1, 2, 2}, BlockChoice::As(Encoding::kBitCoding)),
+  EXPECT_EQ(Chosen({1, 2, 3, 2, 1, 2}, Encoding::kBitCoding), 2);
+  EXPECT_EQ(Chosen({7, 3}, Encoding::kBitCoding), 3);
+  EXPECT_EQ(EncodeBlock(Buffer{1, 2, 2}, BlockChoice::As(Encoding::kBitCoding)),
             Buffer({0x03, 0x02, 0x80, 0x80}));
 }
 
 TEST(TvbBlock, TheSmallestIsTakenAndRawWhereNoneIsSmaller) {
   EXPECT_EQ(EncodeBlock({}), Buffer({0x00}));
-  EXPECT_EQ(EncodeBlock({0x60}), Buffer({0x00, 0x60}));
+  EXPECT_EQ(EncodeBlock(Buffer{0x60}), Buffer({0x00, 0x60}));
   EXPECT_EQ(EncodeBlock(Buffer(3, 0xFF)), Buffer({0x02, 0x01, 0xF0}));
   EXPECT_EQ(EncodeBlock(tvb_data::Random(64, 1))[0], 0);
   Buffer runs = {1, 2, 3, 4};
@@ -158,14 +163,13 @@ TEST(TvbBlock, NoForcedEncodingIsSmallerThanTheSmallest) {
     for (const tvb_data::Sample &sample : tvb_data::Samples(size)) {
       size_t smallest = EncodeBlock(sample.bytes).size();
       EXPECT_LE(smallest, 1 + size);
-      for (int mode = 0; mode <= 4; ++mode) {
-        BlockChoice choice = BlockChoice::As(static_cast<Encoding>(mode));
-        Buffer block = EncodeBlock(sample.bytes, choice);
-        EXPECT_EQ(block[0], mode);
-        EXPECT_LE(smallest, block.size()) << sample.name << " " << size << " mode " << mode;
+      for (const tvb::EncodingRow &row : tvb::Encodings()) {
+        Buffer block = EncodeBlock(sample.bytes, BlockChoice::As(row.encoding));
+        EXPECT_EQ(block[0], static_cast<int>(row.encoding));
+        EXPECT_LE(smallest, block.size()) << sample.name << " " << size << " " << row.name;
       }
       for (int k = 0; k <= 3; ++k) {
-        Buffer block = EncodeBlock(sample.bytes, BlockChoice::Lzw(k));
+        Buffer block = EncodeBlock(sample.bytes, BlockChoice::With(Encoding::kLzw, k));
         EXPECT_EQ(block[0], 4);
         EXPECT_EQ(block[1], k);
         EXPECT_LE(smallest, block.size()) << sample.name << " " << size << " k " << k;
@@ -175,20 +179,25 @@ TEST(TvbBlock, NoForcedEncodingIsSmallerThanTheSmallest) {
 }
 
 TEST(TvbBlock, BadChoicesAreRefused) {
-  EXPECT_THROW(EncodeBlock({1}, BlockChoice::Lzw(4)), tvb::Error);
-  EXPECT_THROW(EncodeBlock({1}, BlockChoice::Lzw(-1)), tvb::Error);
-  EXPECT_THROW(EncodeBlock({1}, BlockChoice{Encoding::kRaw, 1}), tvb::Error);
-  EXPECT_THROW(EncodeBlock({1}, BlockChoice{std::nullopt, 1}), tvb::Error);
+  const Buffer one = {1};
+  EXPECT_THROW(EncodeBlock(one, BlockChoice::With(Encoding::kLzw, 4)), tvb::Error);
+  EXPECT_THROW(EncodeBlock(one, BlockChoice::With(Encoding::kLzw, -1)), tvb::Error);
+  EXPECT_THROW(EncodeBlock(one, BlockChoice::With(Encoding::kRaw, 1)), tvb::Error);
+  EXPECT_THROW(EncodeBlock(one, BlockChoice{std::nullopt, 1}), tvb::Error);
+  EXPECT_THROW(EncodeBlock(one, BlockChoice::As(static_cast<Encoding>(200))), tvb::Error);
+  for (int parameter : {-1, 256}) {
+    EXPECT_THROW(RunLength(one, parameter), tvb::Error);
+    EXPECT_THROW(BitCoding(one, parameter), tvb::Error);
+  }
 }
 
 TEST(TvbBlock, EveryEncodingIsReadBackByASecondReader) {
   for (size_t size : {1, 2, 3, 8, 15, 129, 700, 5000}) {
     for (const tvb_data::Sample &sample : tvb_data::Samples(size)) {
-      for (int mode = 0; mode <= 4; ++mode) {
-        BlockChoice choice = BlockChoice::As(static_cast<Encoding>(mode));
-        tvb_reference::Input in(EncodeBlock(sample.bytes, choice));
-        EXPECT_EQ(tvb_reference::Block(in, size), sample.bytes) << sample.name << " mode " << mode;
-        EXPECT_TRUE(in.AtEnd()) << sample.name << " " << size << " mode " << mode;
+      for (const tvb::EncodingRow &row : tvb::Encodings()) {
+        tvb_reference::Input in(EncodeBlock(sample.bytes, BlockChoice::As(row.encoding)));
+        EXPECT_EQ(tvb_reference::Block(in, size), sample.bytes) << sample.name << " " << row.name;
+        EXPECT_TRUE(in.AtEnd()) << sample.name << " " << size << " " << row.name;
       }
     }
   }

@@ -3,30 +3,38 @@
 // LZW streams: bytes, codes, the counter's wrap and clear codes.
 #include <gtest/gtest.h>
 
+#include "lzw_codes.h"
+#include "tvb/block.h"
 #include "tvb/error.h"
-#include "tvb/lzw.h"
 #include "tvb_data.h"
 #include "tvb_reference.h"
 
 namespace {
 
 using tvb::Buffer;
-using tvb::Bytes;
 using tvb_reference::LzwStream;
 
-Buffer Encode(Bytes data, int k, size_t clear_every = 0) {
+Buffer Encode(const Buffer &data, int k) {
   Buffer out;
-  tvb::AppendLzw(out, data, k, clear_every);
+  tvb::codecs::kLzw.encode(out, data, k);
   return out;
 }
 
-// Takes the stream of `data` apart and checks that it is one of `data` and ends where it should.
-LzwStream Parts(const Buffer &data, int k, size_t clear_every = 0) {
-  tvb_reference::Input in(Encode(data, k, clear_every));
+// Takes a stream of `data` apart and checks that it is one of `data` and ends where it should.
+LzwStream Parts(const Buffer &data, int k, const Buffer &encoded) {
+  tvb_reference::Input in(encoded);
   LzwStream stream = tvb_reference::Lzw(in);
   EXPECT_TRUE(in.AtEnd());
   EXPECT_EQ(stream.data, data) << "k " << k << ", " << data.size() << " bytes";
   return stream;
+}
+
+LzwStream Parts(const Buffer &data, int k) {
+  return Parts(data, k, Encode(data, k));
+}
+
+LzwStream RestartingParts(const Buffer &data, int k, size_t every) {
+  return Parts(data, k, lzw::Restarting(data, static_cast<uint32_t>(k), every));
 }
 
 TEST(TvbLzw, ShortStreams) {
@@ -45,10 +53,19 @@ TEST(TvbLzw, TheStringBeingDefinedIsUsed) {
 }
 
 TEST(TvbLzw, AClearCodeStartsTheDictionaryAfresh) {
-  EXPECT_EQ(Encode({0x41, 0x42}, 0, 1), Buffer({0x00, 0x41, 0xFE, 0x85, 0xFE, 0x03}));
-  EXPECT_EQ(Parts({0x41, 0x42}, 0, 1).codes, std::vector<uint32_t>({0x41, 256, 0x42, 258}));
-  EXPECT_EQ(Parts(Buffer(8, 0x41), 0, 2).codes,
+  EXPECT_EQ(lzw::Restarting({0x41, 0x42}, 0, 1), Buffer({0x00, 0x41, 0xFE, 0x85, 0xFE, 0x03}));
+  EXPECT_EQ(RestartingParts({0x41, 0x42}, 0, 1).codes,
+            std::vector<uint32_t>({0x41, 256, 0x42, 258}));
+  EXPECT_EQ(RestartingParts(Buffer(8, 0x41), 0, 2).codes,
             std::vector<uint32_t>({0x41, 257, 256, 0x41, 257, 256, 0x41, 0x41, 259}));
+}
+
+TEST(TvbLzw, TheStreamWithoutRestartsIsTheEncoders) {
+  for (size_t size : {0, 1, 2, 300, 5000}) {
+    for (const tvb_data::Sample &sample : tvb_data::Samples(size)) {
+      EXPECT_EQ(Encode(sample.bytes, 1), lzw::Restarting(sample.bytes, 1, 0)) << sample.name;
+    }
+  }
 }
 
 TEST(TvbLzw, ThreeHundredBytesWrapTheSmallestDictionaryOnce) {
@@ -102,8 +119,8 @@ TEST(TvbLzw, ClearsAndWrapsMix) {
   for (int k = 0; k <= 3; ++k) {
     const size_t codes_to_wrap = (512u << k) - 257;
     for (size_t clear_every : {size_t{3}, codes_to_wrap - 1, codes_to_wrap, codes_to_wrap + 1}) {
-      Parts(tvb_data::WithoutPairs(3 * codes_to_wrap + 2), k, clear_every);
-      Parts(tvb_data::TextLike(60000, 9), k, clear_every);
+      RestartingParts(tvb_data::WithoutPairs(3 * codes_to_wrap + 2), k, clear_every);
+      RestartingParts(tvb_data::TextLike(60000, 9), k, clear_every);
     }
   }
 }
@@ -111,7 +128,7 @@ TEST(TvbLzw, ClearsAndWrapsMix) {
 TEST(TvbLzw, OtherDictionarySizesAreRefusedAndNothingIsWritten) {
   for (int k : {-1, 4, 100}) {
     Buffer out = {0x55};
-    EXPECT_THROW(tvb::AppendLzw(out, {1, 2, 3}, k), tvb::Error);
+    EXPECT_THROW(tvb::codecs::kLzw.encode(out, Buffer{1, 2, 3}, k), tvb::Error);
     EXPECT_EQ(out, Buffer({0x55}));
   }
 }

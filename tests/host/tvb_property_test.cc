@@ -4,12 +4,10 @@
 #include <memory>
 
 #include "host.h"
+#include "lzw_codes.h"
 #include "shim.h"
-#include "tvb/bit_coding.h"
-#include "tvb/lzw.h"
-#include "tvb/nibble.h"
+#include "tvb/block.h"
 #include "tvb/number.h"
-#include "tvb/run_length.h"
 #include "tvb/run_test.h"
 #include "tvb/writer.h"
 #include "tvb_data.h"
@@ -71,10 +69,11 @@ TEST_F(TvbProperty, Raw) {
 
 TEST_F(TvbProperty, RunLengthOfTheBestAndOfAnyEscapeByte) {
   ForEachSample([&](const tvb_data::Sample &s) {
-    for (int escape : {static_cast<int>(tvb::BestEscapeByte(s.bytes)), 0x00, 0x55, 0x80, 0xFF}) {
-      Buffer block = {1};
-      tvb::AppendRunLength(block, s.bytes, static_cast<uint8_t>(escape));
-      ExpectDecoded(block, s.bytes, s.name + ", escape " + std::to_string(escape));
+    ExpectDecoded(tvb::EncodeBlock(s.bytes, BlockChoice::As(Encoding::kRunLength)), s.bytes,
+                  s.name);
+    for (int escape : {0x00, 0x55, 0x80, 0xFF}) {
+      ExpectDecoded(tvb::EncodeBlock(s.bytes, BlockChoice::With(Encoding::kRunLength, escape)),
+                    s.bytes, s.name + ", escape " + std::to_string(escape));
     }
   });
 }
@@ -83,12 +82,14 @@ TEST_F(TvbProperty, NibblePatternsOfEveryLengthThatIsOne) {
   size_t odd = 0;
   size_t even = 0;
   ForEachSample([&](const tvb_data::Sample &s) {
-    size_t shortest = tvb::ShortestNibblePattern(s.bytes);
+    const Buffer smallest = tvb::EncodeBlock(s.bytes, BlockChoice::As(Encoding::kNibble));
+    const size_t shortest = static_cast<size_t>(tvb::Cursor(smallest, 1).Number().value);
     for (size_t nibbles = shortest; nibbles <= 2 * s.bytes.size(); nibbles += shortest) {
       if (nibbles > 0 && 2 * s.bytes.size() % nibbles == 0) {
-        Buffer block = {2};
-        tvb::AppendNibble(block, s.bytes, nibbles);
-        ExpectDecoded(block, s.bytes, s.name + ", nibbles " + std::to_string(nibbles));
+        const BlockChoice choice =
+            BlockChoice::With(Encoding::kNibble, static_cast<int64_t>(nibbles));
+        ExpectDecoded(tvb::EncodeBlock(s.bytes, choice), s.bytes,
+                      s.name + ", nibbles " + std::to_string(nibbles));
         ++(nibbles % 2 != 0 ? odd : even);
       }
       if (shortest == 0) {
@@ -102,10 +103,11 @@ TEST_F(TvbProperty, NibblePatternsOfEveryLengthThatIsOne) {
 
 TEST_F(TvbProperty, BitCodingOfTheBestAndOfAnySymbol) {
   ForEachSample([&](const tvb_data::Sample &s) {
-    for (int symbol : {static_cast<int>(tvb::BestSymbol(s.bytes)), 0x00, 0x55, 0xFF}) {
-      Buffer block = {3};
-      tvb::AppendBitCoding(block, s.bytes, static_cast<uint8_t>(symbol));
-      ExpectDecoded(block, s.bytes, s.name + ", symbol " + std::to_string(symbol));
+    ExpectDecoded(tvb::EncodeBlock(s.bytes, BlockChoice::As(Encoding::kBitCoding)), s.bytes,
+                  s.name);
+    for (int symbol : {0x00, 0x55, 0xFF}) {
+      ExpectDecoded(tvb::EncodeBlock(s.bytes, BlockChoice::With(Encoding::kBitCoding, symbol)),
+                    s.bytes, s.name + ", symbol " + std::to_string(symbol));
     }
   });
 }
@@ -113,7 +115,7 @@ TEST_F(TvbProperty, BitCodingOfTheBestAndOfAnySymbol) {
 TEST_F(TvbProperty, LzwWithEveryDictionary) {
   ForEachSample([&](const tvb_data::Sample &s) {
     for (int k = 0; k <= 3; ++k) {
-      ExpectDecoded(tvb::EncodeBlock(s.bytes, BlockChoice::Lzw(k)), s.bytes,
+      ExpectDecoded(tvb::EncodeBlock(s.bytes, BlockChoice::With(Encoding::kLzw, k)), s.bytes,
                     s.name + ", k " + std::to_string(k));
     }
   });
@@ -124,7 +126,7 @@ TEST_F(TvbProperty, LzwWithClearCodes) {
     for (int k = 0; k <= 3; ++k) {
       for (size_t clear_every : {1, 2, 100, 254, 255, 256, 1000}) {
         Buffer block = {4};
-        tvb::AppendLzw(block, s.bytes, k, clear_every);
+        tvb::Append(block, lzw::Restarting(s.bytes, static_cast<uint32_t>(k), clear_every));
         ExpectDecoded(block, s.bytes,
                       s.name + ", k " + std::to_string(k) + ", " + std::to_string(clear_every));
       }
@@ -139,7 +141,8 @@ TEST_F(TvbProperty, LzwAroundTheWrapsOfEveryDictionary) {
     for (size_t wraps : {1, 2, 5}) {
       for (size_t size = wraps * codes_to_wrap - 3; size <= wraps * codes_to_wrap + 3; ++size) {
         Buffer data = tvb_data::WithoutPairs(size);
-        ExpectDecoded(tvb::EncodeBlock(data, BlockChoice::Lzw(k)), data, "k " + std::to_string(k));
+        ExpectDecoded(tvb::EncodeBlock(data, BlockChoice::With(Encoding::kLzw, k)), data,
+                      "k " + std::to_string(k));
       }
     }
   }
@@ -148,7 +151,7 @@ TEST_F(TvbProperty, LzwAroundTheWrapsOfEveryDictionary) {
 TEST_F(TvbProperty, LzwThroughManyWrapsOfEveryDictionary) {
   for (const tvb_data::Sample &s : tvb_data::Samples(120000)) {
     for (int k = 0; k <= 3; ++k) {
-      ExpectDecoded(tvb::EncodeBlock(s.bytes, BlockChoice::Lzw(k)), s.bytes,
+      ExpectDecoded(tvb::EncodeBlock(s.bytes, BlockChoice::With(Encoding::kLzw, k)), s.bytes,
                     s.name + ", k " + std::to_string(k));
     }
   }
@@ -159,7 +162,8 @@ TEST_F(TvbProperty, RandomBlocksOfRandomKinds) {
   for (int round = 0; round < 2000; ++round) {
     std::vector<tvb_data::Sample> samples = tvb_data::Samples(random() % 700);
     const Buffer &data = samples[random() % samples.size()].bytes;
-    BlockChoice choice = BlockChoice::As(static_cast<Encoding>(random() % 5));
+    BlockChoice choice =
+        BlockChoice::As(tvb::Encodings()[random() % tvb::Encodings().size()].encoding);
     ExpectDecoded(tvb::EncodeBlock(data, choice), data, "round " + std::to_string(round));
   }
 }

@@ -4,8 +4,8 @@
 // right.
 #include <gtest/gtest.h>
 
-#include "tvb/block_reader.h"
-#include "tvb/lzw.h"
+#include "lzw_codes.h"
+#include "tvb/block.h"
 #include "tvb_data.h"
 
 namespace {
@@ -130,15 +130,15 @@ class TvbReadBlockEncodings : public ::testing::TestWithParam<size_t> {};
 
 TEST_P(TvbReadBlockEncodings, DecodeWhatTheWriterEncodes) {
   for (const tvb_data::Sample &sample : tvb_data::Samples(GetParam())) {
-    for (int mode = 0; mode <= 4; ++mode) {
-      SCOPED_TRACE(sample.name + ", mode " + std::to_string(mode));
-      ExpectDecodes(
-          tvb::EncodeBlock(sample.bytes, tvb::BlockChoice::As(static_cast<tvb::Encoding>(mode))),
-          sample.bytes);
+    for (const tvb::EncodingRow &row : tvb::Encodings()) {
+      SCOPED_TRACE(sample.name + ", " + row.name);
+      ExpectDecodes(tvb::EncodeBlock(sample.bytes, tvb::BlockChoice::As(row.encoding)),
+                    sample.bytes);
     }
     for (int k = 0; k <= 3; ++k) {
       SCOPED_TRACE(sample.name + ", k " + std::to_string(k));
-      ExpectDecodes(tvb::EncodeBlock(sample.bytes, tvb::BlockChoice::Lzw(k)), sample.bytes);
+      ExpectDecodes(tvb::EncodeBlock(sample.bytes, tvb::BlockChoice::With(tvb::Encoding::kLzw, k)),
+                    sample.bytes);
     }
   }
 }
@@ -150,16 +150,15 @@ TEST(TvbReadBlock, LzwStreamsWithRestartsDecode) {
   const Buffer data = tvb_data::TextLike(5000, 3);
   for (size_t every : {1, 2, 255, 300, 1000}) {
     Buffer block = {4};
-    tvb::AppendLzw(block, data, 1, every);
+    tvb::Append(block, lzw::Restarting(data, 1, every));
     ExpectDecodes(block, data);
   }
 }
 
 TEST(TvbReadBlock, EveryPrefixOfABlockIsCutOff) {
   const Buffer data = tvb_data::Sparse(300, 0x00, 5, 1);
-  for (int mode = 0; mode <= 4; ++mode) {
-    const Buffer block =
-        tvb::EncodeBlock(data, tvb::BlockChoice::As(static_cast<tvb::Encoding>(mode)));
+  for (const tvb::EncodingRow &row : tvb::Encodings()) {
+    const Buffer block = tvb::EncodeBlock(data, tvb::BlockChoice::As(row.encoding));
     for (size_t size = 0; size < block.size(); ++size) {
       ExpectFault(Buffer(block.begin(), block.begin() + static_cast<long>(size)), data.size(),
                   "the image ends inside");

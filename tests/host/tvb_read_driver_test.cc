@@ -5,7 +5,7 @@
 #include <random>
 
 #include "session.h"
-#include "tvb/block_reader.h"
+#include "tvb/block.h"
 #include "tvb_data.h"
 
 namespace {
@@ -70,7 +70,7 @@ TEST_F(TvbReadDriver, OnNoise) {
 TEST_F(TvbReadDriver, OnMutatedBlocks) {
   for (int i = 0; i < 4000; ++i) {
     const Buffer data = tvb_data::Runs(1 + random_() % 700, 9, random_());
-    const auto encoding = static_cast<tvb::Encoding>(random_() % 5);
+    const auto encoding = tvb::Encodings()[random_() % tvb::Encodings().size()].encoding;
     Buffer image = tvb::EncodeBlock(data, tvb::BlockChoice::As(encoding));
     image[1 + random_() % (image.size() - 1)] ^= static_cast<uint8_t>(1u << random_() % 8);
     image.resize(image.size() + random_() % 20, 0x5E);

@@ -95,7 +95,7 @@ TEST(TvbRecord, ShiftsTakeTheEncodingInForce) {
   EXPECT_EQ(Records([](Writer &w) {
               w.Encode(BlockChoice::As(Encoding::kRunLength));
               w.Sdr(24, {0xAA, 0xAA, 0xAA});
-              w.Encode(BlockChoice::Lzw(2));
+              w.Encode(BlockChoice::With(Encoding::kLzw, 2));
               w.Sdr(8, {0x41});
               w.Encode(BlockChoice::Smallest());
               w.Sdr(8, {0x41});

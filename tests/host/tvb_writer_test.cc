@@ -88,7 +88,7 @@ TEST(TvbWriter, FrequenciesAreOf31Bits) {
 
 TEST(TvbWriter, ABadEncodingIsRefusedAtOnce) {
   Writer w;
-  ExpectRefused(w, "0 to 3", [&] { w.Encode(tvb::BlockChoice::Lzw(4)); });
+  ExpectRefused(w, "0 to 3", [&] { w.Encode(tvb::BlockChoice::With(tvb::Encoding::kLzw, 4)); });
   w.Sdr(8, {1});
 }
 

@@ -4,7 +4,6 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <cstdio>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,15 +26,8 @@ struct CompileCommand {
   std::string input;
   std::string output;
   std::string chain;
-  std::string encoding;
   bool quiet = false;
   CompileOptions options;
-};
-
-const std::map<std::string, tvb::Encoding> kEncodings = {
-    {"raw", tvb::Encoding::kRaw},       {"run-length", tvb::Encoding::kRunLength},
-    {"nibble", tvb::Encoding::kNibble}, {"bit-coding", tvb::Encoding::kBitCoding},
-    {"lzw", tvb::Encoding::kLzw},
 };
 
 std::string PercentText(uint64_t part, uint64_t whole) {
@@ -131,10 +123,24 @@ std::string CheckPlace(const std::string &text) {
                                 text + "'";
 }
 
-std::string CheckEncoding(const std::string &name) {
-  return kEncodings.count(name) != 0 ? ""
-                                     : "there is no encoding '" + name +
-                                           "'; take raw, run-length, nibble, bit-coding or lzw";
+// "raw, run-length, ... or lzw".
+std::string EncodingNames() {
+  std::string names;
+  for (const tvb::EncodingRow &row : tvb::Encodings()) {
+    const bool last = &row == &tvb::Encodings().back();
+    names += (names.empty() ? "" : last ? " or " : ", ") + std::string(row.name);
+  }
+  return names;
+}
+
+// The mode byte of the encoding of that name.
+std::string EncodingMode(const std::string &name) {
+  for (const tvb::EncodingRow &row : tvb::Encodings()) {
+    if (name == row.name) {
+      return std::to_string(static_cast<int>(row.encoding));
+    }
+  }
+  throw CLI::ValidationError("there is no encoding '" + name + "'; take " + EncodingNames());
 }
 
 std::string CheckNanoseconds(const std::string &text) {
@@ -150,9 +156,6 @@ void TakeOptions(CompileCommand &command) {
   if (!command.chain.empty()) {
     command.options.chain = ParsePlace(command.chain);
   }
-  if (!command.encoding.empty()) {
-    command.options.blocks = tvb::BlockChoice::As(kEncodings.at(command.encoding));
-  }
 }
 
 void AddOptions(CLI::App &app, CompileCommand &command) {
@@ -167,11 +170,11 @@ void AddOptions(CLI::App &app, CompileCommand &command) {
       ->type_name("BEFORE,AFTER");
   app.add_flag("--pause-as-idle", command.options.pause_as_idle,
                "Take Run-Test/Idle for every pause, and say each time what that changes");
-  auto *encoding = app.add_option("--encoding", command.encoding,
-                                  "Encode all blocks so: raw, run-length, nibble, bit-coding or "
-                                  "lzw; otherwise each as is smallest")
-                       ->type_name("NAME")
-                       ->check(CheckEncoding);
+  auto *encoding =
+      app.add_option("--encoding", command.options.blocks.encoding,
+                     "Encode all blocks so: " + EncodingNames() + "; otherwise each as is smallest")
+          ->type_name("NAME")
+          ->transform(EncodingMode);
   app.add_flag("--no-compress", command.options.plain,
                "Store all blocks as they are, without a byte that names an encoding (header byte "
                "0xF2)")

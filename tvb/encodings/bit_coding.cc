@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// One-symbol bit coding: one bit for the block's most frequent byte, nine for any other. The
+// payload is the symbol, which is the parameter, then bits, most significant bit of each byte
+// first: 0 for the symbol, 1 and eight bits, most significant first, for another byte. The bits
+// left over in the last byte are 0.
+#include <algorithm>
+#include <array>
+
+#include "tvb/block.h"
+#include "tvb/text.h"
+
+namespace tvb {
+namespace {
+
+// Gathers bits, most significant first, into bytes.
+class BitPacker {
+ public:
+  explicit BitPacker(Buffer &out) : out_(out) {}
+
+  // The low `count` bits of `bits`, highest of them first; at most 9 at a time.
+  void Put(uint32_t bits, int count) {
+    held_ = held_ << count | bits;
+    held_count_ += count;
+    while (held_count_ >= 8) {
+      held_count_ -= 8;
+      out_.push_back(static_cast<uint8_t>(held_ >> held_count_));
+    }
+  }
+
+  void Flush() {
+    if (held_count_ > 0) {
+      Put(0, 8 - held_count_);
+    }
+  }
+
+ private:
+  Buffer &out_;
+  uint32_t held_ = 0;
+  int held_count_ = 0;
+};
+
+// Takes bits from the image, each byte from its highest bit down.
+class BitReader {
+ public:
+  explicit BitReader(Cursor &cursor) : cursor_(cursor) {}
+
+  uint8_t Bit() {
+    if (left_ == 0) {
+      byte_ = cursor_.Byte();
+      left_ = 8;
+    }
+    --left_;
+    return byte_ >> left_ & 1;
+  }
+
+  uint8_t Literal() {
+    uint8_t literal = 0;
+    for (int i = 0; i < 8; ++i) {
+      literal = static_cast<uint8_t>(literal << 1 | Bit());
+    }
+    return literal;
+  }
+
+ private:
+  Cursor &cursor_;
+  uint8_t byte_ = 0;
+  int left_ = 0;
+};
+
+// The most frequent byte, the lowest of several.
+uint8_t BestSymbol(Bytes data) {
+  std::array<size_t, 256> seen{};
+  for (uint8_t byte : data) {
+    ++seen[byte];
+  }
+  return static_cast<uint8_t>(std::max_element(seen.begin(), seen.end()) - seen.begin());
+}
+
+void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
+  const uint8_t symbol = parameter ? ByteParameter(*parameter) : BestSymbol(data);
+  out.push_back(symbol);
+  BitPacker packer(out);
+  for (uint8_t byte : data) {
+    if (byte == symbol) {
+      packer.Put(0, 1);
+    } else {
+      packer.Put(0x100u | byte, 9);
+    }
+  }
+  packer.Flush();
+}
+
+void Decode(Cursor &cursor, Decoded &decoded, BlockView &block) {
+  uint8_t symbol = cursor.Byte();
+  block.parameter = symbol;
+  BitReader bits(cursor);
+  while (!decoded.full()) {
+    uint8_t byte = bits.Bit() ? bits.Literal() : symbol;
+    if (cursor.past_end()) {
+      return;
+    }
+    decoded.Put(byte);
+  }
+}
+
+std::string SymbolText(uint64_t symbol) {
+  return "symbol " + Hex(symbol);
+}
+
+}  // namespace
+
+const Codec codecs::kBitCoding = {
+    .encode = Encode,
+    .decode = Decode,
+    .min_size = 2,
+    .parameter_name = "symbol",
+    .parameter_text = SymbolText,
+};
+
+}  // namespace tvb

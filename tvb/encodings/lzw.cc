@@ -1,0 +1,339 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// LZW with one end code that moves. The payload is a byte k, the parameter, then codes: 0 to 255
+// are bytes, 256 restarts the dictionary, 257 and up are strings, and the value of the code counter
+// itself ends the stream. The dictionary holds 512 << k codes.
+//
+// The counter starts at 257 and goes up by one with every data code. When it would reach the size
+// of the dictionary it goes back to 257 of itself, with no code in the stream, and the dictionary
+// starts afresh. A code is one of the values 0 to the counter, in truncated binary: w bits where
+// the value is below (2 << w) - counter - 1 and w + 1 bits above, w being 8, 9, 10 or 11 for a
+// counter below 512, 1024, 2048 or above. Bits fill each byte from its lowest bit up; the unused
+// bits of the last byte are 0.
+#include <algorithm>
+#include <vector>
+
+#include "tvb/block.h"
+#include "tvb/error.h"
+#include "tvb/text.h"
+
+namespace tvb {
+namespace {
+
+constexpr uint32_t kClear = 256;
+constexpr uint32_t kFirstString = 257;
+constexpr int kMaxK = 3;
+
+// The code counter and what it means for the next code; both directions step it alike.
+class CodeCounter {
+ public:
+  explicit CodeCounter(int k) : codes_(512u << k) {}
+
+  uint32_t codes() const {
+    return codes_;
+  }
+  uint32_t next() const {
+    return next_;
+  }
+  // No string has a code: at the start, and after a clear or a wrap.
+  bool fresh() const {
+    return next_ == kFirstString;
+  }
+
+  // Of the next code: its bits, or one more if it is not below the threshold.
+  int Width() const {
+    return next_ < 512 ? 8 : next_ < 1024 ? 9 : next_ < 2048 ? 10 : 11;
+  }
+  uint32_t Threshold() const {
+    return (2u << Width()) - next_ - 1;
+  }
+
+  // After a data code.
+  void Step() {
+    next_ = next_ + 1 == codes_ ? kFirstString : next_ + 1;
+  }
+  void Clear() {
+    next_ = kFirstString;
+  }
+
+ private:
+  uint32_t codes_;
+  uint32_t next_ = kFirstString;
+};
+
+// The encoder's dictionary: the strings that have a code, each by (code of all but its last byte,
+// last byte). An open hash table at most half full: a slot holds prefix, byte and code in 12, 8 and
+// 12 bits, 0 being free.
+class Codes {
+ public:
+  explicit Codes(uint32_t codes) : slots_(2 * codes, 0) {}
+
+  void Restart() {
+    std::fill(slots_.begin(), slots_.end(), 0);
+  }
+
+  // The code of the string, or 0 if it has none.
+  uint32_t Find(uint32_t prefix, uint8_t byte) const {
+    return slots_[SlotOf(prefix, byte)] & 0xFFF;
+  }
+
+  void Add(uint32_t prefix, uint8_t byte, uint32_t code) {
+    slots_[SlotOf(prefix, byte)] = Key(prefix, byte) << 12 | code;
+  }
+
+ private:
+  static uint32_t Key(uint32_t prefix, uint8_t byte) {
+    return prefix << 8 | byte;
+  }
+
+  // Where the string is, or the free slot where it would go.
+  size_t SlotOf(uint32_t prefix, uint8_t byte) const {
+    uint32_t key = Key(prefix, byte);
+    size_t last = slots_.size() - 1;
+    size_t slot = (key * 2654435761u >> 12) & last;
+    while (slots_[slot] != 0 && slots_[slot] >> 12 != key) {
+      slot = (slot + 1) & last;
+    }
+    return slot;
+  }
+
+  std::vector<uint32_t> slots_;
+};
+
+class CodeWriter {
+ public:
+  CodeWriter(Buffer &out, int k) : out_(out), counter_(k) {}
+
+  const CodeCounter &counter() const {
+    return counter_;
+  }
+
+  void PutData(uint32_t code) {
+    Put(code);
+    counter_.Step();
+  }
+
+  void PutEnd() {
+    Put(counter_.next());
+    if (held_count_ > 0) {
+      PutBits(0, 8 - held_count_);
+    }
+  }
+
+ private:
+  void Put(uint32_t code) {
+    int width = counter_.Width();
+    uint32_t threshold = counter_.Threshold();
+    if (code < threshold) {
+      PutBits(code, width);
+      return;
+    }
+    uint32_t value = code + threshold;
+    PutBits(value >> 1, width);
+    PutBits(value & 1, 1);
+  }
+
+  // Lowest bit first, into each byte from its lowest bit up.
+  void PutBits(uint32_t bits, int count) {
+    held_ |= bits << held_count_;
+    held_count_ += count;
+    while (held_count_ >= 8) {
+      out_.push_back(static_cast<uint8_t>(held_));
+      held_ >>= 8;
+      held_count_ -= 8;
+    }
+  }
+
+  Buffer &out_;
+  CodeCounter counter_;
+  uint32_t held_ = 0;
+  int held_count_ = 0;
+};
+
+// Matches the data against the dictionary, always taking the longest string that has a code.
+class Encoder {
+ public:
+  Encoder(Buffer &out, int k) : writer_(out, k), codes_(writer_.counter().codes()) {}
+
+  void Encode(Bytes data) {
+    if (!data.empty()) {
+      uint32_t string = data[0];
+      for (size_t at = 1; at < data.size(); ++at) {
+        string = Extend(string, data[at]);
+      }
+      writer_.PutData(string);
+    }
+    writer_.PutEnd();
+  }
+
+ private:
+  // Takes one more byte: gives the code of the longer string, or writes `string` and starts anew.
+  uint32_t Extend(uint32_t string, uint8_t byte) {
+    if (uint32_t longer = codes_.Find(string, byte)) {
+      return longer;
+    }
+    writer_.PutData(string);
+    // The reader defines this string, as the code below the counter, with the code it reads next.
+    // It defines none for the first code after a wrap.
+    if (writer_.counter().fresh()) {
+      codes_.Restart();
+    } else {
+      codes_.Add(string, byte, writer_.counter().next() - 1);
+    }
+    return byte;
+  }
+
+  CodeWriter writer_;
+  Codes codes_;
+};
+
+Buffer Payload(Bytes data, int k) {
+  Buffer payload = {static_cast<uint8_t>(k)};
+  Encoder(payload, k).Encode(data);
+  return payload;
+}
+
+Buffer SmallestPayload(Bytes data) {
+  Buffer best = Payload(data, 0);
+  for (int k = 1; k <= kMaxK; ++k) {
+    Buffer candidate = Payload(data, k);
+    if (candidate.size() < best.size()) {
+      best = std::move(candidate);
+    }
+  }
+  return best;
+}
+
+void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
+  if (parameter && (*parameter < 0 || *parameter > kMaxK)) {
+    throw Error("an LZW dictionary size is 0 to 3 (512 to 4096 codes), not " +
+                std::to_string(*parameter));
+  }
+  Append(out, parameter ? Payload(data, static_cast<int>(*parameter)) : SmallestPayload(data));
+}
+
+// The decoder's dictionary: each string is a shorter one, or a byte, and one byte more.
+class Strings {
+ public:
+  explicit Strings(uint32_t codes) : entries_(codes) {
+    for (uint32_t code = 0; code < kClear; ++code) {
+      entries_[code] = {0, static_cast<uint8_t>(code), static_cast<uint8_t>(code), 1};
+    }
+  }
+
+  void Define(uint32_t code, uint32_t prefix, uint8_t last) {
+    const Entry &shorter = entries_[prefix];
+    entries_[code] = {static_cast<uint16_t>(prefix), shorter.first, last,
+                      static_cast<uint16_t>(shorter.length + 1)};
+  }
+
+  uint8_t First(uint32_t code) const {
+    return entries_[code].first;
+  }
+
+  // Where nothing is kept it takes no time.
+  void Give(uint32_t code, Decoded &decoded) {
+    size_t length = entries_[code].length;
+    if (!decoded.keeps() || decoded.full()) {
+      decoded.Skip(length);
+      return;
+    }
+    spelled_.resize(length);
+    for (size_t at = length; at-- > 0; code = entries_[code].prefix) {
+      spelled_[at] = entries_[code].last;
+    }
+    decoded.Put(spelled_);
+  }
+
+ private:
+  struct Entry {
+    uint16_t prefix = 0;
+    uint8_t first = 0;
+    uint8_t last = 0;
+    uint16_t length = 0;
+  };
+
+  std::vector<Entry> entries_;
+  Buffer spelled_;
+};
+
+// Takes codes from the image.
+class CodeReader {
+ public:
+  explicit CodeReader(Cursor &cursor) : cursor_(cursor) {}
+
+  // What the code is once the image has ended means nothing.
+  uint32_t Next(const CodeCounter &counter) {
+    uint32_t threshold = counter.Threshold();
+    uint32_t value = Bits(counter.Width());
+    return value < threshold ? value : 2 * value + Bits(1) - threshold;
+  }
+
+ private:
+  uint32_t Bits(int count) {
+    for (; held_count_ < count; held_count_ += 8) {
+      held_ |= static_cast<uint32_t>(cursor_.Byte()) << held_count_;
+    }
+    uint32_t bits = held_ & ((1u << count) - 1);
+    held_ >>= count;
+    held_count_ -= count;
+    return bits;
+  }
+
+  Cursor &cursor_;
+  uint32_t held_ = 0;
+  int held_count_ = 0;
+};
+
+void ReadCodes(Cursor &cursor, Decoded &decoded, int k) {
+  CodeCounter counter(k);
+  CodeReader reader(cursor);
+  Strings strings(counter.codes());
+  uint32_t previous = kClear;
+  for (;;) {
+    uint32_t code = reader.Next(counter);
+    if (cursor.past_end() || code == counter.next()) {
+      return;
+    }
+    if (code == kClear) {
+      counter.Clear();
+    } else {
+      // The first code after a start, a clear or a wrap is a byte and defines no string.
+      if (!counter.fresh()) {
+        uint32_t defined = counter.next() - 1;
+        strings.Define(defined, previous, strings.First(code == defined ? previous : code));
+      }
+      strings.Give(code, decoded);
+      counter.Step();
+    }
+    previous = code;
+  }
+}
+
+// Reads to the end code, however much the stream gives.
+void Decode(Cursor &cursor, Decoded &decoded, BlockView &block) {
+  uint64_t offset = cursor.position();
+  uint8_t k = cursor.Byte();
+  block.parameter = k;
+  if (k > kMaxK) {
+    block.fault = {offset, "LZW dictionary size " + Hex(k) + "; expected 0 to 3"};
+  } else if (!cursor.past_end()) {
+    ReadCodes(cursor, decoded, k);
+  }
+}
+
+std::string SizeText(uint64_t k) {
+  return "k " + std::to_string(k);
+}
+
+}  // namespace
+
+const Codec codecs::kLzw = {
+    .encode = Encode,
+    .decode = Decode,
+    .min_size = 4,
+    .parameter_name = "k",
+    .parameter_text = SizeText,
+};
+
+}  // namespace tvb

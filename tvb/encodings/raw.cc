@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// The bytes as they are.
+#include "tvb/block.h"
+#include "tvb/error.h"
+
+namespace tvb {
+namespace {
+
+void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
+  if (parameter) {
+    throw Error("raw blocks have no parameter; leave it out");
+  }
+  Append(out, data);
+}
+
+void Decode(Cursor &cursor, Decoded &decoded, BlockView &) {
+  decoded.Put(cursor.Slice(decoded.count()));
+}
+
+}  // namespace
+
+const Codec codecs::kRaw = {
+    .encode = Encode,
+    .decode = Decode,
+    .min_size = 1,
+};
+
+}  // namespace tvb
