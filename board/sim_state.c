@@ -36,6 +36,17 @@ struct sim_file {
 	int (*write)(const char *text);
 };
 
+static void show_part_fields(struct seq_file *to, const struct sim_device_config *device)
+{
+	const struct sim_field *field;
+
+	seq_printf(to, ", " SIM_PART_NAME " %ux%u", device->rows, device->row_bits);
+	for (field = sim_fields; field < sim_fields + SIM_FIELD_COUNT; field++) {
+		if (field->place == SIM_IN_PART && field->kind == SIM_NUMBER)
+			seq_printf(to, ", %s %u", field->name, sim_field_value(field, device));
+	}
+}
+
 static void show_chain(struct seq_file *to)
 {
 	const struct sim_device_config *device;
@@ -49,8 +60,7 @@ static void show_chain(struct seq_file *to)
 		else
 			seq_puts(to, " bypass");
 		if (device->rows)
-			seq_printf(to, ", part %ux%u, erase %u, program %u", device->rows,
-				   device->row_bits, device->erase_clocks, device->program_clocks);
+			show_part_fields(to, device);
 		seq_putc(to, '\n');
 	}
 }

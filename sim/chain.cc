@@ -63,9 +63,20 @@ void sim_chain::Settle() {
   }
 }
 
+void sim_chain::ApplyFaults() {
+  const sim::Fault &missing = faults[SIM_FAULT_MISSING];
+  const sim::Fault &dead_row = faults[SIM_FAULT_DEAD_ROW];
+  for (sim_u32 i = 0; i < device_count; ++i) {
+    devices[i].missing = missing.set && missing.first == i + 1;
+    devices[i].part.dead_row =
+        dead_row.set && dead_row.first == i + 1 ? dead_row.second : devices[i].config.rows;
+  }
+  fitted = device_count - (missing.set ? 1 : 0);
+}
+
 bool sim_chain::TdoLevel() const {
-  if (faults.stuck) {
-    return faults.stuck_level;
+  if (faults[SIM_FAULT_TDO_STUCK_0].set || faults[SIM_FAULT_TDO_STUCK_1].set) {
+    return faults[SIM_FAULT_TDO_STUCK_1].set;
   }
   return fitted == 0 ? tdi : tdo;
 }
@@ -109,7 +120,7 @@ void sim_chain::CaptureDr() {
     }
   }
   shifted = 0;
-  ++faults.scans;
+  ++dr_captures;
   ++counters.dr_scans;
   log.Begin(SIM_SCAN_DR);
 }
@@ -140,6 +151,7 @@ void sim_chain::Reset() {
 }
 
 bool sim_chain::FlipNow() const {
-  return faults.flip && state == SIM_SHIFT_DR && faults.scans == faults.flip_scan &&
-         shifted == faults.flip_bit;
+  const sim::Fault &flip = faults[SIM_FAULT_FLIP];
+  return flip.set && state == SIM_SHIFT_DR && dr_captures - flip.since == flip.first &&
+         shifted == flip.second;
 }

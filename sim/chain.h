@@ -9,14 +9,12 @@
 
 namespace sim {
 
-// The faults of the chain as a whole; a dead row and a missing device stand in their device.
-struct Faults {
-  bool stuck;
-  bool stuck_level;
-  bool flip;
-  sim_u32 flip_scan;
-  sim_u32 flip_bit;
-  sim_u64 scans;  // Capture-DR since the flip was set
+// A fault of one kind.
+struct Fault {
+  bool set;
+  sim_u32 first;  // its numbers, see sim_fault_forms
+  sim_u32 second;
+  sim_u64 since;  // what dr_captures was when it was set
 };
 
 }  // namespace sim
@@ -27,9 +25,10 @@ struct sim_chain {
   sim_u32 fitted;  // devices that are not missing
   sim::ShiftRegister shift;
   sim::Log log;
-  sim::Faults faults;
+  sim::Fault faults[SIM_FAULT_KIND_COUNT];
   sim_counters counters;
   sim_u64 idle_clocks;  // clocks that stayed in Run-Test/Idle, since the chain was made
+  sim_u64 dr_captures;  // passages through Capture-DR, since the chain was made
   sim_u64 shifted;      // bits of the scan under way
   sim_state state;
   bool reset_due;  // Test-Logic-Reset was entered and TCK has not fallen since
@@ -49,6 +48,9 @@ struct sim_chain {
 
   // Lets every operation that has had its clocks take.
   void Settle();
+
+  // Tells the devices of faults that have been set or cleared.
+  void ApplyFaults();
 
   // The level of the TDO line.
   bool TdoLevel() const;

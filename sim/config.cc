@@ -1,118 +1,183 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// The words that describe a chain, and the chain of a text.
 #include "config.h"
 
-#include "text.h"
+#include "scanner.h"
+
+namespace {
+
+int IsNotZero(sim_u32 value) {
+  return value != 0;
+}
+
+int SelectsIdcode(sim_u32 value) {
+  return value == SIM_IDCODE_6 || value == SIM_IDCODE_224;
+}
+
+constexpr sim_field_number kNone = SIM_FIELD_COUNT;
+
+#define SIM_OFFSET(member) __builtin_offsetof(sim_device_config, member)
+#define SIM_SIZE_RULE "rows and bits are at least 1"
+#define SIM_SIZE_ADVICE "; leave \"part\" out for a device without a part"
+
+}  // namespace
+
+extern "C" {
+
+constexpr struct sim_field sim_fields[SIM_FIELD_COUNT] = {
+    {"idcode", SIM_IN_DEVICE, SIM_NUMBER, SIM_OFFSET(idcode), 0, IsNotZero, "an IDCODE is not 0",
+     "an IDCODE is not 0; leave it out for a device without one", kNone, nullptr},
+    {"instruction", SIM_IN_DEVICE, SIM_NUMBER, SIM_OFFSET(idcode_instruction), SIM_IDCODE_6,
+     SelectsIdcode, "the instruction is 6 or 224",
+     "the instruction that selects the IDCODE is 6 or 224", SIM_FIELD_IDCODE,
+     "instruction= needs idcode="},
+    {"rows", SIM_SIZE_OF_PART, SIM_NUMBER, SIM_OFFSET(rows), 0, IsNotZero, SIM_SIZE_RULE,
+     SIM_SIZE_RULE SIM_SIZE_ADVICE, kNone, nullptr},
+    {"bits", SIM_SIZE_OF_PART, SIM_NUMBER, SIM_OFFSET(row_bits), 0, IsNotZero, SIM_SIZE_RULE,
+     SIM_SIZE_RULE SIM_SIZE_ADVICE, kNone, nullptr},
+    {"erase", SIM_IN_PART, SIM_NUMBER, SIM_OFFSET(erase_clocks), 100, nullptr, nullptr, nullptr,
+     kNone, "erase= needs part="},
+    {"program", SIM_IN_PART, SIM_NUMBER, SIM_OFFSET(program_clocks), 20, nullptr, nullptr, nullptr,
+     kNone, "program= needs part="},
+    {"blank", SIM_IN_PART, SIM_FLAG, SIM_OFFSET(blank), 0, nullptr, nullptr, nullptr, kNone,
+     "blank needs part="},
+};
+
+constexpr const char *sim_fault_number_names[SIM_FAULT_NUMBER_COUNT] = {"", "scan", "bit", "device",
+                                                                        "row"};
+
+// clang-format off
+constexpr struct sim_fault_form sim_fault_forms[SIM_FAULT_KIND_COUNT] = {
+    {"tdo-stuck-0", {SIM_NO_NUMBER,     SIM_NO_NUMBER},  SIM_FAULT_TDO_STUCK_1},
+    {"tdo-stuck-1", {SIM_NO_NUMBER,     SIM_NO_NUMBER},  SIM_FAULT_TDO_STUCK_0},
+    {"flip",        {SIM_SCAN_NUMBER,   SIM_BIT_NUMBER}, SIM_FAULT_FLIP},
+    {"dead-row",    {SIM_DEVICE_NUMBER, SIM_ROW_NUMBER}, SIM_FAULT_DEAD_ROW},
+    {"missing",     {SIM_DEVICE_NUMBER, SIM_NO_NUMBER},  SIM_FAULT_MISSING},
+};
+// clang-format on
+
+static_assert(sim_fields[SIM_FIELD_COUNT - 1].name != nullptr, "a field has no row");
+static_assert(sim_fault_forms[SIM_FAULT_KIND_COUNT - 1].name != nullptr, "a fault has no row");
+static_assert(sim_fault_number_names[SIM_FAULT_NUMBER_COUNT - 1] != nullptr,
+              "a number has no name");
+
+int sim_field_allows(const struct sim_field *field, sim_u32 value) {
+  return field->allows == nullptr || field->allows(value) != 0;
+}
+
+sim_u32 sim_field_value(const struct sim_field *field, const struct sim_device_config *device) {
+  sim_u32 value;
+  __builtin_memcpy(&value, reinterpret_cast<const char *>(device) + field->offset, sizeof(value));
+  return value;
+}
+
+void sim_field_set(const struct sim_field *field, struct sim_device_config *device, sim_u32 value) {
+  __builtin_memcpy(reinterpret_cast<char *>(device) + field->offset, &value, sizeof(value));
+}
+}
 
 namespace {
 
 using sim::Scanner;
 using sim::Word;
 
-constexpr sim_u32 kEraseClocks = 100;
-constexpr sim_u32 kProgramClocks = 20;
+// The words of a device: its fields but for the size of a part, which one word gives as a whole.
+constexpr sim_u32 kPart = SIM_FIELD_COUNT;
+constexpr sim_u32 kBypass = SIM_FIELD_COUNT + 1;
+constexpr sim_u32 kWordCount = SIM_FIELD_COUNT + 2;
 
-bool ReadIdcode(Scanner &scanner, sim_device_config &device) {
-  const sim_size position = scanner.Position();
-  return scanner.TakeNumber(device.idcode) &&
-         (device.idcode != 0 || scanner.Fail(position, "an IDCODE is not 0"));
-}
+constexpr const char *kEqualsExpected = "'=' is expected";
 
-bool ReadInstruction(Scanner &scanner, sim_device_config &device) {
-  const sim_size position = scanner.Position();
-  if (!scanner.TakeNumber(device.idcode_instruction)) {
-    return false;
+sim_u32 WordNumber(const Word &word) {
+  for (sim_u32 number = 0; number < SIM_FIELD_COUNT; ++number) {
+    if (sim_fields[number].place != SIM_SIZE_OF_PART && word.Is(sim_fields[number].name)) {
+      return number;
+    }
   }
-  return device.idcode_instruction == SIM_IDCODE_6 || device.idcode_instruction == SIM_IDCODE_224 ||
-         scanner.Fail(position, "the instruction is 6 or 224");
-}
-
-bool ReadPart(Scanner &scanner, sim_device_config &device) {
-  const sim_size position = scanner.Position();
-  if (!scanner.TakeNumber(device.rows) ||
-      !scanner.Expect('x', "'x' is expected between rows and bits") ||
-      !scanner.TakeNumber(device.row_bits)) {
-    return false;
+  if (word.Is(SIM_PART_NAME)) {
+    return kPart;
   }
-  return (device.rows != 0 && device.row_bits != 0) ||
-         scanner.Fail(position, "rows and bits are at least 1");
+  return word.Is("bypass") ? kBypass : kWordCount;
 }
-
-bool ReadErase(Scanner &scanner, sim_device_config &device) {
-  return scanner.TakeNumber(device.erase_clocks);
-}
-
-bool ReadProgram(Scanner &scanner, sim_device_config &device) {
-  return scanner.TakeNumber(device.program_clocks);
-}
-
-enum FieldNumber { kBypass, kIdcode, kInstruction, kPart, kErase, kProgram, kBlank, kFieldCount };
-
-struct Field {
-  const char *name;
-  bool (*read)(Scanner &scanner, sim_device_config &device);  // null: a word without a value
-  FieldNumber needs;                                          // itself: none
-  const char *needs_reason;
-};
-
-constexpr Field kFields[kFieldCount] = {
-    {"bypass", nullptr, kBypass, ""},
-    {"idcode", ReadIdcode, kIdcode, ""},
-    {"instruction", ReadInstruction, kIdcode, "instruction= needs idcode="},
-    {"part", ReadPart, kPart, ""},
-    {"erase", ReadErase, kPart, "erase= needs part="},
-    {"program", ReadProgram, kPart, "program= needs part="},
-    {"blank", nullptr, kPart, "blank needs part="},
-};
 
 // What one device's text has given so far.
 struct Given {
-  bool field[kFieldCount];
-  sim_size position[kFieldCount];
+  bool word[kWordCount];
+  sim_size position[kWordCount];
   sim_u32 count;
 };
 
-sim_u32 FieldOf(const Word &word) {
-  sim_u32 number = 0;
-  while (number < kFieldCount && !word.Is(kFields[number].name)) {
-    ++number;
-  }
-  return number;
-}
-
 bool Note(Scanner &scanner, const Word &word, sim_u32 number, Given &given) {
-  if (number == kFieldCount) {
+  if (number == kWordCount) {
     return scanner.Fail(word.position, word.length == 0 ? "a field is expected" : "unknown field");
   }
-  if (given.field[number]) {
+  if (given.word[number]) {
     return scanner.Fail(word.position, "the field is given twice");
   }
-  if (given.field[kBypass] || (number == kBypass && given.count != 0)) {
+  if (given.word[kBypass] || (number == kBypass && given.count != 0)) {
     return scanner.Fail(word.position, "bypass stands by itself");
   }
-  given.field[number] = true;
+  given.word[number] = true;
   given.position[number] = word.position;
   ++given.count;
   return true;
 }
 
-bool ReadField(Scanner &scanner, Given &given, sim_device_config &device) {
-  const Word word = scanner.TakeWord();
-  const sim_u32 number = FieldOf(word);
-  if (!Note(scanner, word, number, given)) {
-    return false;
-  }
-  const Field &field = kFields[number];
-  if (field.read == nullptr) {
-    device.blank = number == kBlank ? 1 : device.blank;
-    return true;
-  }
-  return scanner.Expect('=', "'=' is expected") && field.read(scanner, device);
+bool ReadNumber(Scanner &scanner, const sim_field &field, sim_device_config &device) {
+  sim_u32 value = 0;
+  const bool read = scanner.TakeNumber(value);
+  sim_field_set(&field, &device, value);
+  return read;
 }
 
-bool CheckNeeds(Scanner &scanner, const Given &given) {
-  for (sim_u32 number = 0; number < kFieldCount; ++number) {
-    if (given.field[number] && !given.field[kFields[number].needs]) {
-      return scanner.Fail(given.position[number], kFields[number].needs_reason);
+// The rule of a field whose value stands at `position`.
+bool Check(Scanner &scanner, sim_size position, const sim_field &field,
+           const sim_device_config &device) {
+  return sim_field_allows(&field, sim_field_value(&field, &device)) ||
+         scanner.Fail(position, field.wrong);
+}
+
+bool ReadSize(Scanner &scanner, sim_device_config &device) {
+  const sim_field &rows = sim_fields[SIM_FIELD_ROWS];
+  const sim_field &bits = sim_fields[SIM_FIELD_BITS];
+  const sim_size position = scanner.Position();
+  return ReadNumber(scanner, rows, device) &&
+         scanner.Expect('x', "'x' is expected between rows and bits") &&
+         ReadNumber(scanner, bits, device) && Check(scanner, position, rows, device) &&
+         Check(scanner, position, bits, device);
+}
+
+bool ReadField(Scanner &scanner, const sim_field &field, sim_device_config &device) {
+  if (field.kind == SIM_FLAG) {
+    sim_field_set(&field, &device, 1);
+    return true;
+  }
+  if (!scanner.Expect('=', kEqualsExpected)) {
+    return false;
+  }
+  const sim_size position = scanner.Position();
+  return ReadNumber(scanner, field, device) && Check(scanner, position, field, device);
+}
+
+bool ReadWord(Scanner &scanner, sim_u32 number, sim_device_config &device) {
+  if (number == kPart) {
+    return scanner.Expect('=', kEqualsExpected) && ReadSize(scanner, device);
+  }
+  return number == kBypass || ReadField(scanner, sim_fields[number], device);
+}
+
+// What each field needs, and the values of those that are left out.
+bool Complete(Scanner &scanner, const Given &given, sim_device_config &device) {
+  for (sim_u32 number = 0; number < SIM_FIELD_COUNT; ++number) {
+    const sim_field &field = sim_fields[number];
+    const bool has_place = field.place == SIM_IN_DEVICE || given.word[kPart];
+    const bool has_needs = field.needs == SIM_FIELD_COUNT || given.word[field.needs];
+    if (given.word[number] && !(has_place && has_needs)) {
+      return scanner.Fail(given.position[number], field.lacking);
+    }
+    if (!given.word[number] && has_place && field.place != SIM_SIZE_OF_PART) {
+      sim_field_set(&field, &device, field.absent);
     }
   }
   return true;
@@ -120,18 +185,15 @@ bool CheckNeeds(Scanner &scanner, const Given &given) {
 
 bool ReadDevice(Scanner &scanner, sim_device_config &device) {
   device = sim_device_config{};
-  device.idcode_instruction = SIM_IDCODE_6;
   Given given = {};
   do {
-    if (!ReadField(scanner, given, device)) {
+    const Word word = scanner.TakeWord();
+    const sim_u32 number = WordNumber(word);
+    if (!Note(scanner, word, number, given) || !ReadWord(scanner, number, device)) {
       return false;
     }
   } while (scanner.Accept(','));
-  if (given.field[kPart]) {
-    device.erase_clocks = given.field[kErase] ? device.erase_clocks : kEraseClocks;
-    device.program_clocks = given.field[kProgram] ? device.program_clocks : kProgramClocks;
-  }
-  return CheckNeeds(scanner, given);
+  return Complete(scanner, given, device);
 }
 
 }  // namespace

@@ -1,22 +1,8 @@
 /* SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only */
 /*
- * Chains and faults as text, for a module parameter or a command line.
- *
- * A chain is its devices from the TDI end to the TDO end, separated by ';'; a device is its fields,
- * separated by ','. Blanks around names, numbers and signs are skipped. Numbers are decimal, or
- * hexadecimal after 0x.
- *   bypass            a device with BYPASS alone (stands by itself)
- *   idcode=N          its IDCODE, not 0
- *   instruction=N     the instruction that selects it, 6 (the default) or 224
- *   part=ROWSxBITS    a programmable part of that many rows of that many bits
- *   erase=N           TCK in Run-Test/Idle that an erase needs (default 100)
- *   program=N         the same for a row (default 20)
- *   blank             the memory is erased at first
- * The last three need part=. For example:
- *   idcode=0x0A014C35,part=64x128,erase=1000,program=50; bypass; idcode=0x13,instruction=224
- *
- * Faults are separated by ';' as well:
- *   tdo-stuck-0   tdo-stuck-1   flip=SCAN:BIT   dead-row=DEVICE:ROW   missing=DEVICE
+ * How a chain is described: the words, in two tables, and the text of a module parameter, which is
+ * one grammar over them. Whatever reads or writes descriptions in another grammar goes by the same
+ * tables, so that a field or a fault has one name, one default and one rule everywhere.
  */
 #ifndef SIM_CONFIG_H
 #define SIM_CONFIG_H
@@ -26,6 +12,91 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* ---- the fields of a device; struct sim_device_config says what they mean */
+
+enum sim_field_number {
+  SIM_FIELD_IDCODE,
+  SIM_FIELD_INSTRUCTION,
+  SIM_FIELD_ROWS,
+  SIM_FIELD_BITS,
+  SIM_FIELD_ERASE,
+  SIM_FIELD_PROGRAM,
+  SIM_FIELD_BLANK,
+  SIM_FIELD_COUNT
+};
+
+enum sim_field_place {
+  SIM_IN_DEVICE,   /* the device's own; may be left out */
+  SIM_IN_PART,     /* the part's; may be left out, and is there only with a part */
+  SIM_SIZE_OF_PART /* the part's; every part has it */
+};
+
+enum sim_field_kind { SIM_NUMBER, SIM_FLAG };
+
+struct sim_field {
+  const char *name;
+  enum sim_field_place place;
+  enum sim_field_kind kind;
+  sim_size offset;              /* of its value, a sim_u32, in struct sim_device_config */
+  sim_u32 absent;               /* its value where it is left out */
+  int (*allows)(sim_u32 value); /* whether it may be given that value; null: any */
+  const char *wrong;            /* what it must be, where not every value is allowed */
+  const char *advice;           /* the same in full, with what to do instead */
+  enum sim_field_number needs;  /* is given only with this one; SIM_FIELD_COUNT: with any */
+  const char *lacking;          /* what it needs, where it cannot stand alone */
+};
+
+extern const struct sim_field sim_fields[SIM_FIELD_COUNT]; /* by enum sim_field_number */
+
+/* The name of a part as a whole. */
+#define SIM_PART_NAME "part"
+
+int sim_field_allows(const struct sim_field *field, sim_u32 value);
+sim_u32 sim_field_value(const struct sim_field *field, const struct sim_device_config *device);
+void sim_field_set(const struct sim_field *field, struct sim_device_config *device, sim_u32 value);
+
+/* ---- the kinds of fault; enum sim_fault_kind says what they do */
+
+/* What a number of a fault counts, and so which ones there can be. */
+enum sim_fault_number {
+  SIM_NO_NUMBER,
+  SIM_SCAN_NUMBER,   /* a DR scan, from 1 */
+  SIM_BIT_NUMBER,    /* a bit of a scan, from 0 */
+  SIM_DEVICE_NUMBER, /* a device of the chain, from 1 */
+  SIM_ROW_NUMBER,    /* a row, from 0, of the device that is named first */
+  SIM_FAULT_NUMBER_COUNT
+};
+
+struct sim_fault_form {
+  const char *name;
+  enum sim_fault_number numbers[2]; /* `first` and `second` of struct sim_fault */
+  enum sim_fault_kind excludes;     /* cannot be set beside it: the later one replaces the other */
+};
+
+extern const struct sim_fault_form sim_fault_forms[SIM_FAULT_KIND_COUNT]; /* by sim_fault_kind */
+
+/* "scan", "bit", "device" and "row"; "" for SIM_NO_NUMBER. */
+extern const char *const sim_fault_number_names[SIM_FAULT_NUMBER_COUNT];
+
+/* The name of a kind of fault, "?" for none; and the kind of a name, or SIM_FAULT_KIND_COUNT. */
+const char *sim_fault_name(enum sim_fault_kind kind);
+enum sim_fault_kind sim_fault_kind_of(const char *name);
+
+/* ---- as text
+ *
+ * A chain is its devices from the TDI end to the TDO end, separated by ';'; a device is its fields
+ * in any order, separated by ','. A number is given as NAME=N, a flag by its name, the size of a
+ * part as part=ROWSxBITS; a device without any field is "bypass". For example:
+ *   idcode=0x0A014C35,part=64x128,erase=1000,program=50; bypass; idcode=0x13,instruction=224
+ *
+ * Faults are separated by ';' as well; one is its name with its numbers, if any: NAME, NAME=FIRST
+ * or NAME=FIRST:SECOND. For example:
+ *   tdo-stuck-0; missing=3; dead-row=2:7
+ *
+ * Blanks around names, numbers and signs are skipped. Numbers have 32 bits and are decimal, or
+ * hexadecimal after 0x.
+ */
 
 /* Where a text is wrong: the offset in characters from 0, and why, as a constant string. */
 struct sim_text_error {
@@ -43,11 +114,6 @@ int sim_config_parse(const char *text, struct sim_device_config *devices, sim_u3
  * rows exist is for sim_chain_set_fault to say. */
 int sim_faults_parse(const char *text, struct sim_fault *faults, sim_u32 capacity, sim_u32 *count,
                      struct sim_text_error *error);
-
-/* The name of a kind of fault as in the text, "?" for none; and the kind of a name, or
- * SIM_FAULT_KIND_COUNT. */
-const char *sim_fault_name(enum sim_fault_kind kind);
-enum sim_fault_kind sim_fault_kind_of(const char *name);
 
 /* Writes a fault as the text that sim_faults_parse reads, NUL-terminated and cut to `size` bytes.
  * Returns its whole length without the NUL. */

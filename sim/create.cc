@@ -3,10 +3,11 @@
 // Making a chain in the caller's memory. One walk places every piece; without memory it only adds
 // up the sizes.
 #include "chain.h"
+#include "config.h"
 
 namespace {
 
-constexpr sim_u64 kMost = 1ull << 40;
+constexpr sim_u64 kMaxBytes = 1ull << 40;
 
 class Layout {
  public:
@@ -16,8 +17,8 @@ class Layout {
   template <typename T>
   T *Take(sim_u64 count) {
     sim_u8 *place = memory_ == nullptr ? nullptr : memory_ + used_;
-    if (count > kMost / sizeof(T) || used_ > kMost) {
-      used_ = kMost + 1;
+    if (count > kMaxBytes / sizeof(T) || used_ > kMaxBytes) {
+      used_ = kMaxBytes + 1;
       return nullptr;
     }
     used_ += (count * sizeof(T) + 7) & ~static_cast<sim_u64>(7);
@@ -26,7 +27,7 @@ class Layout {
 
   // Bytes taken so far; 0 when it was too much.
   sim_size used() const {
-    return used_ > kMost ? 0 : used_;
+    return used_ > kMaxBytes ? 0 : used_;
   }
 
  private:
@@ -36,8 +37,8 @@ class Layout {
 
 bool Possible(const sim_device_config &device) {
   const sim_u32 instruction = device.idcode_instruction;
-  return (instruction == 0 || instruction == SIM_IDCODE_6 || instruction == SIM_IDCODE_224) &&
-         (device.rows == 0 || device.row_bits != 0);
+  return (instruction == 0 || sim_field_allows(&sim_fields[SIM_FIELD_INSTRUCTION], instruction)) &&
+         (device.rows == 0 || sim_field_allows(&sim_fields[SIM_FIELD_BITS], device.row_bits));
 }
 
 bool Possible(const sim_config &config) {

@@ -1,117 +1,99 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The C interface: setting, clearing and asking for faults.
+// The faults of a chain, and faults as text.
 #include "chain.h"
+#include "scanner.h"
 
 namespace {
 
-// Where a device has no dead row.
-sim_u32 NoRow(const sim::Device &device) {
-  return device.config.rows;
+using sim::Scanner;
+using sim::Word;
+
+bool IsKind(sim_fault_kind kind) {
+  return static_cast<unsigned>(kind) < SIM_FAULT_KIND_COUNT;
 }
 
-bool SetFlip(sim_chain &chain, sim_u32 scan, sim_u32 bit) {
-  if (scan == 0) {
-    return false;
-  }
-  chain.faults.flip = true;
-  chain.faults.flip_scan = scan;
-  chain.faults.flip_bit = bit;
-  chain.faults.scans = 0;
-  return true;
+bool Has(sim_fault_kind kind, unsigned which) {
+  return IsKind(kind) && sim_fault_forms[kind].numbers[which] != SIM_NO_NUMBER;
 }
 
-void ClearDeadRow(sim_chain &chain) {
-  for (sim_u32 i = 0; i < chain.device_count; ++i) {
-    chain.devices[i].part.dead_row = NoRow(chain.devices[i]);
-  }
-}
-
-bool SetDeadRow(sim_chain &chain, sim_u32 number, sim_u32 row) {
-  sim::Device *device = chain.DeviceAt(number);
-  if (device == nullptr || row >= device->config.rows) {
-    return false;
-  }
-  ClearDeadRow(chain);
-  device->part.dead_row = row;
-  return true;
-}
-
-void ClearMissing(sim_chain &chain) {
-  for (sim_u32 i = 0; i < chain.device_count; ++i) {
-    chain.devices[i].missing = false;
-  }
-  chain.fitted = chain.device_count;
-}
-
-bool SetMissing(sim_chain &chain, sim_u32 number) {
-  sim::Device *device = chain.DeviceAt(number);
-  if (device == nullptr) {
-    return false;
-  }
-  ClearMissing(chain);
-  device->missing = true;
-  --chain.fitted;
-  return true;
-}
-
-bool Set(sim_chain &chain, const sim_fault &fault) {
-  switch (fault.kind) {
-    case SIM_FAULT_TDO_STUCK_0:
-    case SIM_FAULT_TDO_STUCK_1:
-      chain.faults.stuck = true;
-      chain.faults.stuck_level = fault.kind == SIM_FAULT_TDO_STUCK_1;
-      return true;
-    case SIM_FAULT_FLIP:
-      return SetFlip(chain, fault.first, fault.second);
-    case SIM_FAULT_DEAD_ROW:
-      return SetDeadRow(chain, fault.first, fault.second);
-    case SIM_FAULT_MISSING:
-      return SetMissing(chain, fault.first);
+// Whether a fault may have that value as its number `which` of 0 and 1.
+bool CanBe(const sim_chain &chain, const sim_fault &fault, unsigned which) {
+  const sim_u32 value = which == 0 ? fault.first : fault.second;
+  switch (sim_fault_forms[fault.kind].numbers[which]) {
+    case SIM_SCAN_NUMBER:
+      return value != 0;
+    case SIM_DEVICE_NUMBER:
+      return chain.DeviceAt(value) != nullptr;
+    case SIM_ROW_NUMBER:
+      return value < chain.DeviceAt(fault.first)->config.rows;
     default:
-      return false;
+      return true;
   }
 }
 
-bool FindDeadRow(const sim_chain &chain, sim_fault &fault) {
-  for (sim_u32 i = 0; i < chain.device_count; ++i) {
-    const sim::Device &device = chain.devices[i];
-    if (device.part.dead_row != NoRow(device)) {
-      fault = sim_fault{SIM_FAULT_DEAD_ROW, i + 1, device.part.dead_row};
-      return true;
+sim_fault_kind KindOf(const Word &word) {
+  unsigned kind = 0;
+  while (kind < SIM_FAULT_KIND_COUNT && !word.Is(sim_fault_forms[kind].name)) {
+    ++kind;
+  }
+  return static_cast<sim_fault_kind>(kind);
+}
+
+bool ReadFault(Scanner &scanner, sim_fault &fault) {
+  const Word word = scanner.TakeWord();
+  fault = sim_fault{KindOf(word), 0, 0};
+  if (fault.kind == SIM_FAULT_KIND_COUNT) {
+    return scanner.Fail(word.position, word.length == 0 ? "a fault is expected" : "unknown fault");
+  }
+  if (Has(fault.kind, 0) &&
+      (!scanner.Expect('=', "'=' is expected") || !scanner.TakeNumber(fault.first))) {
+    return false;
+  }
+  return !Has(fault.kind, 1) ||
+         (scanner.Expect(':', "':' is expected") && scanner.TakeNumber(fault.second));
+}
+
+// Appends to a text that is cut to its size but counts on.
+class Writer {
+ public:
+  Writer(char *text, sim_size size) : text_(text), size_(size) {}
+
+  void Put(char c) {
+    if (length_ + 1 < size_) {
+      text_[length_] = c;
+    }
+    ++length_;
+  }
+
+  void Put(const char *string) {
+    for (; *string != '\0'; ++string) {
+      Put(*string);
     }
   }
-  return false;
-}
 
-bool FindMissing(const sim_chain &chain, sim_fault &fault) {
-  for (sim_u32 i = 0; i < chain.device_count; ++i) {
-    if (chain.devices[i].missing) {
-      fault = sim_fault{SIM_FAULT_MISSING, i + 1, 0};
-      return true;
+  void Put(sim_u32 number) {
+    sim_u32 scale = 1;
+    while (number / scale >= 10) {
+      scale *= 10;
+    }
+    for (; scale != 0; scale /= 10) {
+      Put(static_cast<char>('0' + number / scale % 10));
     }
   }
-  return false;
-}
 
-bool Find(const sim_chain &chain, sim_fault_kind kind, sim_fault &fault) {
-  const sim::Faults &faults = chain.faults;
-  switch (kind) {
-    case SIM_FAULT_TDO_STUCK_0:
-    case SIM_FAULT_TDO_STUCK_1:
-      fault = sim_fault{kind, 0, 0};
-      return faults.stuck && faults.stuck_level == (kind == SIM_FAULT_TDO_STUCK_1);
-    case SIM_FAULT_FLIP:
-      fault = sim_fault{kind, faults.flip_scan, faults.flip_bit};
-      return faults.flip;
-    case SIM_FAULT_DEAD_ROW:
-      return FindDeadRow(chain, fault);
-    case SIM_FAULT_MISSING:
-      return FindMissing(chain, fault);
-    default:
-      return false;
+  sim_size Finish() {
+    if (size_ != 0) {
+      text_[length_ < size_ ? length_ : size_ - 1] = '\0';
+    }
+    return length_;
   }
-}
+
+ private:
+  char *text_;
+  sim_size size_;
+  sim_size length_ = 0;
+};
 
 }  // namespace
 
@@ -119,23 +101,77 @@ extern "C" {
 
 int sim_chain_set_fault(struct sim_chain *chain, const struct sim_fault *fault) {
   chain->Settle();
-  return Set(*chain, *fault) ? 0 : -1;
+  if (!IsKind(fault->kind) || !CanBe(*chain, *fault, 0) || !CanBe(*chain, *fault, 1)) {
+    return -1;
+  }
+  chain->faults[sim_fault_forms[fault->kind].excludes].set = false;
+  chain->faults[fault->kind] =
+      sim::Fault{true, Has(fault->kind, 0) ? fault->first : 0,
+                 Has(fault->kind, 1) ? fault->second : 0, chain->dr_captures};
+  chain->ApplyFaults();
+  return 0;
 }
 
 void sim_chain_clear_faults(struct sim_chain *chain) {
   chain->Settle();
-  chain->faults = {};
-  ClearDeadRow(*chain);
-  ClearMissing(*chain);
+  __builtin_memset(chain->faults, 0, sizeof(chain->faults));
+  chain->ApplyFaults();
 }
 
 int sim_chain_fault(const struct sim_chain *chain, enum sim_fault_kind kind,
                     struct sim_fault *fault) {
-  sim_fault found = {};
-  if (!Find(*chain, kind, found)) {
+  if (!IsKind(kind) || !chain->faults[kind].set) {
     return 0;
   }
-  *fault = found;
+  *fault = sim_fault{kind, chain->faults[kind].first, chain->faults[kind].second};
   return 1;
+}
+
+int sim_faults_parse(const char *text, struct sim_fault *faults, sim_u32 capacity, sim_u32 *count,
+                     struct sim_text_error *error) {
+  Scanner scanner(text, error);
+  sim_u32 found = 0;
+  for (bool more = !scanner.AtEnd(); more; more = scanner.Accept(';')) {
+    sim_fault fault;
+    if (!ReadFault(scanner, fault)) {
+      return -1;
+    }
+    if (found < capacity) {
+      faults[found] = fault;
+    }
+    ++found;
+  }
+  if (!scanner.AtEnd()) {
+    scanner.Fail(scanner.Position(), "';' is expected");
+    return -1;
+  }
+  *count = found;
+  return 0;
+}
+
+const char *sim_fault_name(enum sim_fault_kind kind) {
+  return IsKind(kind) ? sim_fault_forms[kind].name : "?";
+}
+
+enum sim_fault_kind sim_fault_kind_of(const char *name) {
+  sim_size length = 0;
+  while (name[length] != '\0') {
+    ++length;
+  }
+  return KindOf(Word{name, length, 0});
+}
+
+sim_size sim_fault_format(const struct sim_fault *fault, char *text, sim_size size) {
+  Writer writer(text, size);
+  writer.Put(sim_fault_name(fault->kind));
+  if (Has(fault->kind, 0)) {
+    writer.Put('=');
+    writer.Put(fault->first);
+  }
+  if (Has(fault->kind, 1)) {
+    writer.Put(':');
+    writer.Put(fault->second);
+  }
+  return writer.Finish();
 }
 }

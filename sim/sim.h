@@ -103,7 +103,7 @@ struct sim_device_config {
   sim_u32 row_bits;           /* bits in a row, at least 1 where there are rows */
   sim_u32 erase_clocks;       /* TCK in Run-Test/Idle that an erase needs; 0: takes at once */
   sim_u32 program_clocks;     /* the same for a row */
-  sim_u8 blank;               /* 1: the memory is erased at first (ones); 0: it holds zeros */
+  sim_u32 blank;              /* 1: the memory is erased at first (ones); 0: it holds zeros */
 };
 
 struct sim_config {

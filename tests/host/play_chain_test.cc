@@ -32,7 +32,7 @@ TEST(PlayChain, ReadsDevicesAndFaults) {
   EXPECT_EQ(chain.devices[1].row_bits, 33u);
   EXPECT_EQ(chain.devices[1].erase_clocks, 100u);
   EXPECT_EQ(chain.devices[1].program_clocks, 7u);
-  EXPECT_EQ(chain.devices[1].blank, 1);
+  EXPECT_EQ(chain.devices[1].blank, 1u);
   EXPECT_EQ(chain.devices[2].idcode, 0u);
   ASSERT_EQ(chain.faults.size(), 4u);
   EXPECT_EQ(chain.faults[0].kind, SIM_FAULT_FLIP);
@@ -69,7 +69,9 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"[]", "c", "an object"}, Wrong{"{}", "c", "a member \"devices\""},
         Wrong{R"({"devices": 3})", "c: /devices", "an array"},
         Wrong{R"({"devices": [3]})", "c: /devices/0", "an object"},
-        Wrong{R"({"devices": [{}, {"idcodes": 3}]})", "c: /devices/1", "no member \"idcodes\""},
+        Wrong{R"({"devices": [{}, {"idcodes": 3}]})", "c: /devices/1",
+              "no member \"idcodes\" here; these may be given: \"idcode\", \"instruction\", "
+              "\"part\""},
         Wrong{R"({"devices": [{"idcode": 0}]})", "c: /devices/0/idcode", "is not 0"},
         Wrong{R"({"devices": [{"idcode": -1}]})", "c: /devices/0/idcode", "a number from 0"},
         Wrong{R"({"devices": [{"idcode": 4294967296}]})", "c: /devices/0/idcode", "4294967295"},
@@ -77,6 +79,8 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{R"({"devices": [{"idcode": "0x123456789"}]})", "c: /devices/0/idcode", "1 to 8"},
         Wrong{R"({"devices": [{"idcode": 1, "instruction": 7}]})", "c: /devices/0/instruction",
               "6 or 224"},
+        Wrong{R"({"devices": [{"part": {"row": 3}}]})", "c: /devices/0/part",
+              "given: \"rows\", \"bits\", \"erase\", \"program\", \"blank\""},
         Wrong{R"({"devices": [{"part": {"rows": 3}}]})", "c: /devices/0/part", "\"bits\""},
         Wrong{R"({"devices": [{"part": {"rows": 3, "bits": 0}}]})", "c: /devices/0/part",
               "at least 1"},
@@ -86,11 +90,59 @@ INSTANTIATE_TEST_SUITE_P(
               "more memory"},
         Wrong{R"({"devices": [{}], "faults": [{"kind": 1}]})", "c: /faults/0/kind", "a string"},
         Wrong{R"({"devices": [{}], "faults": [{"kind": "stuck"}]})", "c: /faults/0/kind",
-              "one of \"tdo-stuck-0\""},
+              "this must be one of \"tdo-stuck-0\", \"tdo-stuck-1\", \"flip\", \"dead-row\", "
+              "\"missing\""},
+        Wrong{R"({"devices": [{}], "faults": [{"kind": "flip", "clock": 1}]})", "c: /faults/0",
+              "these may be given: \"kind\", \"scan\", \"bit\", \"device\", \"row\""},
         Wrong{R"({"devices": [{}], "faults": [{"kind": "missing"}]})", "c: /faults/0",
               "\"device\""},
         Wrong{R"({"devices": [{}], "faults": [{"kind": "missing", "device": 2}]})", "c: /faults/0",
               "no such device"}));
+
+// Each kind of fault says the same in a file as in a module parameter.
+TEST(PlayChain, FaultsAreThoseOfTheParameter) {
+  for (unsigned kind = 0; kind < SIM_FAULT_KIND_COUNT; ++kind) {
+    const sim_fault_form &form = sim_fault_forms[kind];
+    std::string json = std::string(R"({"kind": ")") + form.name + '"';
+    std::string text = form.name;
+    for (unsigned which = 0; which < 2 && form.numbers[which] != SIM_NO_NUMBER; ++which) {
+      const std::string number = std::to_string(which + 1);
+      json += std::string(", \"") + sim_fault_number_names[form.numbers[which]] + "\": " + number;
+      text += (which == 0 ? '=' : ':') + number;
+    }
+    const ChainDescription chain = ParseChain(R"({"devices": [], "faults": [)" + json + "}]}", "c");
+    sim_fault fault = {};
+    sim_u32 count = 0;
+    sim_text_error error = {};
+    ASSERT_EQ(sim_faults_parse(text.c_str(), &fault, 1, &count, &error), 0) << text;
+    ASSERT_EQ(chain.faults.size(), 1u);
+    EXPECT_EQ(chain.faults[0].kind, fault.kind) << text;
+    EXPECT_EQ(chain.faults[0].kind, kind);
+    EXPECT_EQ(chain.faults[0].first, fault.first) << text;
+    EXPECT_EQ(chain.faults[0].second, fault.second) << text;
+  }
+}
+
+void ExpectSameDevice(const char *json, const char *text) {
+  const ChainDescription chain = ParseChain(json, "c");
+  sim_device_config device = {};
+  sim_u32 count = 0;
+  sim_text_error error = {};
+  ASSERT_EQ(sim_config_parse(text, &device, 1, &count, &error), 0) << text;
+  for (const sim_field &field : sim_fields) {
+    EXPECT_EQ(sim_field_value(&field, &chain.devices[0]), sim_field_value(&field, &device))
+        << text << ": " << field.name;
+  }
+}
+
+TEST(PlayChain, DevicesAreThoseOfTheParameter) {
+  ExpectSameDevice(R"({"devices": [{}]})", "bypass");
+  ExpectSameDevice(R"({"devices": [{"idcode": 7}]})", "idcode=7");
+  ExpectSameDevice(R"({"devices": [{"part": {"rows": 2, "bits": 3}}]})", "part=2x3");
+  ExpectSameDevice(R"({"devices": [{"idcode": "0x15", "instruction": 224, "part": {"rows": 2,
+                      "bits": 3, "erase": 4, "program": 5, "blank": true}}]})",
+                   "idcode=0x15,instruction=224,part=2x3,erase=4,program=5,blank");
+}
 
 TEST(PlayChain, ShowsItsMemory) {
   ChainTarget target(ParseChain(R"({"devices": [{}, {"part": {"rows": 2, "bits": 9, "blank": true}},

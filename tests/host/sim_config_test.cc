@@ -117,6 +117,34 @@ TEST(SimConfig, ErrorsNameTheirPlace) {
   }
 }
 
+TEST(SimConfig, TheTableHasTheWords) {
+  std::string fields;
+  for (const sim_field &field : sim_fields) {
+    fields += std::string(field.name) + ' ';
+  }
+  EXPECT_EQ(fields, "idcode instruction rows bits erase program blank ");
+  std::string faults;
+  for (const sim_fault_form &form : sim_fault_forms) {
+    faults += std::string(form.name) + '(' + sim_fault_number_names[form.numbers[0]] + ' ' +
+              sim_fault_number_names[form.numbers[1]] + ") ";
+  }
+  EXPECT_EQ(faults,
+            "tdo-stuck-0( ) tdo-stuck-1( ) flip(scan bit) dead-row(device row) missing(device ) ");
+}
+
+// A configuration that was not read from a description keeps the same rules.
+TEST(SimConfig, ImpossibleChainsHaveNoSize) {
+  const auto size = [](const sim_device_config &device) {
+    const sim_config config = {&device, 1, 0};
+    return sim_chain_size(&config);
+  };
+  EXPECT_NE(size({1, 6, 2, 8, 0, 0, 0}), 0u);
+  EXPECT_NE(size({0, 0, 0, 0, 0, 0, 0}), 0u);
+  EXPECT_NE(size({1, 224, 0, 0, 0, 0, 0}), 0u);
+  EXPECT_EQ(size({1, 7, 0, 0, 0, 0, 0}), 0u);
+  EXPECT_EQ(size({1, 6, 2, 0, 0, 0, 0}), 0u);
+}
+
 TEST(SimConfig, HostChainNamesTheError) {
   try {
     sim::Chain chain("bypass;nothing");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tools/rehearse/target_chain.h"
 
-#include <initializer_list>
+#include <algorithm>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -15,8 +15,16 @@ namespace {
 
 using nlohmann::json;
 
-constexpr uint32_t kEraseClocks = 100;
-constexpr uint32_t kProgramClocks = 20;
+using Names = std::vector<std::string>;
+
+// The names in quotes, for messages.
+std::string List(const Names &names) {
+  std::string list;
+  for (const std::string &name : names) {
+    list += (list.empty() ? "\"" : ", \"") + name + '"';
+  }
+  return list;
+}
 
 // A value with the way to it, "/devices/0/idcode", for messages.
 class Node {
@@ -28,13 +36,13 @@ class Node {
     throw Failure(message, path_.empty() ? name_ : name_ + ": " + path_);
   }
 
-  bool Has(const char *member) const {
+  bool Has(const std::string &member) const {
     return value_.contains(member);
   }
 
-  Node At(const char *member) const {
+  Node At(const std::string &member) const {
     if (!Has(member)) {
-      Fail(std::string("there must be a member \"") + member + "\" here");
+      Fail("there must be a member \"" + member + "\" here");
     }
     return Node(value_[member], name_, path_ + '/' + member);
   }
@@ -52,12 +60,12 @@ class Node {
   }
 
   // The value must be an object with none but these members.
-  void ExpectMembers(std::initializer_list<const char *> members) const {
+  void ExpectMembers(const Names &members) const {
     if (!value_.is_object()) {
       Fail("this must be an object, {...}");
     }
     for (const auto &[key, value] : value_.items()) {
-      if (!Contains(members, key)) {
+      if (std::find(members.begin(), members.end(), key) == members.end()) {
         Fail("there is no member \"" + key + "\" here; these may be given: " + List(members));
       }
     }
@@ -75,10 +83,6 @@ class Node {
     return value_.get<uint32_t>();
   }
 
-  uint32_t NumberOr(const char *member, uint32_t absent) const {
-    return Has(member) ? At(member).Number() : absent;
-  }
-
   bool Flag() const {
     if (!value_.is_boolean()) {
       Fail("this must be true or false");
@@ -94,23 +98,6 @@ class Node {
   }
 
  private:
-  static bool Contains(std::initializer_list<const char *> names, const std::string &name) {
-    for (const char *known : names) {
-      if (name == known) {
-        return true;
-      }
-    }
-    return false;
-  }
-
-  static std::string List(std::initializer_list<const char *> names) {
-    std::string list;
-    for (const char *name : names) {
-      list += (list.empty() ? "\"" : ", \"") + std::string(name) + '"';
-    }
-    return list;
-  }
-
   uint32_t HexNumber(const std::string &text) const {
     const bool hex = text.size() > 2 && text.size() <= 10 && text.compare(0, 2, "0x") == 0 &&
                      text.find_first_not_of("0123456789abcdefABCDEF", 2) == std::string::npos;
@@ -125,70 +112,96 @@ class Node {
   std::string path_;
 };
 
-void ReadPart(const Node &node, sim_device_config &device) {
-  node.ExpectMembers({"rows", "bits", "erase", "program", "blank"});
-  device.rows = node.At("rows").Number();
-  device.row_bits = node.At("bits").Number();
-  if (device.rows == 0 || device.row_bits == 0) {
-    node.Fail("rows and bits are at least 1; leave \"part\" out for a device without a part");
+// The names of the fields that stand in one of these places.
+Names FieldNames(std::initializer_list<sim_field_place> places) {
+  Names names;
+  for (const sim_field &field : sim_fields) {
+    if (std::find(places.begin(), places.end(), field.place) != places.end()) {
+      names.push_back(field.name);
+    }
   }
-  device.erase_clocks = node.NumberOr("erase", kEraseClocks);
-  device.program_clocks = node.NumberOr("program", kProgramClocks);
-  device.blank = node.Has("blank") && node.At("blank").Flag() ? 1 : 0;
+  return names;
+}
+
+uint32_t ReadField(const Node &node, const sim_field &field) {
+  return field.kind == SIM_FLAG ? node.Flag() : node.Number();
+}
+
+// Reads from the object `node` the fields of that place that may be left out.
+void ReadFields(const Node &node, sim_field_place place, sim_device_config &device) {
+  for (const sim_field &field : sim_fields) {
+    if (field.place != place) {
+      continue;
+    }
+    const bool given = node.Has(field.name);
+    const uint32_t value = given ? ReadField(node.At(field.name), field) : field.absent;
+    if (given && !sim_field_allows(&field, value)) {
+      node.At(field.name).Fail(field.advice);
+    }
+    sim_field_set(&field, &device, value);
+  }
+}
+
+void ReadSize(const Node &node, sim_device_config &device) {
+  const char *wrong = nullptr;
+  for (const sim_field &field : sim_fields) {
+    if (field.place != SIM_SIZE_OF_PART) {
+      continue;
+    }
+    const uint32_t value = ReadField(node.At(field.name), field);
+    wrong = sim_field_allows(&field, value) ? wrong : field.advice;
+    sim_field_set(&field, &device, value);
+  }
+  if (wrong != nullptr) {
+    node.Fail(wrong);
+  }
 }
 
 sim_device_config ReadDevice(const Node &node) {
-  node.ExpectMembers({"idcode", "instruction", "part"});
+  Names members = FieldNames({SIM_IN_DEVICE});
+  members.push_back(SIM_PART_NAME);
+  node.ExpectMembers(members);
   sim_device_config device = {};
-  device.idcode = node.NumberOr("idcode", 0);
-  if (node.Has("idcode") && device.idcode == 0) {
-    node.At("idcode").Fail("an IDCODE is not 0; leave it out for a device without one");
-  }
-  device.idcode_instruction = node.NumberOr("instruction", SIM_IDCODE_6);
-  if (device.idcode_instruction != SIM_IDCODE_6 && device.idcode_instruction != SIM_IDCODE_224) {
-    node.At("instruction").Fail("the instruction that selects the IDCODE is 6 or 224");
-  }
-  if (node.Has("part")) {
-    ReadPart(node.At("part"), device);
+  ReadFields(node, SIM_IN_DEVICE, device);
+  if (node.Has(SIM_PART_NAME)) {
+    const Node part = node.At(SIM_PART_NAME);
+    part.ExpectMembers(FieldNames({SIM_SIZE_OF_PART, SIM_IN_PART}));
+    ReadSize(part, device);
+    ReadFields(part, SIM_IN_PART, device);
   }
   return device;
 }
 
-// The members that give a fault's two numbers; null where it has none.
-struct FaultMembers {
-  const char *first;
-  const char *second;
-};
-
-FaultMembers MembersOf(sim_fault_kind kind) {
-  switch (kind) {
-    case SIM_FAULT_FLIP:
-      return {"scan", "bit"};
-    case SIM_FAULT_DEAD_ROW:
-      return {"device", "row"};
-    case SIM_FAULT_MISSING:
-      return {"device", nullptr};
-    default:
-      return {nullptr, nullptr};
+Names FaultMembers() {
+  Names members = {"kind"};
+  for (int number = SIM_NO_NUMBER + 1; number < SIM_FAULT_NUMBER_COUNT; ++number) {
+    members.push_back(sim_fault_number_names[number]);
   }
+  return members;
+}
+
+Names FaultKinds() {
+  Names kinds;
+  for (const sim_fault_form &form : sim_fault_forms) {
+    kinds.push_back(form.name);
+  }
+  return kinds;
+}
+
+uint32_t ReadFaultNumber(const Node &node, sim_fault_number number) {
+  return number == SIM_NO_NUMBER ? 0 : node.At(sim_fault_number_names[number]).Number();
 }
 
 sim_fault ReadFault(const Node &node) {
-  node.ExpectMembers({"kind", "scan", "bit", "device", "row"});
-  sim_fault fault = {sim_fault_kind_of(node.At("kind").Text().c_str()), 0, 0};
-  if (fault.kind == SIM_FAULT_KIND_COUNT) {
-    node.At("kind").Fail(
-        "this must be one of \"tdo-stuck-0\", \"tdo-stuck-1\", \"flip\", \"dead-row\", "
-        "\"missing\"");
+  node.ExpectMembers(FaultMembers());
+  const Node name = node.At("kind");
+  const sim_fault_kind kind = sim_fault_kind_of(name.Text().c_str());
+  if (kind == SIM_FAULT_KIND_COUNT) {
+    name.Fail("this must be one of " + List(FaultKinds()));
   }
-  const FaultMembers members = MembersOf(fault.kind);
-  if (members.first != nullptr) {
-    fault.first = node.At(members.first).Number();
-  }
-  if (members.second != nullptr) {
-    fault.second = node.At(members.second).Number();
-  }
-  return fault;
+  const sim_fault_form &form = sim_fault_forms[kind];
+  const uint32_t first = ReadFaultNumber(node, form.numbers[0]);
+  return {kind, first, ReadFaultNumber(node, form.numbers[1])};
 }
 
 json ParseText(std::string_view text, const std::string &name) {
