@@ -199,14 +199,20 @@ static int show_file(struct seq_file *to, void *unused)
 	const struct sim_file *file = to->private;
 
 	mutex_lock(&sim_lock);
-	if (file->show)
-		file->show(to);
+	file->show(to);
 	mutex_unlock(&sim_lock);
 	return 0;
 }
 
+/* The mode of a file does not stop root. */
 static int open_file(struct inode *inode, struct file *file)
 {
+	const struct sim_file *sim_file = inode->i_private;
+
+	if ((file->f_mode & FMODE_READ) && !sim_file->show)
+		return -EACCES;
+	if ((file->f_mode & FMODE_WRITE) && !sim_file->write)
+		return -EACCES;
 	return single_open(file, show_file, inode->i_private);
 }
 

@@ -75,14 +75,20 @@ is_loaded() {
   grep -q "^$1 " /proc/modules
 }
 
-# Prints the number of the first line of the simulated chain.
-first_line() {
+# Prints the folder in /sys of the simulated chain's GPIO chip; nothing where there is none.
+chip_dir() {
   local chip
   for chip in /sys/class/gpio/gpiochip*; do
     if [ "$(cat "$chip/label")" = jtag_sim ]; then
-      cat "$chip/base"
+      realpath "$chip"
     fi
   done
+}
+
+# Prints the number of the first line of the simulated chain.
+first_line() {
+  local dir=$(chip_dir)
+  [ -z "$dir" ] || cat "$dir/base"
 }
 
 load_log() {
