@@ -77,7 +77,7 @@ struct cpldjtag_ops {
  * @link: the framework's, zero while the driver is not registered
  * @name: names the driver, no other one registered has the same
  * @ops: what it can do
- * @ids: which chips it serves, by the numbers of the boards' makers; shown, not interpreted
+ * @ids: which chips it serves, in the board makers' numbers; shown, not interpreted
  * @reserved: zero
  */
 struct cpldjtag_driver {
@@ -105,7 +105,7 @@ s32 cpldjtag_driver_register(struct cpldjtag_driver *driver);
  *
  * No new download reaches the driver from here on; one that it is playing is waited for, however
  * long it takes. So a driver may go as soon as this returns. A name that is not registered is
- * complained of in the kernel log, and nothing else happens. Must not be called from a download.
+ * reported in the kernel log and otherwise ignored. Must not be called from a download.
  */
 void cpldjtag_driver_unregister(const char *name);
 

@@ -15,7 +15,7 @@
 
 #include "cpldjtag_internal.h"
 
-/* What a driver answers. */
+/* What a driver returns. */
 #define DOWNLOAD_COMPLETED 1
 #define DOWNLOAD_REFUSED (-2)
 

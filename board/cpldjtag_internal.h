@@ -10,13 +10,13 @@
 /* ---- cpldjtag_registry.c */
 
 /*
- * Lends a registered driver (the one registered first) to a download, or null if there is none.
- * Until it is given back the driver stays. Only one may be lent at a time.
+ * Lends the driver that was registered first to a download; returns null if there is none. The
+ * driver stays until it is given back. Only one may be lent at a time.
  */
 struct cpldjtag_driver *cpldjtag_driver_lend(void);
 void cpldjtag_driver_give_back(void);
 
-/* Writes a line a driver, "NAME ID ID ID", to a buffer of a page. Returns its length. */
+/* Writes one line per driver, "NAME ID ID ID", to a buffer of a page. Returns the length. */
 ssize_t cpldjtag_drivers_show(char *page);
 
 /* ---- cpldjtag_pins.c */
@@ -30,15 +30,15 @@ extern struct cpldjtag_pins cpldjtag_pins;
 extern const struct cpldjtag_pin_ops cpldjtag_pin_ops;
 ssize_t cpldjtag_pins_show(char *page);
 
-/* Forgets earlier errors of lines; and the first since then, 0 if there was none. */
+/* Forgets earlier errors of the lines; and the first error since then, 0 if there was none. */
 void cpldjtag_pins_clear_error(void);
 int cpldjtag_pins_error(void);
 
 /* ---- cpldjtag_download.c */
 
 /*
- * Downloads the file of that name, found by the firmware loader on behalf of @dev. Returns 0 only
- * if the driver has completed the download; else a negative error code (see cpldjtag_main.c).
+ * Downloads the file of that name, which the firmware loader finds on behalf of @dev. Returns 0
+ * only if the driver completed the download; else a negative error code (see cpldjtag_main.c).
  */
 int cpldjtag_download(struct device *dev, const char *name);
 

@@ -11,15 +11,15 @@
  *               ENOENT  there is no such file
  *               EBUSY   a download is running (the write does not wait for it)
  *               ENODEV  no driver is registered
- *             and with what the firmware loader or the memory has to complain of
- *   result    what the driver answered to the last download: 1 completed, 0 failed, -2 arguments
- *             refused; "none" where it was not asked, or has not answered yet
+ *             and with any other error of the firmware loader or of an allocation
+ *   result    what the driver returned for the last download: 1 completed, 0 failed, -2 arguments
+ *             refused; "none" if it was not called or has not returned yet
  *   state     "idle" or "running"
- *   drivers   the registered drivers, a line each: name and three numbers
+ *   drivers   the registered drivers, one per line: name and three numbers
  *   pins      the lines: "tck=N tms=N tdi=N tdo=N"
  *
- * A download cannot be broken off. Unloading a driver meanwhile waits for its end; this module
- * cannot be unloaded while a driver is loaded, nor the lines' module while this one is.
+ * A download cannot be stopped. Unloading its driver waits until it ends; this module cannot be
+ * unloaded while a driver is loaded, nor the lines' module while this one is.
  */
 #define pr_fmt(fmt) KBUILD_MODNAME ": " fmt
 
@@ -59,7 +59,7 @@ static ssize_t download_store(struct device *dev, struct device_attribute *attr,
 	name = kstrndup(buf, count, GFP_KERNEL);
 	if (!name)
 		return -ENOMEM;
-	/* A name that holds a zero byte is none. */
+	/* A name with a zero byte in it is not usable. */
 	error = strlen(name) == count ? cpldjtag_download(dev, strim(name)) : -EINVAL;
 	kfree(name);
 	return error ? error : count;

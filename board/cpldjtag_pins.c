@@ -60,13 +60,13 @@ static int request_line(struct line *line)
 		pr_err("%s= is missing\n", line->name + strlen("jtag-"));
 		return -EINVAL;
 	}
-	/* gpiolib would warn of a number that cannot be. */
+	/* gpiolib would warn about an invalid number. */
 	error = gpio_is_valid(number) ? gpio_request_one(number, line->flags, line->name) : -EINVAL;
-	/* There is nobody who would try again later. */
+	/* Nobody would try again later. */
 	if (error == -EPROBE_DEFER)
 		error = -ENODEV;
 	if (error) {
-		pr_err("GPIO %d cannot be had for %s: error %d\n", number, line->name, error);
+		pr_err("GPIO %d is not available for %s: error %d\n", number, line->name, error);
 		return error;
 	}
 	line->desc = gpio_to_desc(number);

@@ -4,7 +4,7 @@
  *
  * debugfs, in the directory "log":
  *   bytes     all records, byte for byte, one after the other; writing anything empties it
- *   dropped   bytes that were given up, oldest first, when the store was full
+ *   dropped   how many bytes were lost, oldest first, because the store was full
  */
 #define pr_fmt(fmt) KBUILD_MODNAME ": " fmt
 
@@ -81,7 +81,7 @@ static void line_append(char c)
 	line.text[line.length++] = c;
 }
 
-/* The "\r" of a line end is not part of the line; one that stands elsewhere is. */
+/* The "\r" of a line end is not part of the line; any other is. */
 static void line_join(u32 module, u32 level, const char *text, size_t length)
 {
 	size_t i;

@@ -9,13 +9,13 @@
 #include <linux/compiler.h>
 #include <linux/types.h>
 
-/* Levels. Others are taken as LOG_LEVEL_INFO. */
+/* Levels. Others are treated as LOG_LEVEL_INFO. */
 #define LOG_LEVEL_ERROR 1
 #define LOG_LEVEL_INFO 2
 
 /*
- * Module 0 stands for a driver's load and unload; each of its records is a line of its own. Records
- * of other modules are pieces: they are joined until one of them ends the line.
+ * Module 0 is for a driver's load and unload; each of its records is a line of its own. Records of
+ * other modules are pieces, which are joined until one of them ends the line.
  */
 #define LOG_MODULE_SYSTEM 0
 
@@ -23,7 +23,7 @@
  * drv_log_record() - write one record
  * @module: who writes; a number that the drivers of a board agree on
  * @level: LOG_LEVEL_ERROR or LOG_LEVEL_INFO
- * @flag: kept for the interface's sake; nothing depends on it
+ * @flag: part of the interface, ignored
  * @fmt: as for printk(), without a level prefix; "\r\n" and "\n" end a line
  *
  * A record is cut at 8191 bytes. May sleep.

@@ -14,15 +14,18 @@ extern struct sim_chain *sim_chain;
 /* ---- sim_main.c */
 
 /*
- * Sets exactly the faults that @text names (see sim/config.h); -EINVAL where it is wrong, and then
- * the faults are as before. Takes sim_lock.
+ * Sets exactly the faults that @text names (see sim/config.h). Returns 0, or -EINVAL if the text is
+ * wrong; then the faults stay as they were. Takes sim_lock.
  */
 int sim_set_faults(const char *text);
 
 /* ---- sim_chip.c */
 
-/* Offers the chain's pins as a GPIO chip "jtag_sim" of four lines, from number @base or, where that
- * is negative, from the first free ones. Lines 0 to 3 are TCK, TMS, TDI and TDO. */
+/*
+ * Offers the chain's pins as a GPIO chip "jtag_sim" of four lines, numbered from @base on or, if
+ * that is negative, as gpiolib chooses. Lines 0 to 3 are TCK, TMS, TDI and TDO. Returns 0 or a
+ * negative error code.
+ */
 int sim_chip_add(int base);
 void sim_chip_remove(void);
 

@@ -17,7 +17,7 @@ static int get_direction(struct gpio_chip *chip, unsigned int line)
 	return line == SIM_TDO ? GPIO_LINE_DIRECTION_IN : GPIO_LINE_DIRECTION_OUT;
 }
 
-/* The directions are those of the chain's pins and stay as they are. */
+/* The directions are those of the chain's pins and never change. */
 static int direction_input(struct gpio_chip *chip, unsigned int line)
 {
 	return line == SIM_TDO ? 0 : -EPERM;

@@ -46,7 +46,7 @@ static int complain(const char *what, const char *text, const struct sim_text_er
 	return -EINVAL;
 }
 
-/* The memory is sim_chain's; it goes with kvfree(sim_chain). */
+/* Sets sim_chain, which kvfree() releases. */
 static int create_chain(const struct sim_device_config *devices, u32 count)
 {
 	const struct sim_config config = {
@@ -58,7 +58,7 @@ static int create_chain(const struct sim_device_config *devices, u32 count)
 	void *memory;
 
 	if (!size) {
-		pr_err("chain \"%s\" cannot be\n", chain);
+		pr_err("chain \"%s\" is impossible\n", chain);
 		return -EINVAL;
 	}
 	memory = kvzalloc(size, GFP_KERNEL);
@@ -81,7 +81,7 @@ static int create_chain_of_text(void)
 	if (sim_config_parse(chain, devices, MAX_DEVICES, &count, &error)) {
 		result = complain("chain", chain, &error);
 	} else if (count > MAX_DEVICES) {
-		pr_err("%u devices are too many, there may be %u\n", count, MAX_DEVICES);
+		pr_err("%u devices are too many, at most %u can be\n", count, MAX_DEVICES);
 		result = -EINVAL;
 	} else {
 		result = create_chain(devices, count);
@@ -127,7 +127,7 @@ int sim_set_faults(const char *text)
 	old_count = current_faults(old);
 	result = apply_faults(new, count);
 	if (result) {
-		pr_err("faults \"%s\" name what the chain does not have\n", text);
+		pr_err("faults \"%s\": the chain has no such device, row or scan\n", text);
 		apply_faults(old, old_count);
 	}
 	mutex_unlock(&sim_lock);

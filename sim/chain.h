@@ -46,7 +46,7 @@ struct sim_chain {
   void Rise();
   void Fall();
 
-  // Lets every operation that has had its clocks take.
+  // Lets every operation that has had its clocks take effect.
   void Settle();
 
   // Tells the devices of faults that have been set or cleared.

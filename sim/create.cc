@@ -25,7 +25,7 @@ class Layout {
     return reinterpret_cast<T *>(place);
   }
 
-  // Bytes taken so far; 0 when it was too much.
+  // Bytes taken so far; 0 if they are too many.
   sim_size used() const {
     return used_ > kMaxBytes ? 0 : used_;
   }

@@ -67,4 +67,183 @@ sim_u8 Device::ResetInstruction() const {
   return static_cast<sim_u8>(config.idcode != 0 ? config.idcode_instruction : bypass);
 }
 
+// ---- the programmable part
+
+void Part::Create() {
+  dead_row = config->rows;
+  __builtin_memset(memory, config->blank ? 0xff : 0, config->rows * RowBytes());
+  PowerCycle(0);
+}
+
+void Part::PowerCycle(sim_u64 now) {
+  Settle(now);
+  operation = kNone;
+  address = 0;
+  enabled = false;
+  done = false;
+  failed = false;
+}
+
+void Part::Reset(sim_u64 now) {
+  Abandon(now);
+  enabled = false;
+}
+
+bool Part::Knows(sim_u8 instruction) {
+  switch (instruction) {
+    case SIM_ENABLE:
+    case SIM_DISABLE:
+    case SIM_ERASE:
+    case SIM_ADDRESS:
+    case SIM_PROGRAM:
+    case SIM_READ:
+    case SIM_STATUS:
+      return true;
+    default:
+      return false;
+  }
+}
+
+sim_u64 Part::RegisterBits(sim_u8 instruction) const {
+  switch (instruction) {
+    case SIM_ADDRESS:
+      return 32;
+    case SIM_PROGRAM:
+    case SIM_READ:
+      return config->row_bits;
+    case SIM_STATUS:
+      return 8;
+    default:
+      return 1;
+  }
+}
+
+void Part::Load(sim_u8 instruction, sim_u64 now) {
+  if (instruction == SIM_STATUS) {
+    return;
+  }
+  Abandon(now);
+  if (instruction == SIM_ENABLE) {
+    Enable();
+  } else if (instruction == SIM_DISABLE) {
+    enabled = false;
+  } else if (instruction == SIM_ERASE && enabled) {
+    Begin(kErase, config->erase_clocks, now);
+  }
+}
+
+void Part::Capture(sim_u8 instruction, const Cells &cells, sim_u64 now) {
+  if (instruction == SIM_STATUS) {
+    cells.SetNumber(Status(now));
+  } else if (instruction == SIM_ADDRESS && enabled) {
+    cells.SetNumber(address);
+  } else if (instruction == SIM_READ && enabled) {
+    CaptureRow(cells);
+  } else {
+    cells.SetNumber(0);
+  }
+}
+
+void Part::Update(sim_u8 instruction, const Cells &cells, sim_u64 now) {
+  if (!enabled) {
+    return;
+  }
+  if (instruction == SIM_ADDRESS) {
+    address = cells.Number();
+  } else if (instruction == SIM_READ) {
+    ++address;
+  } else if (instruction == SIM_PROGRAM) {
+    Abandon(now);
+    LatchRow(cells);
+    Begin(kProgram, config->program_clocks, now);
+  }
+}
+
+sim_u8 Part::Status(sim_u64 now) {
+  Settle(now);
+  unsigned status = enabled ? SIM_STATUS_ENABLED : 0;
+  status |= operation != kNone ? SIM_STATUS_BUSY : 0;
+  status |= done ? SIM_STATUS_DONE : 0;
+  status |= failed ? SIM_STATUS_FAILED : 0;
+  return static_cast<sim_u8>(status);
+}
+
+sim_u8 *Part::Row(sim_u32 row, sim_u64 now) {
+  Settle(now);
+  return row < config->rows ? RowMemory(row) : nullptr;
+}
+
+void Part::Settle(sim_u64 now) {
+  if (operation != kNone && now >= due) {
+    Finish();
+  }
+}
+
+void Part::Abandon(sim_u64 now) {
+  Settle(now);
+  if (operation != kNone) {
+    operation = kNone;
+    failed = true;
+  }
+}
+
+void Part::Begin(Operation what, sim_u32 clocks, sim_u64 now) {
+  operation = what;
+  due = now + clocks;
+  done = false;
+}
+
+void Part::Finish() {
+  if (operation == kErase) {
+    __builtin_memset(memory, 0xff, config->rows * RowBytes());
+  } else {
+    ProgramLatchedRow();
+  }
+  operation = kNone;
+  done = true;
+}
+
+void Part::ProgramLatchedRow() {
+  if (latched_row >= config->rows) {
+    failed = true;
+    return;
+  }
+  if (latched_row == dead_row) {
+    return;
+  }
+  sim_u8 *row = RowMemory(latched_row);
+  for (sim_u64 bit = 0; bit < config->row_bits; ++bit) {
+    const bool wanted = GetBit(latch, bit);
+    if (!wanted) {
+      PutBit(row, bit, false);
+    } else if (!GetBit(row, bit)) {
+      failed = true;
+    }
+  }
+}
+
+void Part::Enable() {
+  if (enabled) {
+    return;
+  }
+  enabled = true;
+  address = 0;
+  done = false;
+  failed = false;
+}
+
+void Part::LatchRow(const Cells &cells) {
+  for (sim_u64 bit = 0; bit < config->row_bits; ++bit) {
+    PutBit(latch, bit, cells.Get(bit));
+  }
+  latched_row = address++;
+}
+
+void Part::CaptureRow(const Cells &cells) const {
+  const bool inside = address < config->rows;
+  for (sim_u64 bit = 0; bit < config->row_bits; ++bit) {
+    cells.Put(bit, !inside || GetBit(RowMemory(address), bit));
+  }
+}
+
 }  // namespace sim

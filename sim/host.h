@@ -37,7 +37,7 @@ class Chain {
     const sim_config config = {devices.data(), static_cast<sim_u32>(devices.size()), log_bytes};
     const size_t size = sim_chain_size(&config);
     if (size == 0) {
-      throw std::invalid_argument("the chain cannot be");
+      throw std::invalid_argument("the chain is impossible");
     }
     memory_ = std::make_unique<uint64_t[]>((size + 7) / 8);
     chain_ = sim_chain_create(memory_.get(), &config);
@@ -94,7 +94,7 @@ class Chain {
   }
 
   // Sets the faults of a text (see config.h) beside those that are set. Throws
-  // std::invalid_argument when the text is wrong or names what the chain has not.
+  // std::invalid_argument if the text is wrong or names what the chain does not have.
   void SetFaults(const std::string &text) {
     sim_u32 count = 0;
     sim_text_error error = {};

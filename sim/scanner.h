@@ -14,107 +14,35 @@ struct Word {
   sim_size length;
   sim_size position;
 
-  bool Is(const char *name) const {
-    sim_size i = 0;
-    while (i < length && name[i] != '\0' && name[i] == text[i]) {
-      ++i;
-    }
-    return i == length && name[i] == '\0';
-  }
+  bool Is(const char *name) const;
 };
-
-constexpr unsigned kNoDigit = 99;
-
-inline unsigned DigitValue(char c) {
-  if (c >= '0' && c <= '9') {
-    return static_cast<unsigned>(c - '0');
-  }
-  if (c >= 'a' && c <= 'f') {
-    return static_cast<unsigned>(c - 'a') + 10;
-  }
-  return c >= 'A' && c <= 'F' ? static_cast<unsigned>(c - 'A') + 10 : kNoDigit;
-}
-
-inline bool IsBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-
-inline bool IsWordCharacter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-';
-}
 
 class Scanner {
  public:
   Scanner(const char *text, sim_text_error *error) : text_(text), error_(error) {}
 
   // The offset of the next character that is not a blank.
-  sim_size Position() {
-    while (IsBlank(text_[at_])) {
-      ++at_;
-    }
-    return at_;
-  }
+  sim_size Position();
 
-  bool AtEnd() {
-    return text_[Position()] == '\0';
-  }
+  bool AtEnd();
 
   // Takes a sign if it is next.
-  bool Accept(char sign) {
-    if (text_[Position()] != sign) {
-      return false;
-    }
-    ++at_;
-    return true;
-  }
+  bool Accept(char sign);
 
   // Takes a sign, or fails with `reason`.
-  bool Expect(char sign, const char *reason) {
-    return Accept(sign) || Fail(at_, reason);
-  }
+  bool Expect(char sign, const char *reason);
 
-  // Takes letters, digits and '-'; of length 0 when there are none.
-  Word TakeWord() {
-    const sim_size start = Position();
-    while (IsWordCharacter(text_[at_])) {
-      ++at_;
-    }
-    return Word{text_ + start, at_ - start, start};
-  }
+  // Takes letters, digits and '-'; the word has length 0 where there are none.
+  Word TakeWord();
 
   // Takes a decimal or 0x number of at most 32 bits, or fails.
-  bool TakeNumber(sim_u32 &value) {
-    const sim_size start = Position();
-    const bool hexadecimal = text_[start] == '0' &&
-                             (text_[start + 1] == 'x' || text_[start + 1] == 'X') &&
-                             DigitValue(text_[start + 2]) < 16;
-    if (hexadecimal) {
-      at_ += 2;
-    }
-    return TakeDigits(hexadecimal ? 16 : 10, start, value);
-  }
+  bool TakeNumber(sim_u32 &value);
 
   // Notes an error at a position and returns false.
-  bool Fail(sim_size position, const char *reason) {
-    *error_ = sim_text_error{position, reason};
-    return false;
-  }
+  bool Fail(sim_size position, const char *reason);
 
  private:
-  bool TakeDigits(unsigned base, sim_size start, sim_u32 &value) {
-    if (DigitValue(text_[at_]) >= base) {
-      return Fail(at_, "a number is expected");
-    }
-    sim_u64 sum = 0;
-    for (; DigitValue(text_[at_]) < base; ++at_) {
-      sum = sum * base + DigitValue(text_[at_]);
-      if (sum > 0xffffffffu) {
-        return Fail(start, "the number is larger than 32 bits");
-      }
-    }
-    value = static_cast<sim_u32>(sum);
-    return true;
-  }
+  bool TakeDigits(unsigned base, sim_size start, sim_u32 &value);
 
   const char *text_;
   sim_text_error *error_;

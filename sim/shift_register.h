@@ -1,13 +1,29 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The registers of all devices between TDI and TDO, end to end: one shift register, kept as a ring
-// so that a clock costs the same for any length.
+// Bits in bytes, and the registers of all devices between TDI and TDO, end to end: one shift
+// register, kept as a ring so that a clock costs the same for any length.
 #ifndef SIM_SHIFT_REGISTER_H
 #define SIM_SHIFT_REGISTER_H
 
-#include "bits.h"
+#include "sim.h"
 
 namespace sim {
+
+// Packed bits: bit n is bit n mod 8 of byte n div 8, least significant first.
+
+// Bytes that hold `bits` bits.
+constexpr sim_u64 BytesFor(sim_u64 bits) {
+  return (bits + 7) / 8;
+}
+
+inline bool GetBit(const sim_u8 *bytes, sim_u64 bit) {
+  return bytes[bit / 8] >> (bit % 8) & 1;
+}
+
+inline void PutBit(sim_u8 *bytes, sim_u64 bit, bool value) {
+  const sim_u8 mask = static_cast<sim_u8>(1u << (bit % 8));
+  bytes[bit / 8] = static_cast<sim_u8>(value ? bytes[bit / 8] | mask : bytes[bit / 8] & ~mask);
+}
 
 // Cell 0 is nearest TDO; a clock moves every cell's bit to the cell before.
 struct ShiftRegister {

@@ -2,42 +2,14 @@
 /*
  * A simulated JTAG chain that acts on the levels of its pins alone, by the sixteen-state table of
  * IEEE 1149.1. The interface is C and needs no other header, so that it serves a kernel module and
- * host programs alike. Nothing here allocates: the caller gives the memory.
+ * host programs alike. Nothing here allocates: the caller provides the memory.
  *
  * Pins. TMS and TDI are sampled on the rising edge of TCK; TDO changes on the falling edge. TDO is
  * driven in Shift-IR and Shift-DR only and is pulled up (reads 1) elsewhere. There is no TRST. At
  * power-up TCK is low, TMS and TDI are pulled up, and the TAP is in Test-Logic-Reset.
  *
- * Order. Devices are numbered from 1 at the TDI end; the last one is nearest TDO. A register's
- * bit 0 is nearest TDO: it leaves first and is shifted in first.
- *
- * Every device has an instruction register of 8 bits and these registers:
- *   BYPASS   instruction 0xFF and every one that the device does not know; 1 bit, captures 0
- *   IDCODE   instruction 6 or 224, as configured; 32 bits; selected in Test-Logic-Reset (a device
- *            without an IDCODE selects BYPASS there)
- * Capture-IR loads bits 1..0 with 01, bit 2 with "programming mode", bit 3 with "busy", bit 4 with
- * "failed" and bits 7..5 with 0 (a device without a programmable part: 0x01).
- *
- * The programmable part has rows of configuration memory, whose erased bits are 1, and knows these
- * instructions beside:
- *   ENABLE   1-bit register. Update-IR enters programming mode; on entry the address, "done" and
- *            "failed" become 0.
- *   DISABLE  1-bit register. Update-IR leaves programming mode.
- *   ERASE    1-bit register. Update-IR begins an erase of the whole memory.
- *   ADDRESS  32 bits, captures the address; Update-DR sets it.
- *   PROGRAM  one row, captures zeros; Update-DR latches row and address, begins programming and
- * adds 1 to the address. Programming makes 1 into 0 where the data is 0 and never 0 into 1; a row
- * that then differs from its data sets "failed". READ     one row, captures the row at the address;
- * Update-DR adds 1 to the address. STATUS   8 bits: bit 0 programming mode, 1 busy, 2 done (the
- * last operation took), 3 failed, 7..4 zero. Works outside programming mode too. Outside
- * programming mode the others (but ENABLE) have their registers, capture zeros and do nothing. An
- * address past the last row reads as ones and fails to program.
- *
- * An erase or a program takes once the TAP has stayed in Run-Test/Idle for the configured number of
- * TCK after it began: rising edges that find the TAP in Run-Test/Idle and leave it there. BYPASS,
- * IDCODE and STATUS may be loaded meanwhile; the time in Run-Test/Idle adds up. Any other
- * instruction, a second PROGRAM row, or Test-Logic-Reset abandons it: the memory is not touched and
- * "failed" is set. Test-Logic-Reset also leaves programming mode; "failed" stays readable.
+ * Order. Devices are numbered from 1 at the TDI end; the last one is nearest TDO. Bit 0 of a
+ * register is nearest TDO: it leaves first and is shifted in first.
  */
 #ifndef SIM_SIM_H
 #define SIM_SIM_H
@@ -51,7 +23,33 @@ typedef unsigned int sim_u32;
 typedef unsigned long long sim_u64;
 typedef __SIZE_TYPE__ sim_size;
 
-/* Instructions that a device may know; the low 8 bits of the register. */
+/* clang-format off */
+/*
+ * The instructions of a device. The instruction register has 8 bits. Capture-IR loads bits 1..0
+ * with 01, bit 2 with "programming mode", bit 3 with "busy", bit 4 with "failed" and bits 7..5 with
+ * 0 (in a device without a programmable part: 0x01).
+ *
+ *   instruction  register  captures     does
+ *   BYPASS       1 bit     0            nothing; every instruction that the device does not know is
+ *                                       BYPASS
+ *   IDCODE       32 bits   the IDCODE   nothing; is 6 or 224, as configured. Test-Logic-Reset
+ *                                       selects it, or BYPASS in a device without an IDCODE
+ *   ENABLE       1 bit     0            Update-IR enters programming mode; on entry the address,
+ *                                       "done" and "failed" become 0
+ *   DISABLE      1 bit     0            Update-IR leaves programming mode
+ *   ERASE        1 bit     0            Update-IR begins to erase the whole memory
+ *   ADDRESS      32 bits   the address  Update-DR sets the address
+ *   PROGRAM      a row     0            Update-DR latches row and address, begins to program the
+ *                                       row and adds 1 to the address
+ *   READ         a row     the row at   Update-DR adds 1 to the address
+ *                          the address
+ *   STATUS       8 bits    sim_status   nothing
+ *
+ * From ENABLE on they are those of the programmable part, which has rows of configuration memory.
+ * Outside programming mode all of them but ENABLE and STATUS have their registers, capture 0 and
+ * do nothing.
+ */
+/* clang-format on */
 enum sim_instruction {
   SIM_IDCODE_6 = 6,
   SIM_ENABLE = 0x10,
@@ -65,11 +63,23 @@ enum sim_instruction {
   SIM_BYPASS = 0xff
 };
 
-/* Bits of the STATUS register. */
+/*
+ * Erasing sets all bits. Programming makes 1 into 0 where the data is 0 and never 0 into 1; a row
+ * that then differs from its data sets "failed". An address past the last row reads as ones and
+ * fails to program.
+ *
+ * An erase or a program takes effect once the TAP has stayed in Run-Test/Idle for the configured
+ * number of TCK after it began: rising edges that find the TAP in Run-Test/Idle and leave it there.
+ * BYPASS, IDCODE and STATUS may be loaded meanwhile; the time in Run-Test/Idle adds up. Any other
+ * instruction, a second PROGRAM row, or Test-Logic-Reset abandons it: the memory is not touched and
+ * "failed" is set. Test-Logic-Reset also leaves programming mode; "failed" stays readable.
+ */
+
+/* Bits of the STATUS register; the others are 0. */
 enum sim_status {
-  SIM_STATUS_ENABLED = 1,
+  SIM_STATUS_ENABLED = 1, /* programming mode */
   SIM_STATUS_BUSY = 2,
-  SIM_STATUS_DONE = 4,
+  SIM_STATUS_DONE = 4, /* the last operation took effect */
   SIM_STATUS_FAILED = 8
 };
 
@@ -101,7 +111,7 @@ struct sim_device_config {
   sim_u32 idcode_instruction; /* 6 or 224 (0 is taken as 6) */
   sim_u32 rows;               /* rows of configuration memory; 0: no programmable part */
   sim_u32 row_bits;           /* bits in a row, at least 1 where there are rows */
-  sim_u32 erase_clocks;       /* TCK in Run-Test/Idle that an erase needs; 0: takes at once */
+  sim_u32 erase_clocks;       /* TCK in Run-Test/Idle that an erase needs; 0: none */
   sim_u32 program_clocks;     /* the same for a row */
   sim_u32 blank;              /* 1: the memory is erased at first (ones); 0: it holds zeros */
 };
@@ -114,13 +124,13 @@ struct sim_config {
 
 struct sim_chain;
 
-/* Bytes of memory that a chain needs; 0 when the configuration is impossible (an instruction other
+/* Bytes of memory that a chain needs; 0 if the configuration is impossible (an instruction other
  * than 6 and 224, rows of 0 bits, or a size past 2^40). */
 sim_size sim_chain_size(const struct sim_config *config);
 
 /* Makes a chain, powered up, in memory of sim_chain_size(config) bytes that is aligned to 8. The
  * memory stays the caller's and must outlive the chain; there is nothing to destroy. Returns null
- * when memory is null or the configuration is impossible. */
+ * if memory is null or the configuration is impossible. */
 struct sim_chain *sim_chain_create(void *memory, const struct sim_config *config);
 
 /* Turns the power off and on: TAP, instructions and part status as at first, pins as they were
@@ -129,8 +139,8 @@ void sim_chain_power_cycle(struct sim_chain *chain);
 
 /* ---- pins */
 
-/* Drives TCK, TMS or TDI to a level (0 low, anything else high). Only a change of level does
- * anything; SIM_TDO is ignored. */
+/* Drives TCK, TMS or TDI to a level (0 low, anything else high). Only a change of level has an
+ * effect; SIM_TDO is ignored. */
 void sim_chain_write(struct sim_chain *chain, enum sim_line line, int level);
 
 /* The level of a line, 0 or 1: what was driven, or for SIM_TDO what the chain puts out. */
@@ -160,7 +170,7 @@ sim_u8 sim_chain_status(struct sim_chain *chain, sim_u32 device);
  * be written. Null where there is no such row. */
 sim_u8 *sim_chain_row(struct sim_chain *chain, sim_u32 device, sim_u32 row);
 
-/* ---- counters, from the chain's making or the last clear */
+/* ---- counters, since the chain was made or they were cleared */
 
 struct sim_counters {
   sim_u64 clocks[SIM_STATE_COUNT]; /* rising edges of TCK, by the state that they found */
@@ -195,8 +205,8 @@ const struct sim_scan *sim_chain_next_scan(const struct sim_chain *chain,
 int sim_scan_tdi(const struct sim_scan *scan, sim_u32 bit);
 int sim_scan_tdo(const struct sim_scan *scan, sim_u32 bit);
 
-/* Scans that the log's memory did not hold. One that does not fit is dropped whole; shorter ones
- * after it may still find room. */
+/* Scans for which the log had no room. Such a scan is dropped whole; shorter ones after it may
+ * still fit. */
 sim_u64 sim_chain_dropped_scans(const struct sim_chain *chain);
 
 /* Empties the log and its count of dropped scans. A scan under way is not logged. */
@@ -212,7 +222,7 @@ enum sim_fault_kind {
   SIM_FAULT_DEAD_ROW,    /* row `second` (from 0) of device `first` stays as it is when it is
                             programmed and does not set "failed"; an erase still clears it */
   SIM_FAULT_MISSING,     /* device `first` is not fitted and its place is bridged from TDI to TDO:
-                            the chain is shorter. From the next Capture on */
+                            from the next Capture on the chain is shorter */
   SIM_FAULT_KIND_COUNT
 };
 
@@ -223,12 +233,12 @@ struct sim_fault {
 };
 
 /* Sets a fault beside those of other kinds; it replaces an earlier one of its own kind, and the two
- * stuck levels replace each other. Returns 0, or -1 and changes nothing when it names a device, row
+ * stuck levels replace each other. Returns 0, or -1 and changes nothing if it names a device, row
  * or scan that cannot be. */
 int sim_chain_set_fault(struct sim_chain *chain, const struct sim_fault *fault);
 void sim_chain_clear_faults(struct sim_chain *chain);
 
-/* The fault of a kind if it is set: fills *fault and returns 1, else returns 0. */
+/* Returns 1 and fills *fault if a fault of the kind is set, else returns 0. */
 int sim_chain_fault(const struct sim_chain *chain, enum sim_fault_kind kind,
                     struct sim_fault *fault);
 
