@@ -79,6 +79,8 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{R"({"devices": [{"idcode": "0x123456789"}]})", "c: /devices/0/idcode", "1 to 8"},
         Wrong{R"({"devices": [{"idcode": 1, "instruction": 7}]})", "c: /devices/0/instruction",
               "6 or 224"},
+        Wrong{R"({"devices": [{"instruction": 224}]})", "c: /devices/0/instruction",
+              "this needs a member \"idcode\" beside it"},
         Wrong{R"({"devices": [{"part": {"row": 3}}]})", "c: /devices/0/part",
               "given: \"rows\", \"bits\", \"erase\", \"program\", \"blank\""},
         Wrong{R"({"devices": [{"part": {"rows": 3}}]})", "c: /devices/0/part", "\"bits\""},
@@ -92,6 +94,8 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{R"({"devices": [{}], "faults": [{"kind": "stuck"}]})", "c: /faults/0/kind",
               "this must be one of \"tdo-stuck-0\", \"tdo-stuck-1\", \"flip\", \"dead-row\", "
               "\"missing\""},
+        Wrong{R"({"devices": [{}], "faults": [{"kind": "missing", "device": 1, "row": 2}]})",
+              "c: /faults/0", "no member \"row\" here; these may be given: \"kind\", \"device\""},
         Wrong{R"({"devices": [{}], "faults": [{"kind": "flip", "clock": 1}]})", "c: /faults/0",
               "these may be given: \"kind\", \"scan\", \"bit\", \"device\", \"row\""},
         Wrong{R"({"devices": [{}], "faults": [{"kind": "missing"}]})", "c: /faults/0",

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tools/rehearse/target_chain.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -21,7 +23,7 @@ using Names = std::vector<std::string>;
 std::string List(const Names &names) {
   std::string list;
   for (const std::string &name : names) {
-    list += (list.empty() ? "\"" : ", \"") + name + '"';
+    list += fmt::format("{}\"{}\"", list.empty() ? "" : ", ", name);
   }
   return list;
 }
@@ -42,7 +44,7 @@ class Node {
 
   Node At(const std::string &member) const {
     if (!Has(member)) {
-      Fail("there must be a member \"" + member + "\" here");
+      Fail(fmt::format("there must be a member \"{}\" here", member));
     }
     return Node(value_[member], name_, path_ + '/' + member);
   }
@@ -66,7 +68,8 @@ class Node {
     }
     for (const auto &[key, value] : value_.items()) {
       if (std::find(members.begin(), members.end(), key) == members.end()) {
-        Fail("there is no member \"" + key + "\" here; these may be given: " + List(members));
+        Fail(fmt::format("there is no member \"{}\" here; these may be given: {}", key,
+                         List(members)));
       }
     }
   }
@@ -102,7 +105,7 @@ class Node {
     const bool hex = text.size() > 2 && text.size() <= 10 && text.compare(0, 2, "0x") == 0 &&
                      text.find_first_not_of("0123456789abcdefABCDEF", 2) == std::string::npos;
     if (!hex) {
-      Fail("\"" + text + "\" is no number; write \"0x\" and 1 to 8 hexadecimal digits");
+      Fail(fmt::format("\"{}\" is no number; write \"0x\" and 1 to 8 hexadecimal digits", text));
     }
     return static_cast<uint32_t>(std::stoul(text, nullptr, 16));
   }
@@ -123,32 +126,41 @@ Names FieldNames(std::initializer_list<sim_field_place> places) {
   return names;
 }
 
-uint32_t ReadField(const Node &node, const sim_field &field) {
+uint32_t ReadValue(const Node &node, const sim_field &field) {
   return field.kind == SIM_FLAG ? node.Flag() : node.Number();
 }
 
-// Reads from the object `node` the fields of that place that may be left out.
-void ReadFields(const Node &node, sim_field_place place, sim_device_config &device) {
+// A field that the object has.
+uint32_t ReadField(const Node &object, const sim_field &field) {
+  const Node node = object.At(field.name);
+  const uint32_t value = ReadValue(node, field);
+  if (!sim_field_allows(&field, value)) {
+    node.Fail(field.advice);
+  }
+  if (field.needs != SIM_FIELD_COUNT && !object.Has(sim_fields[field.needs].name)) {
+    node.Fail(fmt::format("this needs a member \"{}\" beside it", sim_fields[field.needs].name));
+  }
+  return value;
+}
+
+// The fields of that place, which may be left out.
+void ReadFields(const Node &object, sim_field_place place, sim_device_config &device) {
   for (const sim_field &field : sim_fields) {
-    if (field.place != place) {
-      continue;
+    if (field.place == place) {
+      const bool given = object.Has(field.name);
+      sim_field_set(&field, &device, given ? ReadField(object, field) : field.absent);
     }
-    const bool given = node.Has(field.name);
-    const uint32_t value = given ? ReadField(node.At(field.name), field) : field.absent;
-    if (given && !sim_field_allows(&field, value)) {
-      node.At(field.name).Fail(field.advice);
-    }
-    sim_field_set(&field, &device, value);
   }
 }
 
+// The fields that every part has. They are judged together, when all are known.
 void ReadSize(const Node &node, sim_device_config &device) {
   const char *wrong = nullptr;
   for (const sim_field &field : sim_fields) {
     if (field.place != SIM_SIZE_OF_PART) {
       continue;
     }
-    const uint32_t value = ReadField(node.At(field.name), field);
+    const uint32_t value = ReadValue(node.At(field.name), field);
     wrong = sim_field_allows(&field, value) ? wrong : field.advice;
     sim_field_set(&field, &device, value);
   }
@@ -172,10 +184,21 @@ sim_device_config ReadDevice(const Node &node) {
   return device;
 }
 
+// The members that tell a fault of some kind, and those of one kind.
 Names FaultMembers() {
   Names members = {"kind"};
   for (int number = SIM_NO_NUMBER + 1; number < SIM_FAULT_NUMBER_COUNT; ++number) {
     members.push_back(sim_fault_number_names[number]);
+  }
+  return members;
+}
+
+Names FaultMembers(const sim_fault_form &form) {
+  Names members = {"kind"};
+  for (const sim_fault_number number : form.numbers) {
+    if (number != SIM_NO_NUMBER) {
+      members.push_back(sim_fault_number_names[number]);
+    }
   }
   return members;
 }
@@ -201,7 +224,9 @@ sim_fault ReadFault(const Node &node) {
   }
   const sim_fault_form &form = sim_fault_forms[kind];
   const uint32_t first = ReadFaultNumber(node, form.numbers[0]);
-  return {kind, first, ReadFaultNumber(node, form.numbers[1])};
+  const uint32_t second = ReadFaultNumber(node, form.numbers[1]);
+  node.ExpectMembers(FaultMembers(form));
+  return {kind, first, second};
 }
 
 json ParseText(std::string_view text, const std::string &name) {
@@ -211,7 +236,7 @@ json ParseText(std::string_view text, const std::string &name) {
     const size_t offset = std::min(error.byte == 0 ? 0 : error.byte - 1, text.size());
     const svf::Position at = svf::LineIndex(text).At(offset);
     throw Failure("this is no JSON; a chain is described as {\"devices\": [{...}, ...]}",
-                  name + ':' + std::to_string(at.line) + ':' + std::to_string(at.column));
+                  fmt::format("{}:{}:{}", name, at.line, at.column));
   } catch (const json::out_of_range &) {
     throw Failure("a number in it is larger than can be read; all numbers here are whole ones",
                   name);
@@ -251,7 +276,7 @@ ChainTarget::ChainTarget(const ChainDescription &description, const std::string 
   for (size_t i = 0; i < description.faults.size(); ++i) {
     if (sim_chain_set_fault(chain_.get(), &description.faults[i]) != 0) {
       throw Failure("the chain has no such device, row or scan",
-                    name + ": /faults/" + std::to_string(i));
+                    fmt::format("{}: /faults/{}", name, i));
     }
   }
 }
@@ -270,7 +295,7 @@ std::string ChainTarget::Memory() {
       for (const char bit : chain_.Row(device, row)) {
         bits.Push(bit == '1');
       }
-      text += std::to_string(device) + ' ' + std::to_string(row) + ' ' + bits.Hex() + '\n';
+      text += fmt::format("{} {} {}\n", device, row, bits.Hex());
     }
   }
   return text;

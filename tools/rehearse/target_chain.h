@@ -12,8 +12,8 @@
 
 namespace tool {
 
-// A chain as a file describes it: devices from the TDI end to the TDO end, and faults to begin
-// with.
+// A chain as a file describes it: devices from the TDI end to the TDO end, and the faults that it
+// has at first.
 struct ChainDescription {
   std::vector<sim_device_config> devices;
   std::vector<sim_fault> faults;
@@ -21,25 +21,19 @@ struct ChainDescription {
 
 // Reads the JSON of a chain:
 //   {"devices": [DEVICE, ...], "faults": [FAULT, ...]}     faults may be left out
-// A DEVICE is an object; one without members has BYPASS alone.
-//   "idcode"       its IDCODE, a number or a string as "0x0A014C35"
-//   "instruction"  the instruction that selects it, 6 (if left out) or 224
-//   "part"         a programmable part, {"rows": N, "bits": N} and
-//                  "erase", "program": TCK in Run-Test/Idle that they need (if left out 100 and 20)
-//                  "blank": true if the memory is erased at first; else it holds zeros
-// A FAULT is one of
-//   {"kind": "tdo-stuck-0"}  {"kind": "tdo-stuck-1"}
-//   {"kind": "flip", "scan": N, "bit": N}         a bit, from 0, of a DR scan, from 1, is inverted
-//   {"kind": "dead-row", "device": N, "row": N}   a row, from 0, of a device, from 1, is not
-//   written
-//   {"kind": "missing", "device": N}              a device, from 1, is not fitted but bridged
+// The words, the rules and what may be left out are those of the tables in sim/config.h. A DEVICE
+// is an object with the fields of a device and, for one with a programmable part, a member "part"
+// with the fields of the part; {} is a device with BYPASS alone. A FAULT is an object with its
+// "kind" and its numbers. Numbers may be strings as "0x0A014C35". For example:
+//   {"devices": [{"idcode": "0x0A014C35", "part": {"rows": 16, "bits": 128, "blank": true}}, {}],
+//    "faults": [{"kind": "dead-row", "device": 1, "row": 3}]}
 // Throws Failure, whose place is "NAME:LINE:COLUMN" or "NAME: /devices/0/idcode", for anything
 // else.
 ChainDescription ParseChain(std::string_view json, const std::string &name);
 
 class ChainTarget : public Target {
  public:
-  // Throws Failure, naming `name`, if there cannot be such a chain or such a fault.
+  // Throws Failure, naming `name`, if such a chain or such a fault is impossible.
   ChainTarget(const ChainDescription &description, const std::string &name);
 
   void Write(Line line, bool level) override;
@@ -47,9 +41,9 @@ class ChainTarget : public Target {
     return chain_.Tdo();
   }
 
-  // The configuration memory as text, a line a row:
+  // The configuration memory as text, one line per row:
   //   DEVICE ROW HEX
-  // devices from 1, rows from 0, the bit that is shifted first being the lowest of the last digit.
+  // devices from 1, rows from 0; the bit that is shifted first is the lowest of the last digit.
   std::string Memory();
 
  private:
