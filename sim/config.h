@@ -1,8 +1,11 @@
 /* SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only */
 /*
  * How a chain is described: the words, in two tables, and the text of a module parameter, which is
- * one grammar over them. Whatever reads or writes descriptions in another grammar goes by the same
- * tables, so that a field or a fault has one name, one default and one rule everywhere.
+ * one grammar over them. Any other grammar goes by the same tables, so that a field or a fault has
+ * one name, one default and one rule everywhere.
+ *
+ * A new fault is a kind in sim.h with what it does, its row in the table, and the code that acts it
+ * out, which finds it in the chain's `faults`.
  */
 #ifndef SIM_CONFIG_H
 #define SIM_CONFIG_H
@@ -28,7 +31,7 @@ enum sim_field_number {
 
 enum sim_field_place {
   SIM_IN_DEVICE,   /* the device's own; may be left out */
-  SIM_IN_PART,     /* the part's; may be left out, and is there only with a part */
+  SIM_IN_PART,     /* the part's; may be left out */
   SIM_SIZE_OF_PART /* the part's; every part has it */
 };
 
@@ -41,10 +44,10 @@ struct sim_field {
   sim_size offset;              /* of its value, a sim_u32, in struct sim_device_config */
   sim_u32 absent;               /* its value where it is left out */
   int (*allows)(sim_u32 value); /* whether it may be given that value; null: any */
-  const char *wrong;            /* what it must be, where not every value is allowed */
+  const char *wrong;            /* why a value is refused; null: none is */
   const char *advice;           /* the same in full, with what to do instead */
-  enum sim_field_number needs;  /* is given only with this one; SIM_FIELD_COUNT: with any */
-  const char *lacking;          /* what it needs, where it cannot stand alone */
+  enum sim_field_number needs;  /* the field that must be given with it; SIM_FIELD_COUNT: none */
+  const char *lacking;          /* why it is refused without that or, in a part, without the part */
 };
 
 extern const struct sim_field sim_fields[SIM_FIELD_COUNT]; /* by enum sim_field_number */
@@ -71,7 +74,7 @@ enum sim_fault_number {
 struct sim_fault_form {
   const char *name;
   enum sim_fault_number numbers[2]; /* `first` and `second` of struct sim_fault */
-  enum sim_fault_kind excludes;     /* cannot be set beside it: the later one replaces the other */
+  enum sim_fault_kind excludes;     /* the kind that it replaces; its own or another */
 };
 
 extern const struct sim_fault_form sim_fault_forms[SIM_FAULT_KIND_COUNT]; /* by sim_fault_kind */

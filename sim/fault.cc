@@ -54,7 +54,7 @@ bool ReadFault(Scanner &scanner, sim_fault &fault) {
          (scanner.Expect(':', "':' is expected") && scanner.TakeNumber(fault.second));
 }
 
-// Appends to a text that is cut to its size but counts on.
+// Writes a text that is cut to its size, and counts the characters of the whole.
 class Writer {
  public:
   Writer(char *text, sim_size size) : text_(text), size_(size) {}

@@ -132,19 +132,6 @@ TEST(SimConfig, TheTableHasTheWords) {
             "tdo-stuck-0( ) tdo-stuck-1( ) flip(scan bit) dead-row(device row) missing(device ) ");
 }
 
-// A configuration that was not read from a description keeps the same rules.
-TEST(SimConfig, ImpossibleChainsHaveNoSize) {
-  const auto size = [](const sim_device_config &device) {
-    const sim_config config = {&device, 1, 0};
-    return sim_chain_size(&config);
-  };
-  EXPECT_NE(size({1, 6, 2, 8, 0, 0, 0}), 0u);
-  EXPECT_NE(size({0, 0, 0, 0, 0, 0, 0}), 0u);
-  EXPECT_NE(size({1, 224, 0, 0, 0, 0, 0}), 0u);
-  EXPECT_EQ(size({1, 7, 0, 0, 0, 0, 0}), 0u);
-  EXPECT_EQ(size({1, 6, 2, 0, 0, 0, 0}), 0u);
-}
-
 TEST(SimConfig, HostChainNamesTheError) {
   try {
     sim::Chain chain("bypass;nothing");

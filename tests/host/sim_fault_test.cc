@@ -137,7 +137,7 @@ TEST_F(SimFault, ALaterDeadRowReplacesTheFirst) {
   EXPECT_EQ(chain_.Row(1, 2), "11111111");
 }
 
-// A row that had its clocks before the fault came has taken, though nobody has looked.
+// A row that had its clocks before the fault was set is programmed, though nobody has looked yet.
 TEST_F(SimFault, DeadRowDoesNotReachBack) {
   ProgramRows();
   chain_.SetFaults("dead-row=1:2");

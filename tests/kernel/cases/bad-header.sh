@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-# A file that is none: not one line moves.
+# A file with a bad header: not one line moves.
 load_all "$alone"
 fails bad-header.tvb
 same_bytes 'the log' "m7 cplddownload start file len $(size_of bad-header.tvb)\r\n\

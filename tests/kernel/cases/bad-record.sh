@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-# Records that there are not, and fields that there are not.
+# Records and fields that do not exist.
 load_all "$alone"
 fails unknown-opcode.tvb
 same_bytes 'the log of the unknown opcode' "m7 cplddownload start file len \

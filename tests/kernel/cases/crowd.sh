@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 # Four writers who do not wait for each other, and a reader of everything: each download is either
-# completed or refused, and what is read is always one of the texts that there are.
+# completed or refused, and what is read is always one of the known texts.
 load_all "$three"
 
 # writer FILE: fifteen downloads, their answers to FILE.

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-# A row that does not take what is programmed.
+# A row that cannot be programmed.
 load_all "$alone"
 set_faults dead-row=1:3
 fails alone.tvb

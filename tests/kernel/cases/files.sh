@@ -1,16 +1,16 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-# Root writes to and reads from every file that the modules show, whatever its mode: what a file is
-# not for is an error, nothing is worse than an error, and a download goes well afterwards.
+# Root writes to and reads from every file that the modules show, whatever its mode: what the mode
+# does not allow is refused, the kernel never complains, and a download succeeds afterwards.
 load_all "$three"
 
-# What there must be at least, or the walk below would find nothing and be content.
+# The least that there must be, so that a walk that finds nothing does not pass.
 equal 'the files of the chain' 'chain counters faults memory power scans state' "$(ls $sim | xargs)"
 equal 'the files of the log' 'bytes dropped' "$(ls ${log%/*} | xargs)"
 equal 'the parameters' 'base chain faults log_kib store_kib tck tdi tdo tms' \
   "$(ls /sys/module/log/parameters /sys/module/cpldjtag/parameters \
     /sys/module/jtag_sim/parameters | grep -v '^/' | xargs | tr ' ' '\n' | sort | xargs)"
 
-# error_of COMMAND: what the shell or the command complains of, without the names before it.
+# error_of COMMAND: prints why it failed, without the names before the reason; nothing if it did not.
 error_of() {
   sh -c "$1" 2>&1 >/dev/null | sed 's/.*: //'
 }

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-# Names of files that are not there, are empty, or cannot be: the driver is not even asked.
+# Names of missing and empty files, and impossible names: the driver is not even called.
 load_all "$alone"
 completes alone.tvb
 clear_log

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-# Chains and faults that cannot be are refused; those that can read back as they were set.
+# Impossible chains and faults are refused; the others read back as they were set.
 load_log
-refused 'a chain that is none' load_sim nonsense
-refused 'an instruction that is none' load_sim idcode=1,instruction=7
-refused 'a fault that is none' insmod $modules/jtag_sim.ko faults=nonsense
+refused 'a chain of unknown words' load_sim nonsense
+refused 'an impossible instruction' load_sim idcode=1,instruction=7
+refused 'an unknown fault' insmod $modules/jtag_sim.ko faults=nonsense
 refused 'a device that is not there' insmod $modules/jtag_sim.ko faults=missing=2
 load_sim "$three"
 equal 'the chain' '1: idcode 0x00000013 by 224

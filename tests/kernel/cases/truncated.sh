@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-# A file that is cut off anywhere. It is good where a record ends and nowhere else.
+# A file that is cut off anywhere. It is good only if it ends where a record ends.
 load_all "$three"
 size=$(size_of idcode.tvb)
 cut=1
