@@ -13,9 +13,6 @@ namespace {
 constexpr size_t kEntries = 1 << 9;
 constexpr size_t kLargestKnown = 1 << 14;
 
-// Up to here no encoding is smaller than raw.
-constexpr size_t kAlwaysRaw = 2;
-
 bool AllOnes(tvb::Bytes bytes) {
   return std::all_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte == 0xFF; });
 }
@@ -30,7 +27,7 @@ BlockEncoder::BlockEncoder(bool plain, const tvb::BlockChoice &choice)
 }
 
 void BlockEncoder::Append(tvb::Buffer &out, tvb::Bytes data) {
-  const bool smallest_is_raw = !choice_.encoding && data.size() <= kAlwaysRaw;
+  const bool smallest_is_raw = !choice_.encoding && tvb::RawIsSmallest(data.size());
   if (!IsRaw() && !smallest_is_raw) {
     tvb::Append(out, Encode(data));
     return;
@@ -42,7 +39,7 @@ void BlockEncoder::Append(tvb::Buffer &out, tvb::Bytes data) {
 }
 
 void BlockEncoder::AppendFree(tvb::Buffer &out, uint32_t bits, tvb::Bytes data, tvb::Bytes care) {
-  if (IsRaw() || data.size() <= kAlwaysRaw) {
+  if (IsRaw() || tvb::RawIsSmallest(data.size())) {
     Append(out, data);
     return;
   }
@@ -69,7 +66,7 @@ bool BlockEncoder::IsRaw() const {
 }
 
 const tvb::Buffer &BlockEncoder::Encode(tvb::Bytes data) {
-  if (data.size() <= kAlwaysRaw || data.size() > kLargestKnown) {
+  if (tvb::RawIsSmallest(data.size()) || data.size() > kLargestKnown) {
     last_ = tvb::EncodeBlock(data, choice_);
     return last_;
   }
