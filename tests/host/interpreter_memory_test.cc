@@ -121,7 +121,7 @@ TEST_F(InterpreterMemory, BlockThatCannotBeAllocatedIsNotAskedFor) {
     EXPECT_EQ(pins_.writes(), 0u);
   }
   for (const shim::Allocation &allocation : shim::Allocations()) {
-    EXPECT_LE(allocation.size, shim::kLargestBlock);
+    EXPECT_LE(allocation.size, shim::kMaxBlock);
   }
 }
 
@@ -170,7 +170,7 @@ TEST_F(InterpreterMemory, VectorPastTheAllocatorsEnd) {
   EXPECT_EQ(pins_.writes(), 0u);
   EXPECT_EQ(g_status, 0u);
   for (const shim::Allocation &allocation : shim::Allocations()) {
-    EXPECT_LE(allocation.size, shim::kLargestBlock);
+    EXPECT_LE(allocation.size, shim::kMaxBlock);
   }
 }
 

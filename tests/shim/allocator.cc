@@ -20,7 +20,8 @@ namespace shim {
 namespace {
 
 constexpr size_t kZone = 64;
-constexpr uint8_t kZoneByte = 0xBD;
+constexpr uint8_t kLowerZoneByte = 0xBD;
+constexpr uint8_t kUpperZoneByte = 0xDB;
 constexpr uint8_t kFreedByte = 0x6B;
 constexpr size_t kQuarantineBytes = size_t{32} << 20;
 constexpr size_t kQuarantineBlocks = 8192;
@@ -46,6 +47,7 @@ struct State {
   size_t live_requests = 0;
   std::vector<Allocation> requests;
   std::vector<std::string> violations;
+  size_t frees_of_null = 0;
   uint64_t requests_from_plan = 0;
   uint64_t fail_at = 0;
   uint64_t fail_from = 0;
@@ -81,8 +83,8 @@ void Unguard(const Block &block) {
 
 void VerifyZones(const Block &block) {
   Unguard(block);
-  const bool below = AllBytes(block.base, kZone, kZoneByte);
-  const bool above = AllBytes(block.data() + block.size, kZone, kZoneByte);
+  const bool below = AllBytes(block.base, kZone, kLowerZoneByte);
+  const bool above = AllBytes(block.data() + block.size, kZone, kUpperZoneByte);
   if (!below) {
     Violation("write before the " + Describe(block));
   }
@@ -97,9 +99,9 @@ void *NewLiveBlock(size_t size, uint8_t fill, bool requested) {
   if (block.base == nullptr) {
     std::abort();
   }
-  std::memset(block.base, kZoneByte, kZone);
+  std::memset(block.base, kLowerZoneByte, kZone);
   std::memset(block.data(), fill, size);
-  std::memset(block.data() + size, kZoneByte, kZone);
+  std::memset(block.data() + size, kUpperZoneByte, kZone);
   Guard(block);
   state.live.emplace(block.data(), block);
   state.live_bytes += size;
@@ -146,7 +148,7 @@ bool Permitted(size_t size, uint32_t flags) {
     Violation("request with the flags " + std::to_string(flags));
     permitted = false;
   }
-  if (size > kLargestBlock) {
+  if (size > kMaxBlock) {
     Violation("request of " + std::to_string(size) + " bytes, more than a kernel gives");
     permitted = false;
   }
@@ -219,6 +221,10 @@ size_t SizeOf(const void *pointer) {
 
 bool IsLive(const void *pointer) {
   return Find(pointer) != nullptr;
+}
+
+size_t FreesOfNull() {
+  return TheState().frees_of_null;
 }
 
 void FailAllocation(uint64_t n) {
@@ -299,6 +305,8 @@ void *krealloc(const void *pointer, size_t size, uint32_t flags) {
 void kfree(const void *pointer) {
   if (pointer != nullptr) {
     shim::Free(pointer);
+  } else {
+    ++shim::TheState().frees_of_null;
   }
 }
 

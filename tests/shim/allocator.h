@@ -2,10 +2,11 @@
 //
 // The kernel's allocator: __kmalloc, krealloc and kfree with a guard on every side.
 //
-// Each block lies between two red zones, verified when it is freed and when the test ends. A freed
-// block is filled with a poison byte and kept in quarantine, verified when it leaves. krealloc
-// always moves. Memory that nobody asked to be zeroed is filled with kFill. In a build with the
-// address sanitizer, red zones and freed blocks also trap the access itself.
+// Each block lies between two red zones of different bytes, so that copying one into the other
+// shows too; they are verified when the block is freed and when the test ends. A freed block is
+// filled with a poison byte and kept in quarantine, verified when it leaves. krealloc always moves.
+// Memory that nobody asked to be zeroed is filled with kFill. In a build with the address
+// sanitizer, red zones and freed blocks also trap the access itself.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +26,7 @@ constexpr uint32_t kGfpKernelZero = 0xDC0;
 
 // Kernel allocations end here. A larger request makes the kernel warn, so it is a violation to
 // ask, besides being refused.
-constexpr size_t kLargestBlock = size_t{4} << 20;
+constexpr size_t kMaxBlock = size_t{4} << 20;
 
 // One request of the driver, as it was made.
 struct Allocation {
@@ -50,6 +51,9 @@ size_t SizeOf(const void *pointer);
 
 // Whether a block starts at `pointer` and is live.
 bool IsLive(const void *pointer);
+
+// How often null was freed since Reset(). The kernel takes it; a caller of the driver can see it.
+size_t FreesOfNull();
 
 // Makes the n-th request from now fail, once (1: the very next). 0: none.
 void FailAllocation(uint64_t n);

@@ -23,6 +23,7 @@ struct File {
 struct State {
   std::vector<std::unique_ptr<File>> files;
   bool fail = false;
+  size_t reads = 0;
 };
 
 State &TheState() {
@@ -41,6 +42,7 @@ File *Find(void *file) {
 }
 
 ssize_t Read(void *handle, void *buffer, size_t count, int64_t *position) {
+  ++TheState().reads;
   File *file = Find(handle);
   if (file == nullptr || TheState().fail) {
     return kInputOutputError;
@@ -72,6 +74,10 @@ int64_t FilePosition(void *file) {
 
 void FailReads(bool fail) {
   TheState().fail = fail;
+}
+
+size_t Reads() {
+  return TheState().reads;
 }
 
 void ResetFiles() {

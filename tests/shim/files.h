@@ -3,6 +3,7 @@
 // Open kernel files: kernel_read, and m7_file_pos, which gives the address of a file's position.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -16,6 +17,9 @@ int64_t FilePosition(void *file);
 
 // Makes every later read fail with an error code (true), or succeed again (false).
 void FailReads(bool fail);
+
+// How often a file was read, failed reads included.
+size_t Reads();
 
 void ResetFiles();
 

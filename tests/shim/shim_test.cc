@@ -112,7 +112,12 @@ TEST_F(ShimTest, ZeroSizeBlocksAreDistinct) {
   EXPECT_EQ(shim::SizeOf(a), 0u);
   kfree(a);
   kfree(b);
+}
+
+TEST_F(ShimTest, CountsFreesOfNull) {
+  EXPECT_EQ(shim::FreesOfNull(), 0u);
   kfree(nullptr);
+  EXPECT_EQ(shim::FreesOfNull(), 1u);
 }
 
 TEST_F(ShimTest, RefusesWhatAKernelCannotGive) {
@@ -160,6 +165,16 @@ TEST_F(ShimTest, CatchesWritesAroundABlock) {
   block = Bytes(__kmalloc(8, kGfpKernel));
   block[-1] = 0;
   EXPECT_NONFATAL_FAILURE(kfree(block), "write before the block of 8 bytes");
+  shim::ResetAllocator();
+}
+
+TEST_F(ShimTest, CatchesACopyOfOneRedZoneIntoTheOther) {
+  auto *block = Bytes(__kmalloc(8, kGfpKernel));
+  block[-1] = block[8];
+  EXPECT_NONFATAL_FAILURE(kfree(block), "write before the block of 8 bytes");
+  block = Bytes(__kmalloc(8, kGfpKernel));
+  block[8] = block[-1];
+  EXPECT_NONFATAL_FAILURE(kfree(block), "write past the block of 8 bytes");
   shim::ResetAllocator();
 }
 
@@ -261,6 +276,7 @@ TEST_F(ShimTest, FilesHaveTheirOwnPosition) {
   EXPECT_EQ(kernel_read(open, buffer.data(), 5, m7_file_pos(open)), 0);
   shim::FailReads(true);
   EXPECT_LT(kernel_read(open, buffer.data(), 5, m7_file_pos(open)), 0);
+  EXPECT_EQ(shim::Reads(), 4u);
   EXPECT_NONFATAL_FAILURE(m7_file_pos(reinterpret_cast<file *>(buffer.data())), "no open file");
 }
 
