@@ -30,9 +30,9 @@ struct lzw {
 };
 
 static void free_tables(struct lzw *lzw) {
-  kfree(lzw->stack);
-  kfree(lzw->prefix);
-  kfree(lzw->suffix);
+  m7_free(lzw->stack);
+  m7_free(lzw->prefix);
+  m7_free(lzw->suffix);
 }
 
 static bool alloc_tables(struct lzw *lzw) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Reads from one device of a chain without a command file's help, and the chip IDCODE.
+// Reads from one device of a chain without a command file's help: its IDCODE, and the levels of its
+// IO pins; and the end of a session, when what the engine holds is freed.
 //
 // `level` is the target's position, counted from 1 at the TDI end, and `total` the number of
 // devices. Every device has an 8-bit instruction register; those not addressed are in BYPASS,
@@ -32,4 +33,27 @@ u8 *Quorlan_ExeSdrRdbkCommand(u32 level, u32 total, s32 bits);
 // Reads the target's IDCODE into g_chip_idcode and logs it, or why it could not be read: five
 // records, "DECODE CHIP : " and four bytes in hexadecimal, most significant first.
 void Quorlan_ReadIdCode(u32 level, u32 total);
+
+// The number of IO-status bits; 0 at load, and nothing in the module sets it.
+extern u32 g_io_len;
+
+// The IO status as it was read: a bit string, last bit read first, or null.
+extern u8 *g_chip_io_status;
+
+// The reference, one character an IO ('x': not watched), or null. Nothing in the module sets it.
+// Both strings are freed by Quorlan_FreeMemory.
+extern u8 *g_watch_ios;
+
+// Reads g_io_len bits into g_chip_io_status. A failure or a string of another length is reported to
+// the kernel log. Does nothing when g_io_len is 0.
+void Quorlan_ReadIOStatus(u32 level, u32 total);
+
+// Prints to the kernel log a row for every watched IO, i being its place in the reference and in
+// the order of reading: reference, level read, and whether they agree. A string that is shorter
+// than g_io_len counts with its terminator; what lies beyond has no row.
+void Quorlan_PrintIOStatus(void);
+
+// Frees and clears what the engine holds for a download: the vector, the four header/trailer
+// vectors, the IDCODE and IO-status strings and the IO reference. Calling it again is harmless.
+void Quorlan_FreeMemory(void);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "engine/padding.h"
 
+#include "engine/run_flag.h"
+#include "util/bit_string.h"
 #include "util/memory.h"
 
 extern "C" {
@@ -24,13 +26,9 @@ s32 m7_padding_index(signed char opcode) {
   return index >= 0 && index <= 3 ? index : -1;
 }
 
-bool m7_has_padding_vector(signed char opcode) {
-  return *g_padding_vectors[m7_padding_index(opcode)] != nullptr;
-}
-
 static void fill_vector(u8 *vector, u32 bits, const u8 *data) {
   for (u32 d = 0; d < bits; d++) {
-    const bool one = data && data[d / 8] >> (7 - d % 8) & 1;
+    const bool one = data && m7_register_bit(data, d);
     vector[d] = one ? CHARACTER_TDI_1 : CHARACTER_TDI_0;
   }
   vector[bits] = 0;
@@ -44,13 +42,15 @@ void Quorlan_GenHeadAndTrailerVec(signed char opcode, s32 bits, const u8 *data) 
   }
 
   u8 **vector = g_padding_vectors[index];
-  kfree(*vector);
+  m7_free(*vector);
   *vector = nullptr;
-  if (bits <= 0)
+  if (bits == 0)
     return;
-  u8 *built = m7_alloc_bytes(static_cast<u64>(bits) + 1);
-  if (!built)
+  u8 *built = bits > 0 ? m7_alloc_bytes(static_cast<u64>(bits) + 1) : nullptr;
+  if (!built) {
+    m7_stop(RESULT_NO_MEMORY);
     return;
+  }
 
   fill_vector(built, static_cast<u32>(bits), data);
   if (index <= INDEX_TIR)

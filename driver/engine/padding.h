@@ -24,13 +24,10 @@ extern u8 *g_tdr_vector, *g_tir_vector, *g_hdr_vector, *g_hir_vector;
 // -1 for any other opcode.
 s32 m7_padding_index(signed char opcode);
 
-// Returns whether the register of `opcode` (9 to 12) has a vector.
-bool m7_has_padding_vector(signed char opcode);
-
 // Rebuilds the vector of the register of `opcode` from `bits` bits of `data`, bit d (d = 0 shifted
 // first) being bit 7 - d mod 8 of byte d div 8; null stands for zeros. The last character of a
-// trailer has TMS 1: it is the last of its shift. The register is left without a vector when
-// `bits` is 0 or less or memory cannot be had. Any other opcode is reported to the kernel log and
-// changes nothing.
+// trailer has TMS 1: it is the last of its shift. With 0 bits the register has no vector. Nor has
+// it one when memory cannot be had, or `bits` is negative: the download is stopped then. Any other
+// opcode is reported to the kernel log and changes nothing.
 void Quorlan_GenHeadAndTrailerVec(signed char opcode, s32 bits, const u8 *data);
 }

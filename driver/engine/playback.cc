@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "engine/playback.h"
 
+#include "engine/run_flag.h"
 #include "engine/vector.h"
 #include "jtag_gpio.h"
 #include "kernel/log.h"
@@ -9,18 +10,9 @@
 
 extern "C" {
 
-u32 g_status = 1;
-s32 g_stop_code = RESULT_VERIFY_FAILED;
-
-void m7_stop_without_memory(void) {
-  g_status = 0;
-  g_stop_code = RESULT_NO_MEMORY;
-}
-
 static void stop_after_mismatch(void) {
   drv_log_record(LOG_MODULE_DOWNLOAD, LOG_INFO, 0, "Verify Failed\r\n");
-  g_status = 0;
-  g_stop_code = RESULT_VERIFY_FAILED;
+  m7_stop(RESULT_VERIFY_FAILED);
 }
 
 static inline u8 level(u8 character, u32 bit) {
@@ -32,10 +24,7 @@ static inline bool in_range(u32 i, u32 start, u32 end) {
 }
 
 static inline bool reads_tdo(const u8 *mask, u32 i, u32 start, u32 end) {
-  if (!mask || !in_range(i, start, end))
-    return false;
-  const u32 d = i - start;
-  return mask[d / 8] >> (7 - d % 8) & 1;
+  return mask && in_range(i, start, end) && m7_register_bit(mask, i - start);
 }
 
 // The first half of a period: TCK low, then what the target samples at the rising edge.

@@ -1,23 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Playing a finished vector on the lines, and the run flag that a failure clears.
+// Playing a finished vector on the lines.
 #pragma once
 
 #include "kernel/kernel.h"
-#include "util/result.h"
 
 extern "C" {
-
-// 1 while the download runs, 0 once something has failed: nothing is played then. 1 at load; set
-// to 1 by TvbToVec for every download.
-extern u32 g_status;
-
-// The result of a download whose g_status is 0: RESULT_VERIFY_FAILED, or RESULT_NO_MEMORY once
-// m7_stop_without_memory() was called. RESULT_VERIFY_FAILED between downloads.
-extern s32 g_stop_code;
-
-// Stops the download because memory could not be had: nothing more is played.
-void m7_stop_without_memory(void);
 
 // Both play g_vector, one TCK period a character: TCK low, TDI, TMS, TDO, TCK high. The data
 // range is the characters with start <= index < end. TDI is driven in it only, so that elsewhere
@@ -27,7 +15,7 @@ void m7_stop_without_memory(void);
 // vector is empty or g_status is not 1, and stop when it no longer is.
 
 // Compares what it reads with the character's expected level. At the first difference it logs
-// "Verify Failed\r\n", clears g_status and returns with TCK low.
+// "Verify Failed\r\n", stops the download and returns with TCK low.
 void Quorlan_Transfer(const u8 *mask, u32 start, u32 end);
 
 // Returns what it read as a new string of '0' + value, last read first, which the caller frees

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Scans: one shift of the instruction or the data register through the stored header and trailer,
-// from Run-Test/Idle back to Run-Test/Idle.
+// The TAP's operations, each built as a vector and played, and each ending in Run-Test/Idle: the
+// reset, and scans, which are one shift of the instruction or the data register through the stored
+// header and trailer, from Run-Test/Idle.
 //
 // A register of n bits travels as ceil(n / 8) bytes: bit d (d = 0 is shifted first) is bit
 // 7 - d mod 8 of byte d div 8. So do `tdi`, `tdo` and `mask` below, each owned by the caller and
@@ -19,7 +20,12 @@
 
 extern "C" {
 
-// Shifts `bits` bits and compares TDO with `tdo` under `mask`; a difference clears g_status.
+// Replaces the vector's buffer by a new one of g_vector_size bytes and plays a reset of the TAP:
+// ten periods with TMS high, one with TMS low (IEEE 1149.1: five reach Test-Logic-Reset from any
+// state). Returns 0.
+s32 Quorlan_Reset(void);
+
+// Shifts `bits` bits and compares TDO with `tdo` under `mask`; a difference stops the download.
 void Quorlan_SvfShiftInsRegister(u32 bits, const u8 *tdi, const u8 *tdo, const u8 *mask);
 void Quorlan_SvfShiftDataRegister(u32 bits, const u8 *tdi, const u8 *tdo, const u8 *mask);
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "engine/vector.h"
 
-#include "engine/playback.h"
+#include "engine/run_flag.h"
 #include "util/memory.h"
 
 extern "C" {
@@ -14,138 +14,165 @@ u32 g_vector_size = VECTOR_SIZE_AT_LOAD;
 u32 g_vec_val;
 u8 g_buf[2];
 
-// What an append needs to know of the buffer, so as not to search it. One other than `vector` was
-// put there by somebody else, and is measured.
+// The buffer that was allocated here last, for g_vector_size may have been raised since.
 static struct {
   const u8 *vector;
-  u64 room;       // bytes of the buffer
-  u64 length;     // index of the terminator
-  bool given_up;  // no room could be had
-} g_vector_tail;
+  u64 room;  // its bytes
+  u32 size;  // g_vector_size as it was then
+} g_vector_room;
 
-static u64 length_of(const u8 *characters) {
+// g_vector_size is only lowered by a caller, who then has brought a buffer too, maybe to the
+// address of an earlier one.
+static bool is_own_buffer(void) {
+  return g_vector_room.vector == g_vector && g_vector_room.size <= g_vector_size;
+}
+
+static u64 string_length(const u8 *characters) {
   return strlen(reinterpret_cast<const char *>(characters));
 }
 
-u32 m7_vector_length(void) {
-  return g_vector ? static_cast<u32>(length_of(g_vector)) : 0;
+// Not by strlen: a buffer may be too small for any terminator, or have lost it to a caller.
+static u64 own_length(void) {
+  u64 length = 0;
+  while (length < g_vector_room.room && g_vector[length] != 0)
+    length++;
+  return length;
 }
 
-static void give_up(void) {
-  g_vector_tail.given_up = true;
-  m7_stop_without_memory();
+u32 m7_vector_length(void) {
+  if (!g_vector)
+    return 0;
+  return static_cast<u32>(is_own_buffer() ? own_length() : string_length(g_vector));
+}
+
+struct vector_end m7_vector_end(void) {
+  if (!g_vector)
+    return {0, 0, true};
+  if (is_own_buffer())
+    return {own_length(), g_vector_room.room, false};
+  const u64 length = string_length(g_vector);
+  return {length, length < g_vector_size ? g_vector_size : length + 1, false};
+}
+
+static void give_up(struct vector_end *end) {
+  end->given_up = true;
+  m7_stop(RESULT_NO_MEMORY);
   printk("Error: malloc/realloc failed, size %d\n", static_cast<s32>(g_vector_size));
 }
 
-// Takes over a new, empty buffer of `room` bytes; null gives the vector up.
-static void start_buffer(u8 *buffer, u64 room) {
+// Makes `buffer` of `room` bytes, or none, the vector's, which becomes empty.
+static struct vector_end start_buffer(u8 *buffer, u64 room) {
   g_vector = buffer;
-  g_vector_tail = {buffer, room, 0, false};
+  g_vector_room = {buffer, room, g_vector_size};
+  struct vector_end end = {0, room, false};
   if (!buffer)
-    give_up();
+    give_up(&end);
   else if (room > 0)
     buffer[0] = 0;
+  return end;
 }
 
-// Makes the tail true for a buffer or a content that did not come from here.
-static void find_tail(void) {
-  if (g_vector_tail.vector != g_vector)
-    g_vector_tail = {g_vector, g_vector_size, length_of(g_vector), false};
-  else if (g_vector[0] == 0)
-    g_vector_tail.length = 0;
-  else if (g_vector_tail.length == 0 || g_vector[g_vector_tail.length] != 0)
-    g_vector_tail.length = length_of(g_vector);
+static struct vector_end empty_vector(u32 length) {
+  const u64 callers_room = g_vector_size > 0 ? g_vector_size : 1;
+  const u64 room = is_own_buffer() ? g_vector_room.room : callers_room;
+  if (g_vector_size < length)
+    g_vector_size = length;
+  if (g_vector)
+    return start_buffer(g_vector, room);
+  const u64 wanted = static_cast<u64>(g_vector_size) + 1;
+  return start_buffer(m7_alloc_bytes(wanted), wanted);
 }
 
 void Quorlan_MemSet(u32 length) {
-  // Somebody else's buffer was sized by what g_vector_size has been so far.
-  const u64 room = g_vector_tail.vector == g_vector ? g_vector_tail.room : g_vector_size;
-  if (g_vector_size < length)
-    g_vector_size = length;
-  if (g_vector) {
-    start_buffer(g_vector, room);
-  } else {
-    const u64 wanted = static_cast<u64>(g_vector_size) + 1;
-    start_buffer(m7_alloc_bytes(wanted), wanted);
-  }
+  empty_vector(length);
 }
 
-bool m7_begin_vector(u64 asked, u64 needed) {
+bool m7_begin_vector(struct vector_end *end, u64 asked, u64 needed) {
   if (asked > VECTOR_SIZE_MAX) {
-    give_up();
+    give_up(end);
     return false;
   }
-  Quorlan_MemSet(static_cast<u32>(asked));
-  if (g_vector && needed >= M7_ALLOC_MAX)
-    give_up();
-  return !g_vector_tail.given_up;
+  *end = empty_vector(static_cast<u32>(asked));
+  if (!end->given_up && needed >= M7_ALLOC_MAX)
+    give_up(end);
+  return !end->given_up;
+}
+
+struct vector_end m7_replace_vector(void) {
+  m7_free(g_vector);
+  g_vector = nullptr;
+  // A length that no buffer can have was asked for once; it must not end every later download.
+  const u32 room = g_vector_size <= M7_ALLOC_MAX ? g_vector_size : VECTOR_SIZE_AT_LOAD;
+  return start_buffer(m7_alloc_bytes(room), room);
 }
 
 void m7_forget_vector(void) {
-  g_vector_tail = {};
+  g_vector_room = {};
 }
 
-// Returns the size to grow to for `needed` bytes: what g_vector_size asks for, unless that is too
-// little, or more than the allocator has.
-static u64 grown_size(u64 needed) {
+// Returns the size to grow to from `room` for `needed` bytes: what g_vector_size asks for, unless
+// that is too little, or more than the allocator has.
+static u64 grown_size(u64 room, u64 needed) {
   const u64 asked = static_cast<u64>(g_vector_size) + 1;
   if (asked >= needed && asked <= M7_ALLOC_MAX)
     return asked;
-  const u64 doubled = 2 * g_vector_tail.room;
-  if (needed <= doubled && doubled <= M7_ALLOC_MAX)
-    return doubled;
+  const u64 doubled = 2 * room;
+  if (doubled <= M7_ALLOC_MAX)
+    return doubled < needed ? needed : doubled;
   return needed <= M7_ALLOC_MAX ? M7_ALLOC_MAX : needed;
 }
 
-static bool make_room(u64 needed) {
-  if (needed <= g_vector_tail.room)
+static bool make_room(struct vector_end *end, u64 needed) {
+  if (needed <= end->room)
     return true;
 
-  const u64 size = grown_size(needed);
+  const u64 size = grown_size(end->room, needed);
   u8 *grown = m7_realloc_bytes(g_vector, size);
   if (!grown) {
-    give_up();
+    give_up(end);
     return false;
   }
   g_vector = grown;
-  g_vector_tail.vector = grown;
-  g_vector_tail.room = size;
+  g_vector_room = {grown, size, g_vector_size};
+  end->room = size;
   return true;
 }
 
-static void append(const u8 *characters, u64 count) {
-  if (!g_vector)
+static void append(struct vector_end *end, const u8 *characters, u64 count) {
+  if (end->given_up || !make_room(end, end->length + count + 1))
     return;
-  find_tail();
-  if (g_vector_tail.given_up || !make_room(g_vector_tail.length + count + 1))
-    return;
-  memcpy(g_vector + g_vector_tail.length, characters, count);
-  g_vector_tail.length += count;
-  g_vector[g_vector_tail.length] = 0;
+  memcpy(g_vector + end->length, characters, count);
+  end->length += count;
+  g_vector[end->length] = 0;
 }
 
-void m7_append_characters(const u8 *characters) {
-  append(characters, length_of(characters));
+void m7_append_characters(struct vector_end *end, const u8 *characters) {
+  append(end, characters, string_length(characters));
 }
 
 void m7_set_level(u32 field, u32 level) {
   g_vec_val = (g_vec_val & ~(1u << field)) | level << field;
 }
 
-void Quorlan_GenVec(void) {
+void m7_append_levels(struct vector_end *end) {
   const u32 tdi = g_vec_val >> LEVEL_TDI & 1;
   const u32 tms = g_vec_val >> LEVEL_TMS & 1;
   const u32 expected = g_vec_val >> LEVEL_EXPECTED & 1;
   const u32 levels = tdi << 2 | tms << 1 | expected;
   g_buf[0] = static_cast<u8>(levels << 4 | 1u << VECTOR_TCK_SECOND | levels);
-  append(g_buf, 1);
+  append(end, g_buf, 1);
 }
 
-void m7_append_tms(u32 tms) {
+void m7_append_tms(struct vector_end *end, u32 tms) {
   m7_set_level(LEVEL_TDI, 0);
   m7_set_level(LEVEL_EXPECTED, 0);
   m7_set_level(LEVEL_TMS, tms);
-  Quorlan_GenVec();
+  m7_append_levels(end);
+}
+
+void Quorlan_GenVec(void) {
+  struct vector_end end = m7_vector_end();
+  m7_append_levels(&end);
 }
 
 void Quorlan_StateConfig(s32 state) {
@@ -158,18 +185,5 @@ void Quorlan_StateConfig(s32 state) {
     printk("Error: StateConfig Invalid state");
   m7_set_level(LEVEL_TMS, known ? tms_of_state >> state & 1 : 0);
   Quorlan_GenVec();
-}
-
-s32 Quorlan_Reset(void) {
-  kfree(g_vector);
-  // A length that no buffer can have was asked for once; it must not end every later download.
-  const u32 room = g_vector_size <= M7_ALLOC_MAX ? g_vector_size : VECTOR_SIZE_AT_LOAD;
-  start_buffer(m7_alloc_bytes(room), room);
-
-  for (u32 i = 0; i < 10; i++)
-    m7_append_tms(1);
-  m7_append_tms(0);
-  Quorlan_Transfer(nullptr, 0, m7_vector_length());
-  return 0;
 }
 }

@@ -2,6 +2,10 @@
 //
 // The vector: a JTAG operation written out before it is played, as a NUL-terminated string with
 // one character a TCK period. No character is 0, for TCK ends every period high.
+//
+// Who builds an operation of many characters holds the vector's end and appends there: nothing is
+// searched. The functions without an end find it themselves, at the vector's terminator as it is
+// when they are called, whoever put it there.
 #pragma once
 
 #include "kernel/kernel.h"
@@ -21,10 +25,11 @@
 extern "C" {
 
 // The vector that is built or played, or null. Allocated for a download and freed at a normal end.
-// A buffer that somebody else put there must hold g_vector_size bytes and come from __kmalloc.
+// A buffer that a caller puts there comes from __kmalloc and holds g_vector_size bytes, and a
+// terminator among them.
 extern u8 *g_vector;
 
-// The largest length, in characters, that was ever asked for. 3200 at load, never lowered.
+// The longest vector, in characters, that was ever asked for. 3200 at load, never lowered.
 extern u32 g_vector_size;
 
 // The levels that the next character will carry; bits without a name are kept. 0 at load.
@@ -33,44 +38,57 @@ extern u32 g_vec_val;
 // Scratch: byte 0 is the last character made, byte 1 is 0.
 extern u8 g_buf[2];
 
+// The end of g_vector while it is built.
+struct vector_end {
+  u64 length;     // index of the terminator
+  u64 room;       // bytes of the buffer
+  bool given_up;  // nothing is appended: there is no buffer, or none that is large enough
+};
+
 // Empties the vector for one of `length` characters: raises g_vector_size to it, and allocates
 // g_vector_size + 1 bytes where there is no buffer. An existing buffer is kept; it grows when an
 // append does not fit. A failure writes "Error: malloc/realloc failed, size %d\n" to the kernel
 // log and stops the download.
 void Quorlan_MemSet(u32 length);
 
-// Empties the vector for a shift: Quorlan_MemSet with `asked` characters. Returns false, the
-// download stopped, when these are 2^32 or more, or when no buffer can hold the `needed` characters
-// that the shift will really have.
-bool m7_begin_vector(u64 asked, u64 needed);
+// Empties the vector for a scan as Quorlan_MemSet(asked) does and sets `end`. Returns false, the
+// download stopped, when `asked` is 2^32 or more, when there is no buffer, or when none can hold
+// the `needed` characters that the scan really has.
+bool m7_begin_vector(struct vector_end *end, u64 asked, u64 needed);
+
+// Replaces the buffer by a new one of g_vector_size bytes, with an empty vector. Returns its end.
+// A failure is reported and stops the download as in Quorlan_MemSet.
+struct vector_end m7_replace_vector(void);
 
 // To be called when g_vector was freed.
 void m7_forget_vector(void);
 
-// Sets one LEVEL_… field of g_vec_val to `level` (0 or 1).
-void m7_set_level(u32 field, u32 level);
-
-// Appends one character made from g_vec_val. Every append keeps the vector terminated, and finds
-// its end without searching. One that does not fit grows the buffer, to what g_vector_size asks
-// for; where that cannot be had the vector is given up: the failure is reported as by
-// Quorlan_MemSet, and nothing is appended until the vector is emptied.
-void Quorlan_GenVec(void);
-
-// Appends one period that drives TDI 0 and the given TMS and expects 0.
-void m7_append_tms(u32 tms);
-
-// Appends a string of characters.
-void m7_append_characters(const u8 *characters);
+// Returns the end of the vector as it is.
+struct vector_end m7_vector_end(void);
 
 // Returns the number of characters in the vector; 0 without a buffer.
 u32 m7_vector_length(void);
 
+// Sets one LEVEL_… field of g_vec_val to `level` (0 or 1).
+void m7_set_level(u32 field, u32 level);
+
+// The appending functions keep the vector terminated. What does not fit makes the buffer grow, to
+// what g_vector_size asks for; where that cannot be had it is reported as in Quorlan_MemSet, the
+// download is stopped and `end` given up.
+
+// Appends one character made from g_vec_val.
+void m7_append_levels(struct vector_end *end);
+
+// Appends one period that drives TDI 0 and the given TMS and expects 0.
+void m7_append_tms(struct vector_end *end, u32 tms);
+
+// Appends a string of characters.
+void m7_append_characters(struct vector_end *end, const u8 *characters);
+
+// Appends one character made from g_vec_val.
+void Quorlan_GenVec(void);
+
 // Appends one period with the TMS level that leads to a state (numbers 1 to 14), TDI 0. Any other
 // number is reported to the kernel log and has TMS 0.
 void Quorlan_StateConfig(s32 state);
-
-// Replaces the buffer by a new one of g_vector_size bytes and plays a reset of the TAP: ten
-// periods with TMS high, one with TMS low, which end in Run-Test/Idle (IEEE 1149.1: five reach
-// Test-Logic-Reset from any state). Returns 0.
-s32 Quorlan_Reset(void);
 }

@@ -46,8 +46,9 @@ extern const unsigned char _ctype[];
 // the block with kfree.
 void *__kmalloc(size_t size, u32 flags);
 
-// Resizes `block`, moving its content; the old block is gone where the result is not null and
-// still there where it is.
+// Resizes `block` to `size` bytes, keeping its content; bytes that it gains are not set. Returns
+// the block, which may have moved: only the result may be used from then on. Null when memory
+// cannot be had: `block` is as it was.
 void *krealloc(const void *block, size_t size, u32 flags);
 
 // Frees a block. Null is fine.

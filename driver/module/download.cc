@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "module/download.h"
 
-#include "engine/playback.h"
-#include "engine/vector.h"
+#include "engine/run_flag.h"
+#include "engine/shift.h"
 #include "jtag_gpio.h"
 #include "kernel/log.h"
-#include "player/header.h"
 #include "player/interpreter.h"
 #include "player/prescan.h"
 #include "player/reader.h"
@@ -21,16 +20,15 @@ static s32 play_image(u64 length) {
   Quorlan_Reset();
   if (Quorlan_ReadChipIdcode())
     drv_log_record(LOG_MODULE_DOWNLOAD, LOG_ERROR, 0, "m7 cannot read chip id\r\n");
-  return Quorlan_ProcessCmd(length);
+  return m7_play_records(length);
 }
 
 s32 Quorlan_HandleTvbContent(const u8 *, u64 length) {
   g_tvb_length = length;
-  g_stop_code = RESULT_VERIFY_FAILED;
+  g_stop_code = 0;
   g_read_limit = g_tvb_buffer ? length : 0;
   const s32 rc = play_image(length);
   g_read_limit = READ_LIMIT_NONE;
-  g_stop_code = RESULT_VERIFY_FAILED;
   return rc;
 }
 

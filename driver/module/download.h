@@ -5,7 +5,7 @@
 
 #include "kernel/framework.h"
 
-// Results of TvbToVec; a rejected argument gives RESULT_NO_MEMORY's value (engine/playback.h).
+// Results of TvbToVec.
 #define DOWNLOAD_DONE 1
 #define DOWNLOAD_FAILED 0
 #define DOWNLOAD_REJECTED (-2)
@@ -20,6 +20,6 @@ s32 TvbToVec(struct download_context *context, const u8 *image, u32 length);
 
 // Plays the image in g_tvb_buffer, of `length` bytes: header, TAP reset, pre-scan, records. No
 // byte past `length` is touched. `image` is not read. Returns 0 or the code of what failed: the
-// header's or the interpreter's.
+// header's or the interpreter's. g_stop_code tells afterwards what stopped it, if anything did.
 s32 Quorlan_HandleTvbContent(const u8 *image, u64 length);
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "module/module.h"
 
-#include "engine/session.h"
+#include "engine/device.h"
 #include "kernel/log.h"
 #include "module/download.h"
-#include "player/padding_record.h"
+#include "player/record.h"
 
 extern "C" {
 

@@ -1,15 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "player/interpreter.h"
 
-#include "engine/playback.h"
-#include "engine/session.h"
+#include "engine/device.h"
+#include "engine/run_flag.h"
 #include "kernel/log.h"
-#include "player/header.h"
-#include "player/padding_record.h"
 #include "player/reader.h"
 #include "player/record.h"
-#include "player/runtest_record.h"
-#include "player/shift_record.h"
 #include "runtest/runtest.h"
 
 extern "C" {
@@ -24,13 +20,6 @@ struct loop {
   u64 start;  // index of the body's first record
 };
 
-static s32 skip_record(u64 opcode_pos, s64 length) {
-  if (length < 0)
-    return m7_refuse_cut_record();
-  g_pos = opcode_pos + static_cast<u64>(length / 8);
-  return 0;
-}
-
 static s32 play_runtest(s64 length) {
   const u32 gate = fgetc();
   if (m7_read_past_end(0))
@@ -38,9 +27,11 @@ static s32 play_runtest(s64 length) {
   if (length < RUNTEST_LENGTH_MIN || gate != RUNTEST_GATE_OPEN)
     return 0;
 
+  const u64 fields = g_pos;
   const u64 cycles = Quorlan_ProcessRuntestCmd();
-  // The fields end at a byte that belongs to no field, which may be missing at the file's end.
-  if (m7_read_past_end(1))
+  // The byte after the last field may be missing at the file's end; the first field may not.
+  const bool has_field = g_pos > fields + 1;
+  if (m7_read_past_end(has_field ? 1 : 0))
     return m7_refuse_cut_record();
   Quorlan_KeepCycle(static_cast<s32>(cycles));
   return 0;
@@ -55,7 +46,7 @@ static s32 set_frequency(void) {
   return 0;
 }
 
-static s32 store_padding(signed char opcode) {
+static s32 play_padding(signed char opcode) {
   const s32 rc = Quorlan_ProcessHeadAndTrailerCommand(opcode);
   if (rc)
     drv_log_record(LOG_MODULE_DOWNLOAD, LOG_INFO, 0, "Exe head or trailer command error\r\n");
@@ -90,6 +81,7 @@ static s32 close_loop(struct loop *loop) {
 }
 
 static s32 play_record(struct loop *loop) {
+  const u64 mark = g_pos - 1;
   const s64 length = static_cast<s64>(Quorlan_ReadNumber());
   const u64 opcode_pos = g_pos;
   const signed char opcode = static_cast<signed char>(fgetc());
@@ -101,7 +93,7 @@ static s32 play_record(struct loop *loop) {
     case OPCODE_RESERVED_5:
     case OPCODE_RESERVED_6:
     case OPCODE_RESERVED_19:
-      return skip_record(opcode_pos, length);
+      return m7_skip_record(mark, opcode_pos, length, 0) ? 0 : m7_refuse_cut_record();
     case OPCODE_RUNTEST:
       return play_runtest(length);
     case OPCODE_FREQUENCY:
@@ -110,7 +102,7 @@ static s32 play_record(struct loop *loop) {
     case OPCODE_TIR:
     case OPCODE_HDR:
     case OPCODE_HIR:
-      return store_padding(opcode);
+      return play_padding(opcode);
     case OPCODE_SDR:
     case OPCODE_SIR:
       return play_shift(opcode);
@@ -130,19 +122,24 @@ static void end_file(void) {
   m7_release_padding_data();
 }
 
-s32 Quorlan_ProcessCmd(u64 length) {
+s32 m7_play_records(u64 length) {
   struct loop loop = {};
   g_pos = g_cfg_start_pos;
   while (static_cast<s64>(g_pos) < static_cast<s64>(length) && fgetc() == RECORD_MARK) {
     if (g_status == 0)
-      return g_stop_code;
+      return g_stop_code == RESULT_NO_MEMORY ? RESULT_NO_MEMORY : RESULT_VERIFY_FAILED;
     const s32 rc = play_record(&loop);
     if (rc)
       return rc;
   }
   end_file();
-  // A verification that fails in the last record goes unseen. This is meant; that work was not done
-  // for want of memory is told all the same.
+  // A mismatch in the last record does not make the download fail. This is meant; that work was not
+  // done for want of memory does.
   return g_status == 0 && g_stop_code == RESULT_NO_MEMORY ? RESULT_NO_MEMORY : 0;
+}
+
+s32 Quorlan_ProcessCmd(u64 length) {
+  g_stop_code = 0;
+  return m7_play_records(length);
 }
 }

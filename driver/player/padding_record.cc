@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-#include "player/padding_record.h"
+#include "player/record.h"
 
 #include "engine/padding.h"
+#include "engine/run_flag.h"
 #include "player/reader.h"
-#include "player/record.h"
+#include "util/bit_string.h"
 #include "util/memory.h"
 #include "util/result.h"
 
@@ -17,7 +18,7 @@ static u8 **const g_padding_data[] = {&g_tdr_data, &g_tir_data, &g_hdr_data, &g_
 static bool read_data(u32 bits, u8 **data) {
   if (fgetc() != TAG_TDI)
     return true;
-  const u64 count = bytes_for_bits(bits);
+  const u64 count = m7_register_bytes(bits);
   *data = m7_alloc_bytes(count + 1);
   if (!*data)
     return false;
@@ -28,46 +29,47 @@ static bool read_data(u32 bits, u8 **data) {
 
 static void store(s32 index, u32 bits, u8 *data) {
   *g_padding_lengths[index] = bits;
-  kfree(*g_padding_data[index]);
+  m7_free(*g_padding_data[index]);
   *g_padding_data[index] = data;
 }
 
 s32 Quorlan_ProcessHeadAndTrailerCommand(signed char opcode) {
   const u32 bits = static_cast<u32>(Quorlan_ReadNumber());
   u8 *data = nullptr;
-  if (bits != 0 && !read_data(bits, &data))
+  if (bits != 0 && !read_data(bits, &data)) {
+    g_stop_code = RESULT_NO_MEMORY;
     return RESULT_NO_MEMORY;
+  }
 
   const s32 index = m7_padding_index(opcode);
   if (index < 0) {
     printk("Error: invalid Head/Trailer format,  unkown opcode.\n\n");
-    kfree(data);
+    m7_free(data);
     return RESULT_MALFORMED;
   }
 
   if (bits != 0)
     fgetc();
   if (m7_read_past_end(0)) {
-    kfree(data);
+    m7_free(data);
     return m7_refuse_cut_record();
   }
   store(index, bits, data);
   Quorlan_GenHeadAndTrailerVec(opcode, static_cast<s32>(bits), data);
-  if (bits != 0 && !m7_has_padding_vector(opcode)) {
-    // A length without its vector would move the data range of every later scan.
-    store(index, 0, nullptr);
-    return RESULT_NO_MEMORY;
-  }
   return 0;
 }
 
 static void release(u8 **data) {
-  kfree(*data);
+  m7_free(*data);
   *data = nullptr;
 }
 
 void m7_release_padding_data(void) {
-  release(&g_hdr_data);
+  // HIR's bytes only make HDR's be freed, even where these are null. This is meant.
+  if (g_hir_data || g_hdr_data) {
+    kfree(g_hdr_data);
+    g_hdr_data = nullptr;
+  }
   release(&g_tir_data);
   release(&g_tdr_data);
 }

@@ -10,6 +10,7 @@
 
 extern "C" {
 
+#define STRAY_BYTE 1  // read between two records
 #define BYPASS 0xFF
 #define IDCODE_INSTRUCTION_E0 0xE0
 
@@ -17,7 +18,7 @@ u32 g_cur_level;
 u32 g_total_level;
 
 // Returns whether a byte was not all ones.
-static bool count_bypassed(const u8 *data, u32 count, u32 *first, u32 *second) {
+static bool count_bypassed(const u8 *data, u32 count, u32 *after, u32 *before) {
   bool target_seen = false;
   for (u32 i = count; i-- > 0;) {
     const u32 instruction = static_cast<u32>(Quorlan_ReverseChar(data[i]));
@@ -26,7 +27,7 @@ static bool count_bypassed(const u8 *data, u32 count, u32 *first, u32 *second) {
     if (instruction != BYPASS)
       target_seen = true;
     else
-      ++*(target_seen ? first : second);
+      ++*(target_seen ? after : before);
   }
   return target_seen;
 }
@@ -35,9 +36,9 @@ static void report_format(void) {
   printk("Error: Invalid format when executing read sir information!\n");
 }
 
-s32 Quorlan_ReadSirInfo(u32 *first, u32 *second) {
-  *first = 0;
-  *second = 0;
+s32 Quorlan_ReadSirInfo(u32 *after, u32 *before) {
+  *after = 0;
+  *before = 0;
   const u32 bits = static_cast<u32>(Quorlan_ReadNumber());
   if (fgetc() != TAG_TDI) {
     report_format();
@@ -45,12 +46,12 @@ s32 Quorlan_ReadSirInfo(u32 *first, u32 *second) {
     return RESULT_BAD_HEADER;
   }
 
-  const u32 count = bytes_for_bits(bits);
+  const u32 count = m7_register_bytes(bits);
   const u8 *data = Quorlan_ProcessData(count);
   if (!data)
     return RESULT_NO_MEMORY;
 
-  const bool target_seen = count_bypassed(data, count, first, second);
+  const bool target_seen = count_bypassed(data, count, after, before);
   if (fgetc() != TAG_END) {
     report_format();
     return 0;
@@ -69,17 +70,17 @@ static u32 read_padding_length(void) {
   return bits;
 }
 
-// Bypassed devices as the records tell them: TDR bits and ones last in an SIR lie before the
-// target, HDR bits and the other ones in an SIR after it.
+// Bypassed devices before the target, at the TDI end, and after it, as the records tell them.
 struct chain {
-  u32 first;
-  u32 second;
-  u32 hdr;
-  u32 tdr;
+  u32 sir_before;
+  u32 sir_after;
+  u32 tdr;  // before
+  u32 hdr;  // after
 };
 
 // Reads one record. Returns 0 when the scan may go on.
 static s32 scan_record(struct chain *chain) {
+  const u64 mark = g_pos - 1;
   const s64 length = static_cast<s64>(Quorlan_ReadNumber());
   const u64 opcode_pos = g_pos;
   const signed char opcode = static_cast<signed char>(fgetc());
@@ -91,12 +92,9 @@ static s32 scan_record(struct chain *chain) {
       chain->hdr = read_padding_length();
       return 0;
     case OPCODE_SIR:
-      return Quorlan_ReadSirInfo(&chain->first, &chain->second);
+      return Quorlan_ReadSirInfo(&chain->sir_after, &chain->sir_before);
     default:
-      if (length < 0)
-        return RESULT_MALFORMED;
-      g_pos = opcode_pos + static_cast<u64>(length / 8);
-      return 0;
+      return m7_skip_record(mark, opcode_pos, length, STRAY_BYTE) ? 0 : RESULT_MALFORMED;
   }
 }
 
@@ -110,8 +108,8 @@ s32 Quorlan_ReadChipIdcode(void) {
     if (rc)
       break;
   }
-  g_cur_level = chain.tdr + chain.second + 1;
-  g_total_level = g_cur_level + chain.hdr + chain.first;
+  g_cur_level = chain.tdr + chain.sir_before + 1;
+  g_total_level = g_cur_level + chain.hdr + chain.sir_after;
   Quorlan_ReadIdCode(g_cur_level, g_total_level);
   return 0;
 }

@@ -19,11 +19,11 @@ extern u32 g_total_level;
 s32 Quorlan_ReadChipIdcode(void);
 
 // Reads the body of an SIR record at g_pos and counts its bytes of all ones, one for each device
-// in BYPASS: those shifted last, up to the first other byte, in `second`, the rest in `first`. An
+// in BYPASS: those shifted last, up to the first other byte, in `before`, the rest in `after`. An
 // instruction of 0xE0 sets g_idcode_pub to 224. Returns 1 when a byte was not all ones, else 0;
 // 0 also, reported to the kernel log, when the end tag is missing; RESULT_NO_MEMORY for a block
 // that cannot be decoded; RESULT_BAD_HEADER, reported, when the first tag is not TDI, and then
 // g_pos has gone back by the register's length less one, as bytes. The decoded block is not
 // freed.
-s32 Quorlan_ReadSirInfo(u32 *first, u32 *second);
+s32 Quorlan_ReadSirInfo(u32 *after, u32 *before);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "player/reader.h"
 
+#include "player/record.h"
 #include "util/result.h"
 
 extern "C" {
@@ -10,6 +11,8 @@ u64 g_tvb_length;
 u64 g_pos;
 u8 g_buffer[1024];
 u64 g_read_limit = READ_LIMIT_NONE;
+u8 g_compress;
+u64 g_cfg_start_pos;
 
 u32 fgetc(void) {
   g_buffer[0] = g_pos < g_read_limit ? g_tvb_buffer[g_pos] : 0;
@@ -39,8 +42,41 @@ u64 Quorlan_ReadNumber(void) {
   return sum;
 }
 
+// Reads `count` bytes into g_buffer as a string.
+static void read_text(u32 count) {
+  m7_read_bytes(g_buffer, count);
+  g_buffer[count] = 0;
+}
+
+s32 Quorlan_ReadTvbHeader(void) {
+  g_pos = 0;
+  if (fgetc() != 'a')
+    return RESULT_BAD_HEADER;
+  read_text(2);
+  read_text(8);
+  g_compress = static_cast<u8>(fgetc());
+  if (fgetc() != 'b')
+    return RESULT_BAD_HEADER;
+  Quorlan_ReadNumber();
+  if (fgetc() != 'V' || fgetc() != 1)
+    return RESULT_BAD_HEADER;
+  g_cfg_start_pos = g_pos;
+  return 0;
+}
+
 bool m7_read_past_end(u64 allowed) {
   return g_pos > g_read_limit && g_pos - g_read_limit > allowed;
+}
+
+bool m7_skip_record(u64 mark, u64 opcode, s64 length, u64 gap) {
+  const s64 end = static_cast<s64>(opcode) + length / 8;
+  if (end < 0)
+    return false;
+  const u64 next = static_cast<u64>(end) + gap;
+  if (next <= mark && g_tvb_buffer[next] == RECORD_MARK)
+    return false;
+  g_pos = static_cast<u64>(end);
+  return true;
 }
 
 s32 m7_refuse_cut_record(void) {
@@ -63,7 +99,7 @@ static s32 line_length(const u8 *bytes, s32 count) {
 }
 
 u8 *read_line(u8 *buffer, s32 size, struct file *file) {
-  if (size < 1)
+  if (size < 0)
     return nullptr;
   s64 *position = m7_file_pos(file);
   const ssize_t count = kernel_read(file, buffer, static_cast<size_t>(size), position);

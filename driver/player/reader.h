@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Reading the image of a command file: single bytes, runs of bytes, and numbers.
+// Reading the image of a command file: single bytes, runs of bytes, numbers, and the header, which
+// is 'a', 2 bytes, 8 bytes, the compression byte, 'b', a number, 'V', 1. The first record follows
+// it.
 #pragma once
 
 #include "kernel/kernel.h"
@@ -25,6 +27,12 @@ extern u8 g_buffer[1024];
 // length during a download, READ_LIMIT_NONE otherwise.
 extern u64 g_read_limit;
 
+// The header's compression byte; COMPRESS_NONE (decode/block.h) means raw data blocks throughout.
+extern u8 g_compress;
+
+// Index of the first record.
+extern u64 g_cfg_start_pos;
+
 // Returns the byte at g_pos (0 to 255), mirrors it into g_buffer and advances g_pos by one.
 u32 fgetc(void);
 
@@ -37,8 +45,18 @@ void m7_read_bytes(u8 *to, u64 count);
 // added to the 64-bit result: a value with bit 31 set comes out sign-extended.
 u64 Quorlan_ReadNumber(void);
 
+// Checks the header from index 0 on. Returns 0 with g_cfg_start_pos and g_pos at the first
+// record, or RESULT_BAD_HEADER; g_compress is set once the compression byte was reached.
+s32 Quorlan_ReadTvbHeader(void);
+
 // Returns whether more than `allowed` bytes were read past the end of the image.
 bool m7_read_past_end(u64 allowed);
+
+// Skips a record by its length: moves g_pos to `opcode` + `length` / 8, which truncates toward
+// zero. `mark` and `opcode` are the indices of the record's mark and opcode, and the next mark is
+// looked for `gap` bytes behind g_pos. Returns false, nothing moved, when that is before the image,
+// or when there is a mark no later than this record's: the player would come back here for ever.
+bool m7_skip_record(u64 mark, u64 opcode, s64 length, u64 gap);
 
 // Reports to the kernel log that the file ends inside a record. Returns RESULT_MALFORMED.
 s32 m7_refuse_cut_record(void);
@@ -49,6 +67,6 @@ void buffer_read(const u8 *src, u8 *dst, u64 count, u64 *pos);
 
 // Reads a line of an open file, at most `size` bytes and from the file's own position, which is
 // left after the line. The newline stays; a 0 follows unless the line fills the buffer. Returns
-// `buffer`, or null at the end of the file, on a read error, and for a size below 1.
+// `buffer`, or null when there is nothing to read, on a read error, and for a negative size.
 u8 *read_line(u8 *buffer, s32 size, struct file *file);
 }

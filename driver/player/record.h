@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The bytes that structure a record: '^', its length L in bits as a number, an opcode, a body.
+// Records: '^', the length L in bits as a number, an opcode, a body; and the bodies that take more
+// than a line to read. Each of those functions starts at g_pos and leaves g_pos after the body.
 #pragma once
 
 #include "kernel/kernel.h"
@@ -27,7 +28,45 @@
 #define TAG_MASK 17
 #define TAG_END 23
 
-// Returns the number of bytes that hold `bits` bits.
-static inline u32 bytes_for_bits(u32 bits) {
-  return (bits >> 3) + ((bits & 7) != 0);
+extern "C" {
+
+// SIR and SDR: the register length in bits, then fields, each a tag (TDI, TDO or MASK) and a data
+// block, then the end tag.
+
+// Reads the body and plays it: OPCODE_SIR as an instruction shift, any other opcode as a data
+// shift. A field that occurs twice replaces the earlier one, which is not freed. A block that
+// cannot be decoded counts as absent; one for which memory is wanting, or which asks for more than
+// there can be, stops the download, and nothing is shifted. Returns 0 whatever the shift's outcome
+// (g_status tells), or RESULT_MALFORMED for an unknown tag, with the blocks read so far not freed,
+// and for a record that the image cuts off.
+s32 Quorlan_ProcessSirAndSdrCommand(signed char opcode);
+
+// Writes `count` bytes to the kernel log, last one first, each with its bits mirrored:
+// " (", two hexadecimal digits a byte, ") ". Returns the last printk's result.
+s32 Quorlan_PrintData(s32 count, const u8 *bytes);
+
+// TDR, TIR, HDR and HIR: the register length in bits and, unless that is 0, the TDI tag, the bytes
+// as they stand, and a closing byte that is not tested.
+
+// Reads the body, stores length and bytes in the register of `opcode` (9 to 12), whose earlier
+// bytes are freed, and rebuilds its vector. With another tag than TDI the register holds no bytes
+// and its vector is zeros. A vector that cannot be had stops the download; length and bytes are
+// stored. Returns 0; RESULT_NO_MEMORY when the bytes cannot be had; RESULT_MALFORMED for another
+// opcode and for a record that the image cuts off. Nothing is stored then.
+s32 Quorlan_ProcessHeadAndTrailerCommand(signed char opcode);
+
+// Frees and clears the bytes of HDR, TIR and TDR, at the end of a command file. Those of HIR stay
+// until another HIR record replaces them. This is meant.
+void m7_release_padding_data(void);
+
+// Frees and clears the bytes of all four, at unload.
+void m7_release_all_padding_data(void);
+
+// RUNTEST: after its gate byte, wait times and cycle counts in any order. The first byte that
+// belongs to no field ends the record.
+
+// Reads the fields and returns the TCK periods that they ask for together, times being
+// converted at g_freq; an unset g_freq becomes 1 MHz and stays so. A '^' that ends the record is
+// left for the next one to read.
+u64 Quorlan_ProcessRuntestCmd(void);
 }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-#include "player/runtest_record.h"
+#include "player/record.h"
 
 #include "player/reader.h"
-#include "player/record.h"
 #include "runtest/runtest.h"
 
 extern "C" {

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-#include "player/shift_record.h"
+#include "player/record.h"
 
 #include "decode/block.h"
-#include "engine/playback.h"
+#include "engine/run_flag.h"
 #include "engine/shift.h"
 #include "player/reader.h"
-#include "player/record.h"
 #include "util/bit_string.h"
 #include "util/memory.h"
 
@@ -31,9 +30,9 @@ static u8 **field_of_tag(struct shift_fields *fields, u32 tag) {
 }
 
 static void free_fields(struct shift_fields *fields) {
-  kfree(fields->tdi);
-  kfree(fields->tdo);
-  kfree(fields->mask);
+  m7_free(fields->tdi);
+  m7_free(fields->tdo);
+  m7_free(fields->mask);
 }
 
 static s32 read_fields(struct shift_fields *fields, u32 count) {
@@ -52,10 +51,10 @@ static s32 read_fields(struct shift_fields *fields, u32 count) {
   return 0;
 }
 
-static void play_shift(signed char opcode, u32 bits, const struct shift_fields *fields) {
+static void play_fields(signed char opcode, u32 bits, const struct shift_fields *fields) {
   // A decoder may leave the byte after the register unwritten; a shift may look at it.
   if (fields->mask)
-    fields->mask[bytes_for_bits(bits)] = 0;
+    fields->mask[m7_register_bytes(bits)] = 0;
   if (opcode == OPCODE_SIR)
     Quorlan_SvfShiftInsRegister(bits, fields->tdi, fields->tdo, fields->mask);
   else
@@ -66,15 +65,15 @@ s32 Quorlan_ProcessSirAndSdrCommand(signed char opcode) {
   const u32 failures = g_alloc_failures;
   const u32 bits = static_cast<u32>(Quorlan_ReadNumber());
   struct shift_fields fields = {};
-  const s32 rc = read_fields(&fields, bytes_for_bits(bits));
+  const s32 rc = read_fields(&fields, m7_register_bytes(bits));
   if (rc)
     return rc;
 
   // A missing mask would pass for a scan that compares nothing.
   if (g_alloc_failures != failures)
-    m7_stop_without_memory();
+    m7_stop(RESULT_NO_MEMORY);
   else
-    play_shift(opcode, bits, &fields);
+    play_fields(opcode, bits, &fields);
   free_fields(&fields);
   return 0;
 }

@@ -22,4 +22,9 @@ u8 *m7_alloc_zeroed_bytes(u64 size) {
 u8 *m7_realloc_bytes(u8 *block, u64 size) {
   return counted(size > M7_ALLOC_MAX ? nullptr : krealloc(block, size, M7_GFP_KERNEL));
 }
+
+void m7_free(const void *block) {
+  if (block)
+    kfree(block);
+}
 }

@@ -20,4 +20,7 @@ u8 *m7_alloc_zeroed_bytes(u64 size);
 
 // Resizes `block` to `size` bytes; what it gains is not zeroed. Null leaves `block` as it was.
 u8 *m7_realloc_bytes(u8 *block, u64 size);
+
+// Frees `block`. The kernel is not asked to free null.
+void m7_free(const void *block);
 }

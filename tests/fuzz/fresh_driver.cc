@@ -8,7 +8,6 @@ namespace fuzz {
 void FreshDriver() {
   g_freq = 0;
   g_status = 1;
-  g_stop_code = RESULT_VERIFY_FAILED;
   g_vec_val = 0;
   g_vector_size = 3200;
   g_tdr_len = g_tir_len = g_hdr_len = g_hir_len = 0;

@@ -101,7 +101,7 @@ TEST_F(BoundsRecord, ReservedRecordPastTheEndEndsTheFile) {
   EXPECT_EQ(Said(), Messages{Done(19 + 3 + 1000)});
 }
 
-TEST_F(BoundsRecord, NegativeLengthIsMalformed) {
+TEST_F(BoundsRecord, NegativeLengthThatLeadsBackToAMarkIsMalformed) {
   ExpectCut(Join({RecordOfLength(image::Negative(-72), 19, {}), Nothing()}), {session::Cut()});
 }
 
@@ -186,6 +186,16 @@ TEST_F(BoundsRecord, PadLengthCutOff) {
 TEST_F(BoundsRecord, RunTestWithoutItsGate) {
   ExpectCut({'^', 32, 4}, {session::Cut()});
   ExpectCut({'^', 16, 4}, {session::Cut()});
+}
+
+TEST_F(BoundsRecord, RunTestWithoutItsFirstField) {
+  for (const uint8_t length : {24, 32, 48, 0x5E}) {
+    ExpectCut({'^', length, 4, 1}, {session::Cut()});
+  }
+  // With its end, or the next record's mark, it is whole and makes no clock.
+  EXPECT_EQ(Play({'^', 24, 4, 1, 23}), 1);
+  EXPECT_EQ(Play(Join({{'^', 24, 4, 1}, Nothing()})), 1);
+  EXPECT_EQ(watch_.Text(), session::Opening());
 }
 
 TEST_F(BoundsRecord, RunTestInTheMiddleOfAField) {

@@ -162,6 +162,17 @@ TEST_F(DecodeNibble, NegativeLengthsTouchNoForeignMemory) {
   AllowLeaks(shim::kAnyLeaks);  // some cannot be doubled, and that leaks
 }
 
+TEST_F(DecodeNibble, NegativeCountReadsThePatternAtMost) {
+  const Owned even = Decode({0x02, 0x12}, -1);
+  EXPECT_NE(even, nullptr) << "of no bytes";
+  EXPECT_EQ(g_pos, 2u);
+  const Owned odd = Decode({0x01, 0xA0}, -1);
+  EXPECT_NE(odd, nullptr);
+  EXPECT_EQ(g_pos, 2u);
+  EXPECT_EQ(Decode({0x02, 0x12}, -2), nullptr);
+  EXPECT_EQ(g_pos, 0u);
+}
+
 TEST_F(DecodeNibble, ThroughTheModeByte) {
   g_compress = 0;
   Load({0x02, 0x03, 0x12, 0x30});

@@ -83,7 +83,12 @@ TEST_F(DecodeRunlength, NoBytesStillReadTheEscape) {
 
 TEST_F(DecodeRunlength, NegativeCountReadsTheEscapeAtMost) {
   const Owned data = Decode({0xFF, 0xFF, 0x03}, -1);
-  EXPECT_LE(g_pos, 1u);
+  EXPECT_NE(data, nullptr) << "of no bytes";
+  EXPECT_EQ(shim::Allocations()[0].size, 0u);
+  EXPECT_EQ(g_pos, 1u);
+  EXPECT_EQ(Decode({0xFF, 0xFF, 0x03}, -2), nullptr);
+  EXPECT_EQ(g_pos, 0u);
+  EXPECT_EQ(shim::Allocations().size(), 1u) << "more than there can be is not asked for";
 }
 
 TEST_F(DecodeRunlength, OneAllocationNotZeroed) {

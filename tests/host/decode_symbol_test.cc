@@ -81,7 +81,10 @@ TEST_F(DecodeSymbol, NoBytesStillReadTheSymbol) {
 
 TEST_F(DecodeSymbol, NegativeCountReadsTheSymbolAtMost) {
   const Owned data = Decode({0x5A, 0x00}, -1);
-  EXPECT_LE(g_pos, 1u);
+  EXPECT_NE(data, nullptr) << "of no bytes";
+  EXPECT_EQ(g_pos, 1u);
+  EXPECT_EQ(Decode({0x5A, 0x00}, -2), nullptr);
+  EXPECT_EQ(g_pos, 0u);
 }
 
 TEST_F(DecodeSymbol, OneAllocationNotZeroed) {

@@ -183,6 +183,33 @@ TEST_F(DeviceIoStatusTest, LengthIsReadAgainForEachRow) {
   EXPECT_EQ(Print(3, "000", "000").size(), 5u);
 }
 
+TEST_F(DeviceIoStatusTest, AStringOneShortHasARowForItsTerminator) {
+  const std::string nul(1, '\0');
+  // IO 2 lies behind the reference's end; IO 0 is read behind the status's.
+  EXPECT_EQ(Print(3, "001", "10"),
+            Printks({kTitle, "\nIO Status: \n", "Bs order\t\tRef\t\tRead\t\tVerify\n",
+                     "       0\t\t1\t\t1\t\t", "true\n", "       1\t\t0\t\t0\t\t", "true\n",
+                     "       2\t\t" + nul + "\t\t0\t\t", "false\n"}));
+  shim::ClearMessages();
+  EXPECT_EQ(
+      Print(3, "01", "1x0"),
+      Printks({kTitle, "\nIO Status: \n", "Bs order\t\tRef\t\tRead\t\tVerify\n",
+               "       0\t\t1\t\t" + nul + "\t\t", "false\n", "       2\t\t0\t\t0\t\t", "true\n"}));
+}
+
+TEST_F(DeviceIoStatusTest, BothTerminatorsAgree) {
+  const std::string nul(1, '\0');
+  EXPECT_EQ(Print(1, "", ""),
+            Printks({kTitle, "\nIO Status: \n", "Bs order\t\tRef\t\tRead\t\tVerify\n",
+                     "       0\t\t" + nul + "\t\t" + nul + "\t\t", "true\n"}));
+}
+
+TEST_F(DeviceIoStatusTest, WhatLiesBeyondATerminatorHasNoRow) {
+  EXPECT_EQ(Print(4, "0000", "0").size(), 3u + 2 * 2);
+  shim::ClearMessages();
+  EXPECT_EQ(Print(4, "0", "0000").size(), 3u + 2 * 2);
+}
+
 TEST_F(DeviceIoStatusTest, ShortStringsAreNotReadPastTheirEnd) {
   Print(100, "01", "0");
   shim::ClearMessages();

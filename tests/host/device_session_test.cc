@@ -39,6 +39,11 @@ TEST_F(DeviceSessionTest, EachIsFreedByItself) {
   }
 }
 
+TEST_F(DeviceSessionTest, NullIsNotFreed) {
+  Quorlan_FreeMemory();
+  EXPECT_EQ(shim::FreesOfNull(), 0u);
+}
+
 TEST_F(DeviceSessionTest, AgainIsHarmless) {
   g_vector = shim::NewString("0");
   Quorlan_FreeMemory();

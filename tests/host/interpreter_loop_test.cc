@@ -156,16 +156,56 @@ TEST_F(InterpreterLoop, SkipPastTheLengthEndsTheFileThere) {
   EXPECT_EQ(shim::Messages(), Messages{Done(12)});
 }
 
-TEST_F(InterpreterLoop, NegativeLengthOfAReservedRecordIsMalformed) {
+TEST_F(InterpreterLoop, NegativeLengthEndsAReservedRecordAtOrBeforeItsOpcode) {
+  // The opcode is at index 11; what is there and before it, in the length, is no mark.
   for (const int opcode : {1, 5, 6, 19}) {
-    for (const s32 length : {-1, -7, -8, -16, INT32_MIN}) {
+    const struct {
+      s32 length;
+      uint32_t end;
+    } table[] = {{-1, 12}, {-7, 12}, {-8, 11}, {-15, 11}, {-16, 10}, {-40, 7}};
+    for (const auto &row : table) {
       shim::ClearMessages();
       const Bytes record =
-          RecordOfLength(image::Negative(length), static_cast<uint8_t>(opcode), {});
-      EXPECT_EQ(Play(Join({Frequency(500), record, Frequency(400)})), -10) << length;
-      EXPECT_EQ(shim::Messages(), Messages{session::Cut()}) << opcode << ' ' << length;
+          RecordOfLength(image::Negative(row.length), static_cast<uint8_t>(opcode), {});
+      EXPECT_EQ(Play(Join({Frequency(500), record, Frequency(400)})), 0) << row.length;
+      EXPECT_EQ(shim::Messages(), Messages{Done(row.end)}) << opcode << ' ' << row.length;
+      EXPECT_EQ(g_freq, 500u);
     }
   }
+}
+
+TEST_F(InterpreterLoop, NegativeLengthThatLeadsBackToAMarkIsMalformed) {
+  // The record's own mark and the one before it; for ever, if they were played.
+  for (const s32 length : {-48, -55, -88, -95}) {
+    shim::ClearMessages();
+    EXPECT_EQ(
+        Play(Join({Frequency(500), RecordOfLength(image::Negative(length), kReserved, {}), {0}})),
+        -10)
+        << length;
+    EXPECT_EQ(shim::Messages(), Messages{session::Cut()}) << length;
+    EXPECT_EQ(g_pos, 12u);
+  }
+}
+
+TEST_F(InterpreterLoop, NegativeLengthThatLeavesTheImageIsMalformed) {
+  const struct {
+    s32 length;
+    s32 rc;
+  } table[] = {{-96, 0}, {-103, 0}, {-104, -10}, {-112, -10}, {INT32_MIN, -10}};
+  for (const auto &row : table) {
+    // Index 0 is no mark here: the first record is at 6.
+    Load(Join({{0, 0, 0, 0, 0, 0}, RecordOfLength(image::Negative(row.length), kReserved, {})}));
+    g_cfg_start_pos = 6;
+    EXPECT_EQ(Quorlan_ProcessCmd(13), row.rc) << row.length;
+  }
+}
+
+TEST_F(InterpreterLoop, NegativeLengthThatEndsInItsOwnLengthMayGoOn) {
+  // -8 in six groups, the last byte of which is a mark behind the record's own.
+  const Bytes length = {0x88, 0xFA, 0xFF, 0xFF, 0x8F, '^'};
+  EXPECT_EQ(Play(Join({{'^'}, length, {kReserved, 7, 5}})), 0);
+  EXPECT_EQ(g_freq, 5u) << "the opcode was read as a length, and a record of frequency followed";
+  EXPECT_EQ(shim::Messages(), Messages{Done(10)});
 }
 
 TEST_F(InterpreterLoop, NegativeLengthElsewhereIsNotUsed) {

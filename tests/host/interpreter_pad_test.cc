@@ -158,24 +158,34 @@ TEST_F(InterpreterPad, WithoutMemoryForTheDataNothingChanges) {
 
 TEST_F(InterpreterPad, WithoutMemoryForTheVectorTheRegisterHasNone) {
   EXPECT_EQ(Run(kHdr, PadBody(8, {0xFF})), 0);
+  EXPECT_EQ(g_status, 1u);
   shim::FailAllocation(2);
-  EXPECT_EQ(Run(kHdr, PadBody(16, {0x11, 0x22})), -2);
+  EXPECT_EQ(Run(kHdr, PadBody(16, {0x11, 0x22})), 0);
   EXPECT_EQ(g_hdr_vector, nullptr);
+  EXPECT_EQ(g_hdr_len, 16u);
+  EXPECT_EQ(Content(g_hdr_data, 3), (Bytes{0x11, 0x22, 0x00}));
+  EXPECT_EQ(g_status, 0u);
+  EXPECT_EQ(g_stop_code, -2);
+  EXPECT_TRUE(shim::Messages().empty());
 }
 
 TEST_F(InterpreterPad, WithoutMemoryForAVectorOfZeros) {
   shim::FailAllocation(1);
-  EXPECT_EQ(Run(kTir, {4, 16, 23}), -2);
+  EXPECT_EQ(Run(kTir, {4, 16, 23}), 0);
   EXPECT_EQ(g_tir_vector, nullptr);
+  EXPECT_EQ(g_tir_len, 4u);
+  EXPECT_EQ(g_status, 0u);
 }
 
 TEST_F(InterpreterPad, LengthsThatCannotBeAllocatedAreNotAskedFor) {
   // Bytes for 2^32 - 1 bits; bytes that can be had for a vector that cannot.
   EXPECT_EQ(Run(kHdr, Join({image::Negative(-1), {15, 0x11, 23}})), -2);
   EXPECT_TRUE(shim::Allocations().empty());
-  EXPECT_EQ(Run(kHdr, Join({image::Number(4u << 20), {15}, Bytes(512u << 10, 0xFF), {23}})), -2);
+  EXPECT_EQ(g_status, 1u);
+  EXPECT_EQ(Run(kHdr, Join({image::Number(4u << 20), {15}, Bytes(512u << 10, 0xFF), {23}})), 0);
   EXPECT_EQ(shim::Allocations().size(), 1u);
   EXPECT_EQ(g_hdr_vector, nullptr);
+  EXPECT_EQ(g_status, 0u);
 }
 
 TEST_F(InterpreterPad, LargestVector) {
@@ -191,11 +201,35 @@ TEST_F(InterpreterPad, MainLoopReportsAndStops) {
   EXPECT_EQ(g_freq, 0u);
 }
 
-TEST_F(InterpreterPad, MainLoopReportsAMissingVectorAndStops) {
+TEST_F(InterpreterPad, MainLoopStopsAtTheRecordAfterAMissingVector) {
   shim::FailAllocation(2);
   EXPECT_EQ(Play(Join({Pad(kTir, 8, {0xFF}), image::Frequency(500)})), -2);
-  EXPECT_EQ(shim::Messages(), Messages{session::PadFailed()});
+  EXPECT_TRUE(shim::Messages().empty());
   EXPECT_EQ(g_freq, 0u);
+  EXPECT_EQ(g_tir_len, 8u);
+}
+
+TEST_F(InterpreterPad, MissingVectorOfTheLastRecordFailsTheFile) {
+  shim::FailAllocation(2);
+  EXPECT_EQ(Play(Pad(kTir, 8, {0xFF})), -2);
+  EXPECT_EQ(shim::Messages(), Messages{Done(7)});
+}
+
+TEST_F(InterpreterPad, NullIsNotFreed) {
+  EXPECT_EQ(Run(kHdr, PadBody(8, {0xFF})), 0);
+  EXPECT_EQ(Run(kHdr, {4, 16, 23}), 0);
+  EXPECT_EQ(Run(kHdr, {0}), 0);
+  EXPECT_EQ(Run(13, {0}), -10);
+  EXPECT_EQ(shim::FreesOfNull(), 0u);
+}
+
+TEST_F(InterpreterPad, HirsBytesHaveHdrsFreedEvenWhereTheseAreNull) {
+  EXPECT_EQ(Play({}), 0);
+  EXPECT_EQ(shim::FreesOfNull(), 0u);
+  EXPECT_EQ(Play(Pad(kHdr, 8, {0xFF})), 0);
+  EXPECT_EQ(shim::FreesOfNull(), 0u);
+  EXPECT_EQ(Play(Pad(kHir, 8, {0xFF})), 0);
+  EXPECT_EQ(shim::FreesOfNull(), 1u);
 }
 
 TEST_F(InterpreterPad, ShiftsPassThroughThem) {

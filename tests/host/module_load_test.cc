@@ -182,7 +182,7 @@ TEST_F(ModuleLoadTest, TableHasTheDownloadAlone) {
 TEST_F(ModuleLoadTest, GlobalsAtLoad) {
   EXPECT_EQ(at_load.image, nullptr);
   EXPECT_EQ(at_load.status, 1u);
-  EXPECT_EQ(at_load.stop_code, -17);
+  EXPECT_EQ(at_load.stop_code, 0);
   EXPECT_EQ(at_load.vector_size, 3200u);
   EXPECT_EQ(at_load.vec_val, 0u);
   EXPECT_EQ(at_load.idcode_pub, 6u);

@@ -175,6 +175,49 @@ TEST_F(PrescanScan, NegativeLengthStopsTheScan) {
   EXPECT_EQ(shim::Messages(), zeros_) << "and is not reported";
 }
 
+TEST_F(PrescanScan, NegativeLengthUpTo7IsNone) {
+  // The discarded byte is the opcode.
+  Scan(Join({RecordOfLength(image::Negative(-7), 7, {}), Pad(kTdr, 3, {0x00})}));
+  ExpectChain(4, 4);
+  Scan(Join({RecordOfLength(image::Negative(-1), 7, {}), Pad(kTdr, 1, {0x00})}));
+  ExpectChain(2, 2);
+  AllowLeaks(1);
+}
+
+TEST_F(PrescanScan, NegativeLengthEndsAtOrBeforeTheOpcode) {
+  // The opcode is at index 6. One byte is discarded, the next one is no mark and ends the scan.
+  const struct {
+    s32 length;
+    u64 end;
+  } table[] = {{-8, 7}, {-15, 7}, {-16, 6}, {-40, 3}, {-48, 2}};
+  for (const auto &row : table) {
+    Scan(Join({RecordOfLength(image::Negative(row.length), 7, {}), Pad(kTdr, 3, {0x00})}));
+    ExpectChain(1, 1);
+    EXPECT_EQ(g_pos, row.end) << row.length;
+    shim::ResetDriverGlobals();
+    pins_.Select();
+    g_compress = image::kRaw;
+  }
+}
+
+TEST_F(PrescanScan, NegativeLengthThatLeadsBackToAMarkOrOutOfTheImageStopsTheScan) {
+  // The mark is at index 3, the opcode at 9. A scan that went on from the mark would never end.
+  const struct {
+    s32 length;
+    u64 end;
+  } table[] = {{-56, 11}, {-63, 11}, {-64, 3}, {-72, 2}, {-79, 2}, {-80, 11}, {INT32_MIN, 11}};
+  for (const auto &row : table) {
+    Load(Join({{0, 0, 0}, RecordOfLength(image::Negative(row.length), 7, {}), Pad(kTdr, 3, {0})}));
+    g_pos = 3;
+    EXPECT_EQ(Quorlan_ReadChipIdcode(), 0);
+    ExpectChain(1, 1);
+    EXPECT_EQ(g_pos, row.end) << row.length;
+    shim::ResetDriverGlobals();
+    pins_.Select();
+    g_compress = image::kRaw;
+  }
+}
+
 TEST_F(PrescanScan, MissingTdiEndsTheScan) {
   Scan(Join({image::Record(kSir, {1, 23}), {0x99}, Pad(kTdr, 3, {0x00})}));
   ExpectChain(1, 1);

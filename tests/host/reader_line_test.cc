@@ -101,7 +101,9 @@ TEST_F(ReaderLine, FailedReadGivesNull) {
 TEST_F(ReaderLine, NoRoomGivesNull) {
   Open("ab\n");
   EXPECT_EQ(ReadLine(0), nullptr);
+  EXPECT_EQ(shim::Reads(), 1u) << "the file is asked for no bytes";
   EXPECT_EQ(ReadLine(-1), nullptr);
+  EXPECT_EQ(shim::Reads(), 1u);
   EXPECT_EQ(shim::FilePosition(file_), 0);
   EXPECT_EQ(Front(1), (Bytes{0xEE}));
 }

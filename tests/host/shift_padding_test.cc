@@ -133,6 +133,9 @@ TEST_F(ShiftPaddingTest, WithoutMemoryTheRegisterHasNoVector) {
     Quorlan_GenHeadAndTrailerVec(made.opcode, 8, data.data());
     EXPECT_EQ(*made.vector, nullptr);
     EXPECT_FALSE(shim::IsLive(old));
+    EXPECT_EQ(g_status, 0u) << "no later shift may be played without it";
+    EXPECT_EQ(g_stop_code, -2);
+    g_status = 1;
   }
   EXPECT_TRUE(shim::Messages().empty());
 }
@@ -143,6 +146,8 @@ TEST_F(ShiftPaddingTest, ImpossibleAndNegativeLengthsLeaveNoVector) {
     for (const Register &made : kRegisters) {
       Quorlan_GenHeadAndTrailerVec(made.opcode, bits, nullptr);
       EXPECT_EQ(*made.vector, nullptr) << bits;
+      EXPECT_EQ(g_status, 0u) << bits;
+      g_status = 1;
     }
   }
   EXPECT_TRUE(shim::Allocations().empty());

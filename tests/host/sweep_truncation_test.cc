@@ -44,10 +44,11 @@ class SweepTruncation : public shim::Test, public ::testing::WithParamInterface<
   }
 
   void AddFieldEnds(size_t at, size_t end) {
-    while (at < end) {
-      others_.insert(at++);
+    while (at + 1 < end) {
+      at++;
       while (at < end && subject_.file()[at++] & 0x80) {
       }
+      others_.insert(at);
     }
   }
 

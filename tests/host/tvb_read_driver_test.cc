@@ -24,6 +24,7 @@ class TvbReadDriver : public session::SessionTest {
     g_compress = 0;
     g_read_limit = image.size();
     const Owned data(Quorlan_ProcessData(count));
+    g_read_limit = READ_LIMIT_NONE;
     shim::ResetMessages();
     if (block.mode.value_or(5) > 4) {
       EXPECT_EQ(data, nullptr);

@@ -4,6 +4,7 @@
 // cannot be had.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -172,7 +173,7 @@ TEST_F(VectorBufferTest, WithoutMemoryToGrowTheVectorIsGivenUp) {
   uint8_t *const buffer = g_vector;
   Quorlan_MemSet(4000);
   shim::FailAllocation(1);
-  Append(4000);
+  Quorlan_SvfShiftExit(4000, nullptr, nullptr, 0);
   EXPECT_EQ(g_status, 0u);
   EXPECT_EQ(g_vector, buffer);
   EXPECT_EQ(shim::Allocations().size(), 2u) << "asked for once, not at every append";
@@ -180,6 +181,42 @@ TEST_F(VectorBufferTest, WithoutMemoryToGrowTheVectorIsGivenUp) {
   Quorlan_Transfer(nullptr, 0, 3000);
   EXPECT_EQ(Quorlan_TransferAndReadTDO(nullptr, 0, 3000), nullptr);
   EXPECT_EQ(pins.Text(), "");
+}
+
+TEST_F(VectorBufferTest, ACharacterThatDoesNotFitAsksForMemoryByItself) {
+  Quorlan_Reset();
+  Quorlan_MemSet(4000);
+  Append(3199);
+  shim::FailAllocationsFrom(1);
+  Append(2);
+  EXPECT_EQ(shim::Messages(), (Messages{NoMemory("4000"), NoMemory("4000")}));
+  EXPECT_EQ(Vector(), std::string(3199, 0x08));
+  shim::FailAllocation(0);
+  g_status = 1;
+  Append(1);
+  EXPECT_EQ(Vector(), std::string(3200, 0x08)) << "that memory was wanting once does not show";
+  EXPECT_EQ(g_status, 1u);
+}
+
+TEST_F(VectorBufferTest, ABufferOfASizeThatWasLoweredIsTheCallersOwn) {
+  // As where a caller's new buffer comes to lie where the driver's was.
+  Quorlan_Reset();
+  g_vector[0] = 0;
+  g_vector_size = 16;
+  Append(15);
+  EXPECT_EQ(shim::Allocations().size(), 1u);
+  Append(1);
+  EXPECT_EQ(RequestedSizes(), (std::vector<size_t>{3200, 17}));
+}
+
+TEST_F(VectorBufferTest, AVectorWithoutItsTerminatorIsNotReadPastItsBuffer) {
+  Quorlan_MemSet(4);
+  std::fill_n(g_vector, 3201, 'L');
+  pins.Record(false);
+  Quorlan_Transfer(nullptr, 0, 3201);
+  EXPECT_EQ(pins.writes(), 3u * 3201 + 2) << "two of TCK and one of TDI each, TMS at both ends";
+  Quorlan_GenVec();
+  EXPECT_EQ(Vector(), std::string(3201, 'L') + '\x08');
 }
 
 TEST_F(VectorBufferTest, AVectorThatWasGivenUpIsBuiltAgainOnceEmptied) {
@@ -215,7 +252,7 @@ TEST_F(VectorBufferTest, TheLargestBlockHoldsTheLongestVector) {
 TEST_F(VectorBufferTest, AVectorThatCannotEndInsideABlockIsGivenUp) {
   Quorlan_MemSet(10);
   Quorlan_MemSet(4 << 20);
-  Append(4 << 20);
+  Quorlan_SvfShiftExit(4 << 20, nullptr, nullptr, 0);
   EXPECT_EQ(g_status, 0u);
   EXPECT_LT(Vector().size(), size_t{4} << 20);
 }

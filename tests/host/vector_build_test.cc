@@ -129,6 +129,41 @@ TEST_F(VectorBuildTest, AppendsBehindWhatWasWrittenIntoTheBuffer) {
   EXPECT_EQ(VectorText(), "4C 4C 4C 4C 6E 08");
 }
 
+TEST_F(VectorBuildTest, AppendsBehindWhatACallerWroteAfterAReset) {
+  Quorlan_Reset();
+  std::copy_n("LL", 3, g_vector);
+  g_vec_val = 0;
+  Quorlan_GenVec();
+  EXPECT_EQ(VectorText(), "4C 4C 08");
+  Quorlan_StateConfig(1);
+  EXPECT_EQ(VectorText(), "4C 4C 08 2A");
+}
+
+TEST_F(VectorBuildTest, AppendsAtATerminatorThatWasPutIntoTheMiddle) {
+  for (int i = 0; i < 20; ++i) {
+    Quorlan_GenVec();
+  }
+  g_vector[3] = 0;
+  g_vec_val = kTdi;
+  Quorlan_GenVec();
+  EXPECT_EQ(VectorText(), "08 08 08 4C");
+  EXPECT_EQ(g_vector[5], 0x08) << "only the next character was taken for the terminator";
+  g_vector[2] = 0;
+  const uint8_t tdi = 0x80;
+  Quorlan_SvfShiftExit(2, &tdi, nullptr, 1);
+  EXPECT_EQ(VectorText(), "08 08 4C 2A");
+  g_vector[1] = 0;
+  Quorlan_StateConfig(2);
+  EXPECT_EQ(VectorText(), "08 08");
+}
+
+TEST_F(VectorBuildTest, AppendsBehindALongerVectorThatTheCallerWrote) {
+  Quorlan_GenVec();
+  std::copy_n("LLLLLLLL", 9, g_vector);
+  Quorlan_GenVec();
+  EXPECT_EQ(VectorText(), "4C 4C 4C 4C 4C 4C 4C 4C 08");
+}
+
 TEST_F(VectorBuildTest, NothingIsAppendedToNoVector) {
   kfree(g_vector);
   g_vector = nullptr;

@@ -58,6 +58,33 @@ TEST_F(VectorResetTest, FitsASizeThatIsTooSmallForIt) {
   EXPECT_EQ(pins.Text(), ResetCalls());
 }
 
+TEST_F(VectorResetTest, FitsASizeOfZero) {
+  g_vector_size = 0;
+  EXPECT_EQ(Quorlan_Reset(), 0);
+  EXPECT_EQ(RequestedSizes(), (std::vector<size_t>{0, 2, 4, 8, 16}));
+  EXPECT_EQ(VectorText(), kResetVector);
+  EXPECT_EQ(pins.Text(), ResetCalls());
+  EXPECT_EQ(g_vector_size, 0u);
+}
+
+TEST_F(VectorResetTest, ABlockOfNoBytesIsLeftAlone) {
+  g_vector_size = 0;
+  shim::FailAllocationsFrom(2);
+  EXPECT_EQ(Quorlan_Reset(), 0);
+  ASSERT_NE(g_vector, nullptr);
+  g_status = 1;
+  Quorlan_Transfer(nullptr, 0, 1);
+  Quorlan_MemSet(0);
+  Quorlan_GenVec();
+  EXPECT_EQ(pins.Text(), "");
+  shim::VerifyMemory();
+}
+
+TEST_F(VectorResetTest, NullIsNotFreed) {
+  Quorlan_Reset();
+  EXPECT_EQ(shim::FreesOfNull(), 0u);
+}
+
 TEST_F(VectorResetTest, SetsEveryLevelAndKeepsTheOtherBits) {
   g_vec_val = 0xFFFFFFFF;
   Quorlan_Reset();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The driver as it is at load: every global and its value, in the order of the driver's folders.
+// The driver as it is at load: every global that a harness knows and its value, in the order of the
+// driver's folders. What the driver keeps besides must need no reset.
 #include <cstring>
 
 #include "host.h"
@@ -24,6 +25,7 @@ void DropSessionBuffers() {
         &g_tir_data, &g_hdr_data, &g_hir_data, &g_chip_idcode, &g_chip_io_status, &g_watch_ios}) {
     Drop(held);
   }
+  Quorlan_FreeMemory();
 }
 
 // The record that the framework may write to.
@@ -37,7 +39,6 @@ void ResetPlayer() {
   g_tvb_length = 0;
   g_pos = 0;
   std::memset(g_buffer, 0, sizeof(g_buffer));
-  g_read_limit = READ_LIMIT_NONE;
   g_compress = 0;
   g_cfg_start_pos = 0;
   g_cur_level = 0;
@@ -49,11 +50,9 @@ void ResetEngine() {
   g_tvb_jtag_funcs = nullptr;
   g_freq = 0;
   g_status = 1;
-  g_stop_code = RESULT_VERIFY_FAILED;
   g_vector_size = 3200;
   g_vec_val = 0;
   std::memset(g_buf, 0, sizeof(g_buf));
-  m7_forget_vector();
   g_tdr_len = g_tir_len = g_hdr_len = g_hir_len = 0;
   g_idcode_pub = 6;
   g_io_len = 0;
@@ -62,7 +61,6 @@ void ResetEngine() {
 void ResetDecoders() {
   g_pWriteBuffer = nullptr;
   g_iWriteCount = 0;
-  g_alloc_failures = 0;
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ class Test : public ::testing::Test {
 // Brings the driver's globals and then the whole shim to their state at load.
 void Reset();
 
-// Brings every global of the driver, its internal ones included, to its value at load. Live blocks
+// Brings every global that the driver shares with its callers to its value at load. Live blocks
 // that the session's globals hold are freed; a pointer to anything else is only dropped.
 void ResetDriverGlobals();
 
