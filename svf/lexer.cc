@@ -3,8 +3,7 @@
 
 #include <algorithm>
 
-#include "svf/character.h"
-#include "svf/error.h"
+#include "svf/text.h"
 
 namespace svf {
 namespace {
@@ -21,6 +20,26 @@ bool IsWordCharacter(char c) {
 }
 
 }  // namespace
+
+bool Is(const Token &token, std::string_view word) {
+  return token.kind == TokenKind::kWord && IsWord(token.text, word);
+}
+
+std::string Quoted(const Token &token) {
+  constexpr size_t kMaxQuoted = 40;
+  switch (token.kind) {
+    case TokenKind::kData:
+      return "hexadecimal data";
+    case TokenKind::kEnd:
+      return "the end of the file";
+    default:
+      break;
+  }
+  if (token.text.size() > kMaxQuoted) {
+    return "'" + std::string(token.text.substr(0, kMaxQuoted)) + "...'";
+  }
+  return "'" + std::string(token.text) + "'";
+}
 
 Lexer::Lexer(std::string_view text) : text_(text) {
   if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {

@@ -3,7 +3,7 @@
 
 #include <charconv>
 
-#include "svf/error.h"
+#include "svf/text.h"
 
 namespace svf {
 namespace {
@@ -15,6 +15,16 @@ std::string Quote(std::string_view text) {
 constexpr const char *kStableStates = "RESET, IDLE, IRPAUSE or DRPAUSE";
 
 }  // namespace
+
+std::string_view Name(Register which) {
+  constexpr std::string_view kNames[kRegisters] = {"SIR", "SDR", "HIR", "TIR", "HDR", "TDR"};
+  return kNames[static_cast<size_t>(which)];
+}
+
+std::string_view Name(Field field) {
+  constexpr std::string_view kNames[kFields] = {"TDI", "TDO", "MASK", "SMASK"};
+  return kNames[static_cast<size_t>(field)];
+}
 
 const Parser::Keyword Parser::kKeywords[] = {
     {"SDR", &Parser::ReadSdr},

@@ -3,18 +3,121 @@
 // Reads SVF text statement by statement.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
+#include <vector>
 
 #include "svf/lexer.h"
-#include "svf/statement.h"
+#include "svf/number.h"
+#include "svf/tap.h"
 
 namespace svf {
 
-// Knows the grammar and nothing of what carries over from statement to statement (ScanRegister does
-// that). Memory does not depend on the length of the text.
+// Statements say what they say by themselves: nothing here knows of an earlier one. Every offset is
+// in bytes from the start of the text.
+
+// The six registers that data is stated for.
+enum class Register : uint8_t { kSir, kSdr, kHir, kTir, kHdr, kTdr };
+constexpr size_t kRegisters = 6;
+
+// "SIR".
+std::string_view Name(Register which);
+
+// True for the four that are stored and go with every later scan.
+inline bool IsPad(Register which) {
+  return which != Register::kSir && which != Register::kSdr;
+}
+
+enum class Field : uint8_t { kTdi, kTdo, kMask, kSmask };
+constexpr size_t kFields = 4;
+
+// "TDI".
+std::string_view Name(Field field);
+
+// SIR, SDR, HIR, TIR, HDR, TDR: a length and up to four fields.
+struct ScanStatement {
+  struct FieldText {
+    size_t offset = 0;  // of the field's name
+    HexText data;
+  };
+
+  Register which = Register::kSir;
+  uint32_t bits = 0;
+  size_t bits_offset = 0;
+  std::array<std::optional<FieldText>, kFields> fields;
+
+  const std::optional<FieldText> &field(Field name) const {
+    return fields[static_cast<size_t>(name)];
+  }
+};
+
+// A state and where it is named.
+struct NamedState {
+  TapState state;
+  size_t offset;
+};
+
+// ENDIR, ENDDR: where later scans end.
+struct EndStatement {
+  bool instruction = false;  // ENDIR
+  TapState state = TapState::kIdle;
+  size_t state_offset = 0;
+};
+
+// STATE: a state, or a path to it; the last is stable.
+struct StateStatement {
+  std::vector<NamedState> path;  // at least one
+};
+
+// RUNTEST. A count or a minimum time is there, or both.
+struct RunTestStatement {
+  struct Time {
+    Decimal seconds;
+    size_t offset = 0;
+  };
+  struct Count {
+    uint32_t clocks = 0;
+    bool system_clock = false;  // SCK
+    size_t offset = 0;
+  };
+
+  std::optional<NamedState> run;
+  std::optional<Count> count;
+  std::optional<Time> minimum;
+  std::optional<Time> maximum;
+  std::optional<NamedState> end;
+};
+
+// FREQUENCY; without a number back to full speed.
+struct FrequencyStatement {
+  std::optional<Decimal> hertz;
+  size_t hertz_offset = 0;
+};
+
+// TRST.
+struct TrstStatement {
+  enum class Mode : uint8_t { kOn, kOff, kZ, kAbsent };
+  Mode mode = Mode::kZ;
+};
+
+// PIO and PIOMAP; their contents are not looked at.
+struct ParallelStatement {};
+
+struct Statement {
+  size_t offset = 0;      // of its first word
+  std::string_view name;  // that word as it stands in the file
+  std::variant<ScanStatement, EndStatement, StateStatement, RunTestStatement, FrequencyStatement,
+               TrstStatement, ParallelStatement>
+      what;
+};
+
+// Knows the grammar, and nothing of what carries over from statement to statement: that is
+// ScanRegister's part. Memory does not depend on the length of the text.
 class Parser {
  public:
   // `text` must live as long as the object and the statements.

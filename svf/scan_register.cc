@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "svf/error.h"
+#include "svf/text.h"
 
 namespace svf {
 namespace {

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "svf/statement.h"
+#include "svf/parser.h"
 
 namespace svf {
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstddef>
 
-#include "svf/character.h"
+#include "svf/text.h"
 
 namespace svf {
 namespace {

@@ -8,8 +8,7 @@
 #include "fuzz/convert.h"
 #include "fuzz/fuzz.h"
 #include "fuzz/scans.h"
-#include "svf/error.h"
-#include "svf/position.h"
+#include "svf/text.h"
 #include "tvb/checker.h"
 
 namespace {

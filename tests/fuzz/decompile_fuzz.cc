@@ -5,7 +5,7 @@
 #include "fuzz/convert.h"
 #include "fuzz/fuzz.h"
 #include "fuzz/scans.h"
-#include "svf/error.h"
+#include "svf/text.h"
 #include "tools/cli/command.h"
 #include "tvb/checker.h"
 #include "tvb/reader.h"

@@ -11,9 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "svf/error.h"
 #include "svf/parser.h"
-#include "svf/position.h"
+#include "svf/text.h"
 #include "tools/compile/compiler.h"
 #include "tools/compile/source_notes.h"
 #include "tvb/play_order.h"

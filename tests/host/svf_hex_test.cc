@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-#include "svf/hex.h"
+#include "svf/number.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "svf/position.h"
+#include "svf/text.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <string_view>
 
-#include "svf/error.h"
 #include "svf/parser.h"
+#include "svf/text.h"
 #include "tools/cli/accounting.h"
 #include "tools/cli/command.h"
 #include "tools/cli/input_file.h"

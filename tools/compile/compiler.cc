@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "svf/error.h"
+#include "svf/text.h"
 #include "tools/compile/run_test_plan.h"
 #include "tvb/number.h"
 #include "tvb/run_test.h"

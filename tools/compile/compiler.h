@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <optional>
 
+#include "svf/parser.h"
 #include "svf/scan_register.h"
-#include "svf/statement.h"
 #include "tools/compile/chain_place.h"
 #include "tools/compile/joined_scan.h"
 #include "tools/compile/record_folder.h"

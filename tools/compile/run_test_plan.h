@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "svf/decimal.h"
+#include "svf/number.h"
 
 namespace tool {
 

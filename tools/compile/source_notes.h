@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "svf/position.h"
+#include "svf/text.h"
 
 namespace tool {
 

@@ -3,7 +3,7 @@
 
 #include <fmt/format.h>
 
-#include "svf/error.h"
+#include "svf/text.h"
 #include "tools/cli/report.h"
 
 namespace tool {

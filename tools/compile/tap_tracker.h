@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "svf/statement.h"
+#include "svf/parser.h"
 #include "svf/tap.h"
 #include "tools/compile/source_notes.h"
 

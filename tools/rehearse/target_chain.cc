@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "svf/position.h"
+#include "svf/text.h"
 #include "tools/cli/bit_row.h"
 #include "tools/cli/command.h"
 

@@ -1,15 +1,52 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// What each character may begin or continue.
+// SVF text: what is wrong with it, where in it something stands, and its characters.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
 namespace svf {
+
+// Thrown for text that is no SVF. The message says what was expected and what to do; the offset, in
+// bytes from the start of the text, says where.
+class Error : public std::runtime_error {
+ public:
+  Error(size_t offset, const std::string &message) : std::runtime_error(message), offset_(offset) {}
+
+  size_t offset() const {
+    return offset_;
+  }
+
+ private:
+  size_t offset_;
+};
+
+// A line and a column in it, both from 1; a column is a byte.
+struct Position {
+  size_t line = 1;
+  size_t column = 1;
+};
+
+// Makes positions of offsets. Lines are counted when a position is asked for, from the one before;
+// asking in rising order walks through the text once. A line ends at LF, CR LF or CR.
+class LineIndex {
+ public:
+  // `text` must live as long as the object.
+  explicit LineIndex(std::string_view text) : text_(text) {}
+
+  // The position of an offset into the text, at most its size.
+  Position At(size_t offset);
+
+ private:
+  std::string_view text_;
+  size_t line_ = 1;
+  size_t line_start_ = 0;
+};
 
 enum class CharacterClass : uint8_t {
   kDigit,
