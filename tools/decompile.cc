@@ -3,11 +3,17 @@
 
 #include <fmt/format.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <memory>
+#include <string_view>
 
-#include "tools/cli/progress.h"
-#include "tools/svf_output.h"
+#include "tools/cli/bit_row.h"
+#include "tools/cli/command.h"
+#include "tools/cli/report.h"
+#include "tools/cli/text.h"
 #include "tvb/check_time.h"
+#include "tvb/checker.h"
 #include "tvb/clock_rate.h"
 #include "tvb/play_order.h"
 #include "tvb/reader.h"
@@ -17,7 +23,63 @@
 namespace tool {
 namespace {
 
-constexpr uint64_t kMostStatements = 10000000;
+constexpr uint64_t kMaxStatements = 10000000;
+
+// Many readers of SVF take lines of at most 256 characters: three short fields on one line, a
+// longer one on a line of its own, and the digits of long ones on lines of theirs.
+constexpr size_t kDigitsOfShortField = 64;
+constexpr size_t kDigitsInLine = 128;
+
+// Writes SVF statements. The bits of register data are in the order of tvb::Bytes.
+class SvfOutput {
+ public:
+  // `out` outlives the object.
+  explicit SvfOutput(OutputFile &out) : out_(out) {}
+
+  // A comment of one line; `text` has no line end.
+  void Comment(std::string_view text) {
+    out_.Write(fmt::format("! {}\n", text));
+  }
+
+  // A statement as it stands, without its ';'.
+  void Statement(std::string_view text) {
+    out_.Write(fmt::format("{};\n", text));
+  }
+
+  // Begins a statement about a register: "SDR 24". Then come its fields, then End().
+  void Begin(const char *command, uint32_t bits) {
+    bits_ = bits;
+    out_.Write(fmt::format("{} {}", command, bits));
+  }
+
+  void Field(const char *name, tvb::Bytes data) {
+    const std::string digits = BitRow::FromFile(data, bits_).Hex();
+    out_.Write(fmt::format("{}{} (", digits.size() <= kDigitsOfShortField ? " " : "\n  ", name));
+    for (size_t at = 0; at < digits.size(); at += kDigitsInLine) {
+      out_.Write(digits.size() <= kDigitsInLine ? "" : "\n    ");
+      out_.Write(std::string_view(digits).substr(at, kDigitsInLine));
+    }
+    out_.Write(")");
+  }
+
+  void End() {
+    out_.Write(";\n");
+  }
+
+ private:
+  OutputFile &out_;
+  uint32_t bits_ = 0;
+};
+
+// Seconds as SVF takes them, exact to the microsecond: "0.0015", "40".
+std::string SvfSeconds(uint64_t microseconds) {
+  std::string text = fmt::format("{}.{:06}", microseconds / 1000000, microseconds % 1000000);
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') {
+    text.pop_back();
+  }
+  return text;
+}
 
 // A run-test's fields, summed up.
 struct RunTestSum {
@@ -25,7 +87,7 @@ struct RunTestSum {
   uint64_t cycles = 0;
 };
 
-RunTestSum SumOf(const tvb::RecordView &record) {
+RunTestSum SumFields(const tvb::RecordView &record) {
   RunTestSum sum;
   for (const tvb::FieldView &view : record.fields) {
     const tvb::RunTestField field = tvb::ReadRunTestField(view);
@@ -49,11 +111,11 @@ void RefuseLongLoops(const TvbFile &file) {
     } else if (record->opcode == tvb::kEndLoop) {
       passes = 1;
     }
-    if (statements > kMostStatements) {
+    if (statements > kMaxStatements) {
       throw Failure(
           fmt::format("SVF has no loops, and with those of this file written out it would "
                       "have more than {} statements",
-                      kMostStatements),
+                      NumberText(kMaxStatements)),
           file.Place(loop.offset, loop.index));
     }
   }
@@ -106,7 +168,7 @@ class Decompiler {
         return;
     }
     svf_.Comment(fmt::format("record {}: opcode {} of {}, which the player skips", record.index,
-                             record.opcode, tvb::Count(record.end - record.offset, "byte")));
+                             record.opcode, CountText(record.end - record.offset, "byte")));
   }
 
   void Shift(const tvb::RecordView &record) {
@@ -175,7 +237,7 @@ class Decompiler {
       return;
     }
     rate_.Run();
-    RunTestSum sum = SumOf(record);
+    RunTestSum sum = SumFields(record);
     if (sum.microseconds > 0 && IsTimeAlone(record, sum)) {
       sum.cycles = 0;
     }
@@ -207,11 +269,61 @@ class Decompiler {
   bool cleared_ = false;  // the record before was a FREQUENCY 0
 };
 
+struct DecompileOptions {
+  std::string input;
+  std::string output = "-";
+  bool force = false;
+};
+
+// Throws Failure for the first error; with `force` only for what the player cannot play: of the
+// rest an SVF can be made that does what the player does.
+void RefuseErrors(TvbFile &file, bool force) {
+  const auto refuse = [&file, force](const tvb::Finding &finding) {
+    const std::string place = file.Place(finding.offset, finding.record);
+    if (finding.severity == tvb::Severity::kBroken) {
+      throw Failure(finding.message, place);
+    }
+    if (finding.severity == tvb::Severity::kError && !force) {
+      throw Failure(fmt::format("{} (--force decompiles what the player does)", finding.message),
+                    place);
+    }
+    if (finding.severity == tvb::Severity::kError) {
+      Warning(place, finding.message);
+    }
+  };
+  tvb::CheckImage(file.image(), refuse, [&file](uint64_t offset) { file.Forget(offset); });
+}
+
+int DecompileFile(const DecompileOptions &options) {
+  TvbFile file(options.input);
+  RefuseErrors(file, options.force);
+  OutputFile out(options.output);
+  Decompile(file, out);
+  out.Commit();
+  return kDone;
+}
+
 }  // namespace
 
 void Decompile(TvbFile &file, OutputFile &out) {
   RefuseLongLoops(file);
   Decompiler(file, out).Run();
+}
+
+void AddDecompile(CLI::App &app, Invocation &invocation) {
+  CLI::App *decompile = app.add_subcommand("decompile", "Make an SVF file of a TVB file");
+  const auto options = std::make_shared<DecompileOptions>();
+  AddInput(*decompile, invocation, "IN.tvb", options->input,
+           "TVB file to read; - is standard input");
+  AddOutput(*decompile, invocation, "-o,--output", options->output,
+            "SVF file to write; - is standard output")
+      ->type_name("OUT.svf")
+      ->capture_default_str();
+  decompile->add_flag("--force", options->force,
+                      "Accept an error of the file, with a warning, if the player plays it all the "
+                      "same");
+  decompile->callback(
+      [options, &invocation] { invocation.run = [options] { return DecompileFile(*options); }; });
 }
 
 }  // namespace tool

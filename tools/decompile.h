@@ -3,16 +3,15 @@
 // Makes an SVF file of a TVB file.
 #pragma once
 
+#include "tools/cli/input_file.h"
 #include "tools/cli/output_file.h"
-#include "tools/cli/tvb_file.h"
 
 namespace tool {
 
-// Writes the SVF of `file`, which must be without broken records, to `out`: its records in the
-// order in which they are played, one statement each. Loops, which SVF does not have, are written
-// out; a pair of FREQUENCY 0 and FREQUENCY f is one statement; what does nothing at all, and the
-// run-test that closes a file, is left out or told in a comment. Throws Failure for what has no
-// SVF form.
+// Writes the SVF of `file`, which must have no broken record, to `out`: its records in the order in
+// which they are played, one statement each. Loops, which SVF does not have, are written out; a
+// pair of FREQUENCY 0 and FREQUENCY f is one statement; a record without effect becomes a comment,
+// or nothing if it is the run-test that closes the file. Throws Failure for what has no SVF form.
 void Decompile(TvbFile &file, OutputFile &out);
 
 }  // namespace tool

@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "fuzz/fuzz.h"
-#include "tools/dump.h"
+#include "tools/dump/dump.h"
 #include "tvb/reader.h"
 
 namespace {

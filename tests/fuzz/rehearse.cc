@@ -4,9 +4,9 @@
 #include "fuzz/fresh_driver.h"
 #include "fuzz/fuzz.h"
 #include "host/fuzz_budget.h"
-#include "tools/cli/accounting.h"
 #include "tools/rehearse/play_length.h"
 #include "tools/rehearse/play_verdict.h"
+#include "tools/rehearse/time_table.h"
 #include "tvb/checker.h"
 #include "tvb/reader.h"
 

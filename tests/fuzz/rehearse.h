@@ -5,7 +5,7 @@
 
 #include <functional>
 
-#include "tools/cli/tvb_file.h"
+#include "tools/cli/input_file.h"
 #include "tools/rehearse/rehearsal.h"
 
 namespace fuzz {

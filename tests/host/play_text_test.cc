@@ -6,12 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "tools/cli/accounting.h"
 #include "tools/cli/bit_row.h"
+#include "tools/cli/text.h"
 #include "tools/rehearse/driver_log.h"
 #include "tools/rehearse/idcode.h"
 #include "tools/rehearse/scan_text.h"
 #include "tools/rehearse/target_chain.h"
+#include "tools/rehearse/time_table.h"
 #include "tools/rehearse/vcd.h"
 
 namespace {
@@ -101,8 +102,9 @@ TEST(PlayIdcode, TellsARevisionFromAnotherPart) {
       HasSubstr("the right part (0xA014C35) in revision 3 where the file wants revision 0"));
   EXPECT_THAT(tool::DescribeIdcodes(0x0A014C35, 0x0A015C35),
               HasSubstr("another part, manufacturer 0x61A part 0xA015"));
-  EXPECT_THAT(tool::DescribeIdcodes(0x0A014C35, 0x0A014C34),
-              HasSubstr("0x0A014C34 was read, which is none"));
+  EXPECT_THAT(
+      tool::DescribeIdcodes(0x0A014C35, 0x0A014C34),
+      HasSubstr("this looks like an IDCODE, but 0x0A014C34, which was read, cannot be one"));
 }
 
 TEST(PlayAccounting, TimesAndNumbersAreReadable) {
@@ -110,12 +112,30 @@ TEST(PlayAccounting, TimesAndNumbersAreReadable) {
   EXPECT_EQ(tool::NumberText(999), "999");
   EXPECT_EQ(tool::NumberText(1000), "1,000");
   EXPECT_EQ(tool::NumberText(12345678), "12,345,678");
+  EXPECT_EQ(tool::RealText(0), "0");
+  EXPECT_EQ(tool::RealText(0.5), "0.5");
+  EXPECT_EQ(tool::RealText(999.125), "999.125");
+  EXPECT_EQ(tool::RealText(1000), "1,000");
+  EXPECT_EQ(tool::RealText(1234567.5), "1,234,567.5");
+  EXPECT_EQ(tool::RealText(1e9), "1,000,000,000");
   EXPECT_EQ(tool::CountText(1, "scan"), "1 scan");
   EXPECT_EQ(tool::CountText(0, "scan"), "0 scans");
   EXPECT_EQ(tool::TimeText(999950), "1000.0 us");
   EXPECT_EQ(tool::TimeText(1000000), "1.000 ms");
   EXPECT_EQ(tool::TimeText(1234567890), "1.235 s");
   EXPECT_EQ(tool::TimeText(3723400000000), "1:02:03 h");
+}
+
+TEST(PlayAccounting, TheClockKeepsPartsOfANanosecond) {
+  tool::BoardClock clock;
+  clock.Work(0.75);
+  EXPECT_EQ(clock.now(), 0u);
+  clock.Work(0.5);
+  EXPECT_EQ(clock.now(), 1u);
+  clock.Wait(100);
+  clock.Work(2.75);
+  EXPECT_EQ(clock.now(), 104u);
+  EXPECT_EQ(clock.waited(), 100u);
 }
 
 TEST(PlayAccounting, TheTableAddsUp) {
@@ -226,6 +246,9 @@ TEST_F(PlayTrace, TheUnitOfADumpDividesCallsAndWaits) {
   EXPECT_EQ(tool::VcdUnit(7), 1u);
   EXPECT_EQ(tool::VcdUnit(1000), 1000u);
   EXPECT_EQ(tool::VcdUnit(1000000), 100000u);
+  EXPECT_EQ(tool::VcdUnit(0.5), 1u);
+  EXPECT_EQ(tool::VcdUnit(1000.5), 1u);
+  EXPECT_EQ(tool::VcdUnit(0), 100000u);
 }
 
 TEST_F(PlayTrace, ScansAreListedAsSvfHasThem) {

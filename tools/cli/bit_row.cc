@@ -2,6 +2,7 @@
 #include "tools/cli/bit_row.h"
 
 #include <algorithm>
+#include <bit>
 
 namespace tool {
 
@@ -11,7 +12,7 @@ BitRow::BitRow(size_t size, bool level) : bytes_((size + 7) / 8, level ? 0xFF : 
   }
 }
 
-BitRow BitRow::FromFile(const uint8_t *bytes, size_t size) {
+BitRow BitRow::FromFile(std::span<const uint8_t> bytes, size_t size) {
   BitRow row;
   row.bytes_.reserve((size + 7) / 8);
   for (size_t bit = 0; bit < size; ++bit) {
@@ -31,7 +32,7 @@ unsigned BitRow::Digit(size_t first, size_t end) const {
 size_t BitRow::Ones() const {
   size_t ones = 0;
   for (const uint8_t byte : bytes_) {
-    ones += static_cast<size_t>(__builtin_popcount(byte));
+    ones += static_cast<size_t>(std::popcount(byte));
   }
   return ones;
 }

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,7 @@ class BitRow {
   BitRow(size_t size, bool level);
 
   // Reads `size` bits of a command file's bytes, bit d being bit 7 - (d mod 8) of byte d / 8.
-  static BitRow FromFile(const uint8_t *bytes, size_t size);
+  static BitRow FromFile(std::span<const uint8_t> bytes, size_t size);
 
   void Push(bool bit) {
     if (size_ % 8 == 0) {

@@ -9,9 +9,10 @@
 
 #include <cerrno>
 #include <cstring>
-#include <utility>
 
 #include "tools/cli/command.h"
+#include "tvb/reader.h"
+#include "tvb/text.h"
 
 namespace tool {
 namespace {
@@ -38,90 +39,56 @@ class Descriptor {
   int fd_;
 };
 
-// Reads to the end; false with errno set if that fails.
-bool ReadAll(int fd, std::vector<uint8_t> &bytes) {
-  for (;;) {
-    const size_t size = bytes.size();
-    bytes.resize(size + kPieceToRead);
-    const ssize_t got = read(fd, bytes.data() + size, kPieceToRead);
-    bytes.resize(size + static_cast<size_t>(got > 0 ? got : 0));
-    if (got == 0 || (got < 0 && errno != EINTR)) {
-      return got == 0;
-    }
-  }
-}
-
 }  // namespace
 
-tl::expected<InputFile, std::string> InputFile::Open(const std::string &path) {
+InputFile::InputFile(const std::string &path) {
   const bool standard = path == "-";
-  const auto cannot = [&path](const char *why) {
-    return tl::unexpected(fmt::format("cannot read {}: {}", path, why));
-  };
-  Descriptor fd(standard ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  name_ = standard ? "<stdin>" : path;
+  const Descriptor fd(standard ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC));
   struct stat status = {};
   if (fd.get() < 0 || fstat(fd.get(), &status) != 0) {
-    return cannot(strerror(errno));
+    Fail(strerror(errno));
   }
   if (S_ISDIR(status.st_mode)) {
-    return cannot("it is a directory; name a file");
+    Fail("it is a directory; name a file");
   }
-  InputFile file;
-  file.name_ = standard ? "<stdin>" : path;
   if (S_ISREG(status.st_mode) && !standard && status.st_size > 0) {
-    const auto size = static_cast<size_t>(status.st_size);
-    void *mapping = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd.get(), 0);
-    if (mapping == MAP_FAILED) {
-      return cannot(strerror(errno));
-    }
-    madvise(mapping, size, MADV_SEQUENTIAL);
-    file.data_ = static_cast<const uint8_t *>(mapping);
-    file.size_ = size;
-    file.mapped_ = true;
-    return file;
+    Map(fd.get(), static_cast<size_t>(status.st_size));
+  } else {
+    ReadAll(fd.get());
   }
-  if (!ReadAll(fd.get(), file.read_)) {
-    return cannot(strerror(errno));
-  }
-  file.data_ = file.read_.data();
-  file.size_ = file.read_.size();
-  return file;
-}
-
-InputFile InputFile::OpenOrThrow(const std::string &path) {
-  auto file = Open(path);
-  if (!file) {
-    throw Failure(file.error());
-  }
-  return std::move(*file);
-}
-
-InputFile::InputFile(InputFile &&other) noexcept {
-  *this = std::move(other);
-}
-
-InputFile &InputFile::operator=(InputFile &&other) noexcept {
-  if (this != &other) {
-    Unmap();
-    name_ = std::move(other.name_);
-    data_ = std::exchange(other.data_, nullptr);
-    size_ = std::exchange(other.size_, 0);
-    forgotten_ = std::exchange(other.forgotten_, 0);
-    mapped_ = std::exchange(other.mapped_, false);
-    read_ = std::move(other.read_);
-  }
-  return *this;
 }
 
 InputFile::~InputFile() {
-  Unmap();
-}
-
-void InputFile::Unmap() {
   if (mapped_) {
     munmap(const_cast<uint8_t *>(data_), size_);
-    mapped_ = false;
   }
+}
+
+void InputFile::Map(int fd, size_t size) {
+  void *mapping = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
+  if (mapping == MAP_FAILED) {
+    Fail(strerror(errno));
+  }
+  madvise(mapping, size, MADV_SEQUENTIAL);
+  data_ = static_cast<const uint8_t *>(mapping);
+  size_ = size;
+  mapped_ = true;
+}
+
+void InputFile::ReadAll(int fd) {
+  ssize_t got = 0;
+  do {
+    const size_t size = read_.size();
+    read_.resize(size + kPieceToRead);
+    got = read(fd, read_.data() + size, kPieceToRead);
+    read_.resize(size + static_cast<size_t>(got > 0 ? got : 0));
+  } while (got > 0 || (got < 0 && errno == EINTR));
+  if (got < 0) {
+    Fail(strerror(errno));
+  }
+  data_ = read_.data();
+  size_ = read_.size();
 }
 
 void InputFile::Forget(size_t before) {
@@ -131,6 +98,21 @@ void InputFile::Forget(size_t before) {
   const size_t whole = before / kPieceToForget * kPieceToForget;
   madvise(const_cast<uint8_t *>(data_) + forgotten_, whole - forgotten_, MADV_DONTNEED);
   forgotten_ = whole;
+}
+
+void InputFile::Fail(const char *reason) const {
+  throw Failure(fmt::format("cannot read {}: {}", name_, reason));
+}
+
+TvbFile::TvbFile(const std::string &path) : file_(path), header_(tvb::ReadHeader(image())) {
+  if (header_.fault) {
+    throw Failure(header_.fault->message, Place(header_.fault->offset));
+  }
+}
+
+std::string TvbFile::Place(uint64_t offset, uint64_t record) const {
+  const std::string place = fmt::format("{}: offset {}", name(), tvb::Hex(offset));
+  return record == 0 ? place : fmt::format("{} (record {})", place, record);
 }
 
 }  // namespace tool

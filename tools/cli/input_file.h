@@ -1,33 +1,31 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// A file to read, as one run of bytes.
+// A file to read, as one run of bytes; and a TVB file.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <tl/expected.hpp>
 #include <vector>
+
+#include "tvb/bytes.h"
+#include "tvb/record_view.h"
 
 namespace tool {
 
-// The bytes of a file: mapped if it is a file proper, read whole if it is a pipe or standard input.
-// They are good as long as the object.
+// The bytes of a file: mapped if it is a regular file, read whole if it is a pipe or standard
+// input. They are good as long as the object.
 class InputFile {
  public:
-  // Opens the file of that path, standard input for "-". An error is a whole sentence that names
-  // the path.
-  static tl::expected<InputFile, std::string> Open(const std::string &path);
-
-  // The same; throws Failure.
-  static InputFile OpenOrThrow(const std::string &path);
-
-  InputFile(InputFile &&other) noexcept;
-  InputFile &operator=(InputFile &&other) noexcept;
+  // Opens the file of that path, standard input for "-". Throws Failure, naming the path, if it
+  // cannot be read.
+  explicit InputFile(const std::string &path);
   ~InputFile();
+  InputFile(const InputFile &) = delete;
+  InputFile &operator=(const InputFile &) = delete;
 
-  // The path, or "<stdin>": what messages call it.
+  // What messages call it: the path, or "<stdin>".
   const std::string &name() const {
     return name_;
   }
@@ -46,8 +44,9 @@ class InputFile {
   void Forget(size_t before);
 
  private:
-  InputFile() = default;
-  void Unmap();
+  void Map(int fd, size_t size);
+  void ReadAll(int fd);
+  [[noreturn]] void Fail(const char *reason) const;
 
   std::string name_;
   const uint8_t *data_ = nullptr;
@@ -55,6 +54,37 @@ class InputFile {
   size_t forgotten_ = 0;
   bool mapped_ = false;
   std::vector<uint8_t> read_;  // what was not mapped
+};
+
+// An open TVB file, whose header is good.
+class TvbFile {
+ public:
+  // Throws Failure if the file cannot be read or has no TVB header.
+  explicit TvbFile(const std::string &path);
+
+  // Good as long as this object.
+  tvb::Bytes image() const {
+    return {file_.data(), file_.size()};
+  }
+  const tvb::HeaderView &header() const {
+    return header_;
+  }
+  const std::string &name() const {
+    return file_.name();
+  }
+
+  // The place that a message is about: "FILE: offset 0x1A2 (record 7)"; `record` 0 for what belongs
+  // to none.
+  std::string Place(uint64_t offset, uint64_t record = 0) const;
+
+  // As InputFile::Forget().
+  void Forget(uint64_t before) {
+    file_.Forget(static_cast<size_t>(before));
+  }
+
+ private:
+  InputFile file_;
+  tvb::HeaderView header_;
 };
 
 }  // namespace tool

@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// tvb: makes, shows, checks and rehearses TVB command files.
+// The program tvb.
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <exception>
 #include <string>
 
@@ -21,17 +27,21 @@ const CLI::App *Find(const CLI::App &app, const std::string &name) {
   return found.empty() ? nullptr : found.front();
 }
 
+std::string NoCommand(const std::string &name) {
+  return fmt::format("there is no command '{}'; see tvb --help", name);
+}
+
 void AddHelp(CLI::App &app, tool::Invocation &invocation) {
-  auto *help = app.add_subcommand("help", "Tell what a command does and which options it takes");
+  auto *help = app.add_subcommand("help", "Show what a command does and its options");
   auto topic = std::make_shared<std::string>();
-  help->add_option("COMMAND", *topic, "The command to tell about");
+  help->add_option("COMMAND", *topic, "Command to show");
   help->callback([&app, &invocation, topic] {
     const CLI::App *about = topic->empty() ? &app : Find(app, *topic);
     if (about == nullptr) {
-      throw CLI::ValidationError("there is no command '" + *topic + "'; see tvb --help");
+      throw CLI::ValidationError(NoCommand(*topic));
     }
     invocation.run = [&app, about] {
-      const std::string name = about == &app ? "tvb" : "tvb " + about->get_name();
+      const std::string name = about == &app ? "tvb" : fmt::format("tvb {}", about->get_name());
       const auto mode = CLI::AppFormatMode::Normal;
       fputs(about->get_formatter()->make_help(about, name, mode).c_str(), stdout);
       return tool::kDone;
@@ -45,7 +55,7 @@ std::string Explain(const CLI::App &app, const CLI::ParseError &error) {
   if (!app.get_subcommands().empty() || unknown.empty() || unknown.front()[0] == '-') {
     return error.what();
   }
-  return "there is no command '" + unknown.front() + "'; see tvb --help";
+  return NoCommand(unknown.front());
 }
 
 // Returns -1 if the command line is good and asks for more than a text.
@@ -67,7 +77,12 @@ int ReadCommandLine(CLI::App &app, const tool::Invocation &invocation, int argc,
 
 int Run(const tool::Invocation &invocation) {
   try {
-    return invocation.run();
+    tool::RefuseClashes(invocation);
+    const int code = invocation.run();
+    if (fflush(stdout) != 0 || ferror(stdout)) {
+      throw tool::Failure(fmt::format("cannot write <stdout>: {}", strerror(errno)));
+    }
+    return code;
   } catch (const tool::Failure &failure) {
     tool::Error(failure.place(), failure.what());
     return failure.code();
@@ -82,7 +97,9 @@ int Run(const tool::Invocation &invocation) {
 }  // namespace
 
 int main(int argc, char **argv) {
-  CLI::App app("Makes, shows, checks and rehearses TVB command files.", "tvb");
+  // A file that grows too large is an error of write() then, as every other one.
+  std::signal(SIGXFSZ, SIG_IGN);
+  CLI::App app("Makes, lists, checks and rehearses TVB command files.", "tvb");
   tool::Invocation invocation;
   app.set_version_flag("--version", "tvb " TVB_VERSION);
   app.require_subcommand(0, 1);

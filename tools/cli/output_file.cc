@@ -6,12 +6,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <initializer_list>
+#include <filesystem>
+#include <iterator>
 
 #include "tools/cli/command.h"
 
@@ -20,25 +21,32 @@ namespace {
 
 constexpr size_t kWaitingBytes = 1 << 18;
 
-// The temporary file to remove if a signal ends the process; empty for none.
-char doomed[PATH_MAX];
+// The signals that do not end a process, or that no process can catch.
+constexpr int kOtherSignals[] = {SIGCHLD, SIGCONT, SIGURG,  SIGWINCH, SIGTSTP,
+                                 SIGTTIN, SIGTTOU, SIGSTOP, SIGKILL};
 
-extern "C" void RemoveDoomed(int signal) {
-  if (doomed[0] != 0) {
-    unlink(doomed);
-  }
-  std::signal(signal, SIG_DFL);
-  raise(signal);
+bool EndsTheProcess(int signal) {
+  return std::find(std::begin(kOtherSignals), std::end(kOtherSignals), signal) ==
+         std::end(kOtherSignals);
 }
 
-void RemoveOnSignal(const std::string &path) {
-  snprintf(doomed, sizeof doomed, "%s", path.c_str());
-  for (int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
-    if (std::signal(number, RemoveDoomed) == SIG_IGN) {
-      std::signal(number, SIG_IGN);
-    }
+// Holds all signals back while it lives.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before_);
   }
-}
+  ~SignalsBlocked() {
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+  }
+  SignalsBlocked(const SignalsBlocked &) = delete;
+  SignalsBlocked &operator=(const SignalsBlocked &) = delete;
+
+ private:
+  sigset_t before_;
+};
 
 // The permissions of a new file, as the shell's redirection would give them.
 unsigned NewFileMode() {
@@ -48,16 +56,100 @@ unsigned NewFileMode() {
 }
 
 std::string WithoutLinks(const std::string &path) {
-  char *resolved = realpath(path.c_str(), nullptr);
-  if (resolved == nullptr) {
-    return path;
-  }
-  std::string target = resolved;
-  free(resolved);
-  return target;
+  std::error_code missing;
+  const std::filesystem::path target = std::filesystem::canonical(path, missing);
+  return missing ? path : target.string();
+}
+
+std::string TemporaryName(const std::string &target) {
+  const size_t slash = target.rfind('/');
+  const size_t start = slash == std::string::npos ? 0 : slash + 1;
+  return fmt::format("{}.{}.XXXXXX", target.substr(0, start), target.substr(start));
 }
 
 }  // namespace
+
+// A file that exists under a temporary name as long as the object, but no longer than the process:
+// all of them are in a list, which a handler of every signal that would end the process goes
+// through. The list and the file system change together, with signals held back.
+class OutputFile::TemporaryFile {
+ public:
+  // Creates it beside `target`; fd() is -1 and errno is set if that fails.
+  explicit TemporaryFile(const std::string &target) : path_(TemporaryName(target)) {
+    const SignalsBlocked blocked;
+    CatchSignals();
+    fd_ = mkostemp(path_.data(), O_CLOEXEC);
+    if (fd_ >= 0) {
+      next_ = first;
+      first = this;
+    }
+  }
+
+  ~TemporaryFile() {
+    const SignalsBlocked blocked;
+    if (Unlist()) {
+      unlink(path_.c_str());
+    }
+  }
+
+  TemporaryFile(const TemporaryFile &) = delete;
+  TemporaryFile &operator=(const TemporaryFile &) = delete;
+
+  int fd() const {
+    return fd_;
+  }
+
+  // Puts the file in the place of `target`; false with errno set if that fails.
+  bool Rename(const std::string &target) {
+    const SignalsBlocked blocked;
+    return rename(path_.c_str(), target.c_str()) == 0 && Unlist();
+  }
+
+ private:
+  // Where a signal is ignored or has a handler already, that stays.
+  static void CatchSignals() {
+    struct sigaction action = {};
+    action.sa_handler = RemoveAll;
+    sigfillset(&action.sa_mask);
+    for (int signal = 1; signal < NSIG; ++signal) {
+      struct sigaction now = {};
+      if (EndsTheProcess(signal) && sigaction(signal, nullptr, &now) == 0 &&
+          now.sa_handler == SIG_DFL) {
+        sigaction(signal, &action, nullptr);
+      }
+    }
+  }
+
+  // The signal is held back until the handler returns, and then ends the process.
+  static void RemoveAll(int signal) {
+    for (const TemporaryFile *file = first; file != nullptr; file = file->next_) {
+      unlink(file->path_.c_str());
+    }
+    std::signal(signal, SIG_DFL);
+    raise(signal);
+  }
+
+  // False if the file is not in the list.
+  bool Unlist() {
+    TemporaryFile **link = &first;
+    while (*link != nullptr && *link != this) {
+      link = &(*link)->next_;
+    }
+    if (*link == nullptr) {
+      return false;
+    }
+    *link = next_;
+    return true;
+  }
+
+  static TemporaryFile *first;
+
+  std::string path_;
+  int fd_ = -1;
+  TemporaryFile *next_ = nullptr;
+};
+
+OutputFile::TemporaryFile *OutputFile::TemporaryFile::first = nullptr;
 
 OutputFile::OutputFile(const std::string &path) : name_(path) {
   if (path == "-") {
@@ -73,10 +165,10 @@ void OutputFile::OpenTarget(const std::string &path) {
   target_ = WithoutLinks(path);
   struct stat status = {};
   const bool exists = stat(target_.c_str(), &status) == 0;
+  if (exists && S_ISDIR(status.st_mode)) {
+    throw Failure(fmt::format("cannot write {}: it is a directory; name a file", path));
+  }
   if (exists && !S_ISREG(status.st_mode)) {
-    if (S_ISDIR(status.st_mode)) {
-      throw Failure(fmt::format("cannot write {}: it is a directory; name a file", path));
-    }
     fd_ = open(target_.c_str(), O_WRONLY | O_CLOEXEC);
     if (fd_ < 0) {
       Fail("write");
@@ -84,28 +176,16 @@ void OutputFile::OpenTarget(const std::string &path) {
     return;
   }
   mode_ = exists ? status.st_mode & 0777 : NewFileMode();
-  OpenTemporary();
-}
-
-void OutputFile::OpenTemporary() {
-  const size_t slash = target_.rfind('/');
-  const size_t start = slash == std::string::npos ? 0 : slash + 1;
-  std::string path = target_.substr(0, start) + "." + target_.substr(start) + ".XXXXXX";
-  fd_ = mkostemp(path.data(), O_CLOEXEC);
+  temporary_ = std::make_unique<TemporaryFile>(target_);
+  fd_ = temporary_->fd();
   if (fd_ < 0) {
     Fail("create a file beside");
   }
-  temporary_ = path;
-  RemoveOnSignal(temporary_);
 }
 
 OutputFile::~OutputFile() {
   if (fd_ > STDOUT_FILENO) {
     close(fd_);
-  }
-  if (!temporary_.empty()) {
-    unlink(temporary_.c_str());
-    doomed[0] = 0;
   }
 }
 
@@ -123,17 +203,15 @@ void OutputFile::Write(const void *bytes, size_t count) {
 
 void OutputFile::Commit() {
   Flush();
-  if (temporary_.empty()) {
+  if (temporary_ == nullptr) {
     return;
   }
   if (fchmod(fd_, mode_) != 0 || fsync(fd_) != 0) {
     Fail("write");
   }
-  if (rename(temporary_.c_str(), target_.c_str()) != 0) {
-    Fail("give its name to");
+  if (!temporary_->Rename(target_)) {
+    Fail("replace");
   }
-  temporary_.clear();
-  doomed[0] = 0;
 }
 
 void OutputFile::Flush() {
@@ -154,7 +232,7 @@ void OutputFile::WriteNow(const uint8_t *bytes, size_t count) {
   }
 }
 
-void OutputFile::Fail(const char *what) {
+void OutputFile::Fail(const char *what) const {
   const int reason = errno;
   throw Failure(fmt::format("cannot {} {}: {}", what, name_, strerror(reason)));
 }

@@ -5,17 +5,18 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace tool {
 
-// Output to a path. A file proper is written under a temporary name in the target's own directory
-// and gets its name in Commit(); if the object goes without one, or the process is interrupted,
-// nothing stays and what was there before is as it was. "-" is standard output, and that and what
-// is no file proper (a pipe, /dev/null) are written as the bytes come. All functions throw Failure,
-// naming the path, if the system refuses.
+// Output to a path. A regular file is written under a temporary name in the target's own directory
+// and gets its name in Commit(). If the object goes without one, or a signal ends the process, the
+// temporary file is removed and what was there before is as it was. "-" is standard output; that
+// and what is no regular file (a pipe, /dev/null) are written as the bytes come. All functions
+// throw Failure, naming the path, if the system refuses.
 class OutputFile {
  public:
   explicit OutputFile(const std::string &path);
@@ -33,20 +34,20 @@ class OutputFile {
     Write(text.data(), text.size());
   }
 
-  // Makes the file whole: what was written is on the disk, then the name changes over. Call it
-  // once, at the end.
+  // Writes the bytes that wait to the disk, then changes the name over. Call it once, at the end.
   void Commit();
 
  private:
+  class TemporaryFile;
+
   void OpenTarget(const std::string &path);
-  void OpenTemporary();
   void Flush();
   void WriteNow(const uint8_t *bytes, size_t count);
-  [[noreturn]] void Fail(const char *what);
+  [[noreturn]] void Fail(const char *what) const;
 
   std::string name_;
-  std::string target_;     // links resolved
-  std::string temporary_;  // empty if the target is written directly
+  std::string target_;                        // links resolved
+  std::unique_ptr<TemporaryFile> temporary_;  // null if the target is written directly
   int fd_ = -1;
   unsigned mode_ = 0;
   std::vector<uint8_t> waiting_;

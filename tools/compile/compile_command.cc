@@ -11,11 +11,11 @@
 
 #include "svf/parser.h"
 #include "svf/text.h"
-#include "tools/cli/accounting.h"
 #include "tools/cli/command.h"
 #include "tools/cli/input_file.h"
 #include "tools/cli/output_file.h"
-#include "tools/cli/progress.h"
+#include "tools/cli/report.h"
+#include "tools/cli/text.h"
 #include "tools/compile/compiler.h"
 #include "tools/compile/source_notes.h"
 
@@ -40,7 +40,6 @@ std::string TimeText(double nanoseconds) {
   return tool::TimeText(static_cast<uint64_t>(nanoseconds));
 }
 
-// What was done, in a few lines.
 std::string Summary(const CompileCommand &command, const RecordWriter &writer,
                     const InputFile &input, uint64_t bytes, const std::string &output) {
   const WrittenCounts &counts = writer.counts();
@@ -49,10 +48,9 @@ std::string Summary(const CompileCommand &command, const RecordWriter &writer,
   std::string text = fmt::format("{}: {}, {}, {} of the {} of SVF\n", output,
                                  CountText(folder.records(), "record"), CountText(bytes, "byte"),
                                  PercentText(bytes, input.size()), CountText(input.size(), "byte"));
-  text +=
-      fmt::format("  {}, {}, {}; {}; {}\n", CountText(counts.instruction_scans, "SIR"),
-                  CountText(counts.data_scans, "SDR"), CountText(counts.run_tests, "run-test"),
-                  CountText(counts.bits, "bit") + " shifted", CountText(folder.loops(), "loop"));
+  text += fmt::format("  {}, {}, {}; {} shifted; {}\n", CountText(counts.instruction_scans, "SIR"),
+                      CountText(counts.data_scans, "SDR"), CountText(counts.run_tests, "run-test"),
+                      CountText(counts.bits, "bit"), CountText(folder.loops(), "loop"));
   text += fmt::format("  {}, {} of them in run-tests\n", CountText(cost.clocks(), "clock"),
                       NumberText(cost.run_test_clocks()));
   const std::string rate = writer.only_hz() == 0
@@ -60,7 +58,7 @@ std::string Summary(const CompileCommand &command, const RecordWriter &writer,
                                : fmt::format("{} Hz", NumberText(writer.only_hz()));
   text += fmt::format("  {} at {}; {} with {} ns a pin call ({})\n",
                       TimeText(cost.time_at_frequency()), rate, TimeText(cost.time_of_pins()),
-                      command.options.pin_ns, CountText(cost.pin_calls(), "call"));
+                      RealText(command.options.pin_ns), CountText(cost.pin_calls(), "call"));
   return text;
 }
 
@@ -81,7 +79,7 @@ void CompileText(Compiler &compiler, InputFile &input, SourceNotes &notes) {
 }
 
 int Compile(const CompileCommand &command) {
-  InputFile input = InputFile::OpenOrThrow(command.input);
+  InputFile input(command.input);
   OutputFile output(command.output);
   SourceNotes notes(input.name(), input.text());
   uint64_t bytes = 0;
@@ -92,15 +90,15 @@ int Compile(const CompileCommand &command) {
   CompileText(compiler, input, notes);
   output.Commit();
   if (!command.quiet) {
-    const std::string summary = Summary(command, compiler.writer(), input, bytes, output.name());
-    fputs(summary.c_str(), command.output == "-" ? stderr : stdout);
+    fmt::print(command.output == "-" ? stderr : stdout, "{}",
+               Summary(command, compiler.writer(), input, bytes, output.name()));
   }
   return kDone;
 }
 
 // "BEFORE,AFTER".
 std::optional<ChainPlace> ParsePlace(std::string_view text) {
-  constexpr uint32_t kMostDevices = 100000;
+  constexpr uint32_t kMaxDevices = 100000;
   ChainPlace place;
   const char *end = text.data() + text.size();
   const auto before = std::from_chars(text.data(), end, place.before);
@@ -108,8 +106,8 @@ std::optional<ChainPlace> ParsePlace(std::string_view text) {
     return std::nullopt;
   }
   const auto after = std::from_chars(before.ptr + 1, end, place.after);
-  if (after.ec != std::errc() || after.ptr != end || place.before > kMostDevices ||
-      place.after > kMostDevices) {
+  if (after.ec != std::errc() || after.ptr != end || place.before > kMaxDevices ||
+      place.after > kMaxDevices) {
     return std::nullopt;
   }
   return place;
@@ -117,10 +115,12 @@ std::optional<ChainPlace> ParsePlace(std::string_view text) {
 
 // The text after the option's name in a message, or nothing if the value is good.
 std::string CheckPlace(const std::string &text) {
-  return ParsePlace(text) ? ""
-                          : "expected BEFORE,AFTER, two numbers of devices up to 100000, as in "
-                            "1,2; found '" +
-                                text + "'";
+  return ParsePlace(text)
+             ? ""
+             : fmt::format(
+                   "expected BEFORE,AFTER, two numbers of devices up to 100000, as in 1,2; "
+                   "found '{}'",
+                   text);
 }
 
 // "raw, run-length, ... or lzw".
@@ -137,19 +137,11 @@ std::string EncodingNames() {
 std::string EncodingMode(const std::string &name) {
   for (const tvb::EncodingRow &row : tvb::Encodings()) {
     if (name == row.name) {
-      return std::to_string(static_cast<int>(row.encoding));
+      return fmt::to_string(static_cast<int>(row.encoding));
     }
   }
-  throw CLI::ValidationError("there is no encoding '" + name + "'; take " + EncodingNames());
-}
-
-std::string CheckNanoseconds(const std::string &text) {
-  double value = 0;
-  const char *end = text.data() + text.size();
-  const auto read = std::from_chars(text.data(), end, value);
-  return read.ec == std::errc() && read.ptr == end && value >= 0 && value <= 1e9
-             ? ""
-             : "expected a number of nanoseconds up to 1e9; found '" + text + "'";
+  throw CLI::ValidationError(
+      fmt::format("there is no encoding '{}'; take {}", name, EncodingNames()));
 }
 
 void TakeOptions(CompileCommand &command) {
@@ -158,33 +150,32 @@ void TakeOptions(CompileCommand &command) {
   }
 }
 
-void AddOptions(CLI::App &app, CompileCommand &command) {
-  app.add_option("IN.svf", command.input, "The SVF file; - is standard input")->required();
-  app.add_option("-o,--output", command.output, "The TVB file to make; - is standard output")
+void AddOptions(CLI::App &app, Invocation &invocation, CompileCommand &command) {
+  AddInput(app, invocation, "IN.svf", command.input, "SVF file to read; - is standard input");
+  AddOutput(app, invocation, "-o,--output", command.output,
+            "TVB file to write; - is standard output")
       ->required()
       ->type_name("OUT.tvb");
   app.add_option("--chain", command.chain,
-                 "Devices between TDI and the target, and between the target and TDO; otherwise "
-                 "the lengths of HDR and TDR tell")
+                 "Number of devices between TDI and the target, and between the target and TDO; by "
+                 "default, the lengths of TDR and HDR")
       ->check(CheckPlace)
       ->type_name("BEFORE,AFTER");
   app.add_flag("--pause-as-idle", command.options.pause_as_idle,
-               "Take Run-Test/Idle for every pause, and say each time what that changes");
-  auto *encoding =
-      app.add_option("--encoding", command.options.blocks.encoding,
-                     "Encode all blocks so: " + EncodingNames() + "; otherwise each as is smallest")
-          ->type_name("NAME")
-          ->transform(EncodingMode);
+               "Use Run-Test/Idle for every pause that has no form in a TVB file, with a "
+               "warning of what that changes");
+  auto *encoding = app.add_option("--encoding", command.options.blocks.encoding,
+                                  fmt::format("Encode all data blocks alike: {}; by default, each "
+                                              "block takes its smallest",
+                                              EncodingNames()))
+                       ->type_name("NAME")
+                       ->transform(EncodingMode);
   app.add_flag("--no-compress", command.options.plain,
-               "Store all blocks as they are, without a byte that names an encoding (header byte "
+               "Store all data blocks plain, without the byte that names an encoding (header byte "
                "0xF2)")
       ->excludes(encoding);
-  app.add_option("--pin-ns", command.options.pin_ns,
-                 "What a pin call takes, in nanoseconds, for the estimate of time")
-      ->check(CheckNanoseconds)
-      ->type_name("NS")
-      ->capture_default_str();
-  app.add_flag("-q,--quiet", command.quiet, "Do not tell what was done");
+  AddPinTime(app, command.options.pin_ns);
+  app.add_flag("-q,--quiet", command.quiet, "Print no summary");
 }
 
 }  // namespace
@@ -192,7 +183,7 @@ void AddOptions(CLI::App &app, CompileCommand &command) {
 void AddCompile(CLI::App &app, Invocation &invocation) {
   auto *compile = app.add_subcommand("compile", "Make a TVB file of an SVF file");
   auto command = std::make_shared<CompileCommand>();
-  AddOptions(*compile, *command);
+  AddOptions(*compile, invocation, *command);
   compile->callback([command, &invocation] {
     TakeOptions(*command);
     invocation.run = [command] { return Compile(*command); };

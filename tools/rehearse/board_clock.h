@@ -7,7 +7,7 @@
 
 namespace tool {
 
-// Nanoseconds since the rehearsal began.
+// Nanoseconds since the rehearsal began. The clock shows whole ones; of work it keeps the rest.
 class BoardClock {
  public:
   uint64_t now() const {
@@ -15,8 +15,11 @@ class BoardClock {
   }
 
   // Time that the processor works: a call of a pin callback.
-  void Work(uint64_t nanoseconds) {
-    now_ += nanoseconds;
+  void Work(double nanoseconds) {
+    rest_ += nanoseconds;
+    const auto whole = static_cast<uint64_t>(rest_);
+    now_ += whole;
+    rest_ -= static_cast<double>(whole);
   }
 
   // Time that it waits busily.
@@ -36,6 +39,7 @@ class BoardClock {
 
  private:
   uint64_t now_ = 0;
+  double rest_ = 0;  // less than a nanosecond
   uint64_t waited_ = 0;
   uint64_t waits_ = 0;
 };

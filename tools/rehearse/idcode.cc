@@ -77,7 +77,8 @@ std::string DescribeIdcodes(uint32_t expected, uint32_t read) {
         expected & 0x0FFFFFFF, RevisionOf(read), RevisionOf(expected));
   }
   if (!CanBe(read)) {
-    return fmt::format("this looks like an IDCODE: 0x{:08X} was read, which is none", read);
+    return fmt::format("this looks like an IDCODE, but 0x{:08X}, which was read, cannot be one",
+                       read);
   }
   return fmt::format(
       "this looks like an IDCODE: it is another part, manufacturer 0x{:03X} part 0x{:04X} where "

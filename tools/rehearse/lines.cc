@@ -3,7 +3,7 @@
 
 namespace tool {
 
-Lines::Lines(BoardClock &clock, uint64_t call_time) : clock_(clock), call_time_(call_time) {}
+Lines::Lines(BoardClock &clock, double call_time) : clock_(clock), call_time_(call_time) {}
 
 void Lines::Connect(Target &target) {
   target_ = &target;
@@ -35,7 +35,7 @@ void Lines::Write(Line line, bool level) {
     watcher->Changed(line, level, time);
   }
   if (line == Line::kTck && level) {
-    Rise();
+    Rise(time);
   } else {
     target_->Write(line, level);
   }
@@ -55,7 +55,7 @@ bool Lines::Read() {
 }
 
 // Whoever watches sees the bit before the target does, and the new state after it.
-void Lines::Rise() {
+void Lines::Rise(uint64_t time) {
   const TapState found = tap_.state();
   ++counts_.clocks[static_cast<int>(found)];
   if (tap_.shifting() && !scan_watchers_.empty()) {
@@ -70,7 +70,7 @@ void Lines::Rise() {
     return;
   }
   for (EdgeWatcher *watcher : edge_watchers_) {
-    watcher->Entered(state, clock_.now() - call_time_);
+    watcher->Entered(state, time);
   }
   for (ScanWatcher *watcher : scan_watchers_) {
     watcher->Entered(state);

@@ -48,7 +48,7 @@ class Lines {
  public:
   // Every call of the driver takes `call_time` nanoseconds on `clock`. At first TCK is low, TMS and
   // TDI are high, and the TAP is in Test-Logic-Reset. The clock outlives the lines.
-  Lines(BoardClock &clock, uint64_t call_time);
+  Lines(BoardClock &clock, double call_time);
 
   // The target; it outlives the lines. There must be one before the first call.
   void Connect(Target &target);
@@ -75,11 +75,11 @@ class Lines {
   }
 
  private:
-  void Rise();
+  void Rise(uint64_t time);
   void RefreshTdo(uint64_t time);
 
   BoardClock &clock_;
-  uint64_t call_time_;
+  double call_time_;
   Target *target_ = nullptr;
   TapObserver tap_;
   LineCounts counts_;

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "tools/cli/accounting.h"
+#include "tools/cli/text.h"
 #include "tools/rehearse/idcode.h"
 
 namespace tool {

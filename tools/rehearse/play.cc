@@ -8,17 +8,15 @@
 #include <cstdio>
 #include <memory>
 
-#include "tools/cli/accounting.h"
 #include "tools/cli/command.h"
 #include "tools/cli/input_file.h"
 #include "tools/cli/output_file.h"
-#include "tools/cli/progress.h"
 #include "tools/cli/report.h"
-#include "tools/cli/terminal.h"
-#include "tools/cli/tvb_file.h"
+#include "tools/cli/text.h"
 #include "tools/rehearse/play_length.h"
 #include "tools/rehearse/play_verdict.h"
 #include "tools/rehearse/rehearsal.h"
+#include "tools/rehearse/time_table.h"
 
 namespace tool {
 namespace {
@@ -80,7 +78,7 @@ std::unique_ptr<ChainTarget> OpenChain(const std::string &path) {
   if (path.empty()) {
     return nullptr;
   }
-  const InputFile file = InputFile::OpenOrThrow(path);
+  const InputFile file(path);
   return std::make_unique<ChainTarget>(ParseChain(file.text(), file.name()), file.name());
 }
 

@@ -24,7 +24,7 @@ struct PlayOptions {
   std::string scans;
   std::string memory;
   bool time = false;
-  uint64_t pin_ns = 100;
+  double pin_ns = 100;  // what a pin call takes
 };
 
 // Reads "SCAN:BIT". None if the text is not that.

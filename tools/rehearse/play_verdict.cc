@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <optional>
 
-#include "tools/cli/accounting.h"
 #include "tools/cli/command.h"
 #include "tools/cli/report.h"
+#include "tools/cli/text.h"
 #include "tvb/text.h"
 
 namespace tool {

@@ -3,7 +3,7 @@
 // What came of a rehearsal, for the user.
 #pragma once
 
-#include "tools/cli/tvb_file.h"
+#include "tools/cli/input_file.h"
 #include "tools/rehearse/rehearsal.h"
 
 namespace tool {

@@ -2,6 +2,7 @@
 #include "tools/rehearse/vcd.h"
 
 #include <charconv>
+#include <cmath>
 #include <utility>
 
 namespace tool {
@@ -24,15 +25,15 @@ std::string UnitText(uint64_t unit) {
 
 }  // namespace
 
-uint64_t VcdUnit(uint64_t call_time) {
+uint64_t VcdUnit(double call_time) {
   uint64_t unit = kDriverWait;
-  while (call_time % unit != 0 || kDriverWait % unit != 0) {
+  while (unit > 1 && std::fmod(call_time, static_cast<double>(unit)) != 0) {
     unit /= 10;
   }
   return unit;
 }
 
-Vcd::Vcd(TextSink sink, const Lines &lines, uint64_t call_time, uint64_t most_idle_clocks)
+Vcd::Vcd(TextSink sink, const Lines &lines, double call_time, uint64_t most_idle_clocks)
     : sink_(std::move(sink)),
       unit_(VcdUnit(call_time)),
       most_idle_clocks_(most_idle_clocks),

@@ -28,7 +28,7 @@ class Vcd : public EdgeWatcher {
  public:
   // Writes the head with the levels that `lines` has now. `call_time`: what `lines` was made with.
   // `most_idle_clocks`: how many clocks of a stay in Run-Test/Idle are drawn; 0: all.
-  Vcd(TextSink sink, const Lines &lines, uint64_t call_time, uint64_t most_idle_clocks = 0);
+  Vcd(TextSink sink, const Lines &lines, double call_time, uint64_t most_idle_clocks = 0);
 
   void Changed(Line line, bool level, uint64_t time) override;
   void Entered(TapState state, uint64_t time) override;
@@ -56,7 +56,8 @@ class Vcd : public EdgeWatcher {
   std::string text_;  // not handed to the sink yet
 };
 
-// The unit of time of a dump, in nanoseconds: 1, 10 or 100 times a power of 1000.
-uint64_t VcdUnit(uint64_t call_time);
+// The unit of time of a dump, in nanoseconds: 1, 10 or 100 times a power of 1000. It is 1 where a
+// pin call does not take whole nanoseconds.
+uint64_t VcdUnit(double call_time);
 
 }  // namespace tool

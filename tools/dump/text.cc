@@ -2,7 +2,8 @@
 #include <fmt/format.h>
 
 #include "tools/cli/bit_row.h"
-#include "tools/dump.h"
+#include "tools/cli/text.h"
+#include "tools/dump/dump.h"
 #include "tvb/check_data.h"
 #include "tvb/check_time.h"
 #include "tvb/text.h"
@@ -13,6 +14,14 @@ namespace {
 constexpr size_t kDigitsInLine = 64;
 constexpr int kFieldColumn = 30;
 
+// An amount that the file holds, which may be negative or more than 32 bits.
+std::string AmountText(const tvb::NumberView &number) {
+  if (number.lossy || number.value >= 0) {
+    return number.lossy ? tvb::NumberText(number) : NumberText(static_cast<uint64_t>(number.value));
+  }
+  return fmt::format("-{}", NumberText(static_cast<uint64_t>(-number.value)));
+}
+
 std::string RunTestText(const tvb::RecordView &record) {
   if (!record.Runs()) {
     return record.gate ? fmt::format("does not run (gate byte {})", *record.gate) : "";
@@ -22,19 +31,19 @@ std::string RunTestText(const tvb::RecordView &record) {
 
 // What a record says beside its fields.
 std::string Summary(const tvb::RecordView &record) {
-  std::string number = record.value ? tvb::NumberText(*record.value) : "?";
+  const std::string number = record.value ? AmountText(*record.value) : "?";
   switch (record.opcode) {
     case tvb::kRunTest:
       return RunTestText(record);
     case tvb::kFrequency:
-      return number == "0" ? "0 Hz (unset)" : number + " Hz";
+      return number == "0" ? "0 Hz (unset)" : fmt::format("{} Hz", number);
     case tvb::kLoop:
-      return number + (number == "1" ? " pass" : " passes");
+      return fmt::format("{} {}", number, number == "1" ? "pass" : "passes");
     case tvb::kEndLoop:
       return "";
   }
   if (record.IsShift() || record.IsPad()) {
-    return number + (number == "1" ? " bit" : " bits");
+    return fmt::format("{} {}", number, number == "1" ? "bit" : "bits");
   }
   return fmt::format("opcode {}", record.opcode);
 }
@@ -42,13 +51,13 @@ std::string Summary(const tvb::RecordView &record) {
 std::string NumberFieldText(const tvb::FieldView &field) {
   const tvb::RunTestField value = tvb::ReadRunTestField(field);
   if (!value.valid) {
-    return fmt::format("{} (no valid number)", tvb::NumberText(*field.number));
+    return fmt::format("{} (no valid number)", AmountText(*field.number));
   }
   if (field.tag == tvb::kTagCycles) {
-    return fmt::format("{} TCK", value.cycles);
+    return fmt::format("{} TCK", NumberText(value.cycles));
   }
-  return value.milliseconds > 0 ? fmt::format("{} ms", value.milliseconds)
-                                : fmt::format("{} us", value.microseconds);
+  return value.milliseconds > 0 ? fmt::format("{} ms", NumberText(value.milliseconds))
+                                : fmt::format("{} us", NumberText(value.microseconds));
 }
 
 std::string ParameterText(const tvb::BlockView &block) {
@@ -57,30 +66,32 @@ std::string ParameterText(const tvb::BlockView &block) {
 }
 
 std::string BlockText(const tvb::BlockView &block) {
-  std::string text = fmt::format("{:<10}  {:>7} -> {} bytes{}",
-                                 block.mode ? tvb::EncodingName(*block.mode) : "plain", block.size,
-                                 block.count, ParameterText(block));
+  const std::string text =
+      fmt::format("{:<10}  {:>7} -> {}{}", block.mode ? tvb::EncodingName(*block.mode) : "plain",
+                  NumberText(block.size), CountText(block.count, "byte"), ParameterText(block));
   if (block.fault) {
-    text += fmt::format("  ! {}", block.fault->message);
-  } else if (!block.Exact()) {
-    text += fmt::format("  ! decodes to {} bytes", block.written + block.surplus);
+    return fmt::format("{}  ! {}", text, block.fault->message);
   }
-  return text;
+  return block.Exact() ? text
+                       : fmt::format("{}  ! decodes to {}", text,
+                                     CountText(block.written + block.surplus, "byte"));
+}
+
+// A line without the blanks at its end.
+void WriteLine(OutputFile &out, std::string_view line) {
+  out.Write(line.substr(0, line.find_last_not_of(' ') + 1));
+  out.Write("\n");
 }
 
 }  // namespace
-
-std::string SvfHex(tvb::Bytes bytes, uint32_t bits) {
-  return BitRow::FromFile(bytes.data(), bits).Hex();
-}
 
 bool IsShown(const tvb::RecordView &record) {
   return record.bits() <= tvb::kMostClocks;
 }
 
 void DumpText::Header(const tvb::HeaderView &header) {
-  out_.Write(fmt::format("header of {} bytes, compression byte {}: data blocks {}\n\n", header.size,
-                         tvb::Hex(header.header.compression),
+  out_.Write(fmt::format("header of {}, compression byte {}: data blocks {}\n\n",
+                         CountText(header.size, "byte"), tvb::Hex(header.header.compression),
                          header.plain() ? "are plain" : "name their encoding"));
   out_.Write("record    offset     bytes  what\n");
 }
@@ -89,13 +100,12 @@ void DumpText::Record(const tvb::RecordView &record, uint64_t loop) {
   const char *const loop_mark = loop != 0 ? "| " : "";
   std::string line =
       fmt::format("{:>6}  {:>8}  {:>8}  {:<13}  {}", record.index, tvb::Hex(record.offset),
-                  record.end - record.offset,
-                  std::string(loop_mark) + tvb::OpcodeName(record.opcode), Summary(record));
+                  NumberText(record.end - record.offset),
+                  fmt::format("{}{}", loop_mark, tvb::OpcodeName(record.opcode)), Summary(record));
   if (!record.fault && record.EndByLength() != static_cast<int64_t>(record.end)) {
-    line += fmt::format("  ! its length says {} bits", tvb::NumberText(record.length));
+    line += fmt::format("  ! its length says {} bits", AmountText(record.length));
   }
-  line.erase(line.find_last_not_of(' ') + 1);
-  out_.Write(line + "\n");
+  WriteLine(out_, line);
   for (const tvb::FieldView &field : record.fields) {
     Field(record, field, fmt::format("{:{}}{}", "", kFieldColumn, loop_mark));
   }
@@ -110,10 +120,9 @@ void DumpText::Field(const tvb::RecordView &record, const tvb::FieldView &field,
     text = NumberFieldText(field);
   }
   std::string line = fmt::format("{}{:<6}  {}", indent, tvb::TagName(field.tag), text);
-  line.erase(line.find_last_not_of(' ') + 1);
-  out_.Write(line + "\n");
+  WriteLine(out_, line);
   if (hex_ && field.block && IsShown(record)) {
-    Data(record, *field.block, indent + "  ");
+    Data(record, *field.block, fmt::format("{}  ", indent));
   }
 }
 
@@ -123,9 +132,9 @@ void DumpText::Data(const tvb::RecordView &record, const tvb::BlockView &block,
   if (data.empty()) {
     return;
   }
-  const std::string digits = SvfHex(data, record.bits());
+  const std::string digits = BitRow::FromFile(data, record.bits()).Hex();
   for (size_t at = 0; at < digits.size(); at += kDigitsInLine) {
-    out_.Write(indent + digits.substr(at, kDigitsInLine) + "\n");
+    WriteLine(out_, fmt::format("{}{}", indent, digits.substr(at, kDigitsInLine)));
   }
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Shows the records of a TVB file.
+// The formats in which the command `dump` lists a TVB file.
 #pragma once
 
 #include <cstdint>
@@ -12,22 +12,18 @@
 
 namespace tool {
 
-// What is shown, record by record, in the order of the file.
+// Takes the records in the order of the file.
 class DumpFormat {
  public:
   virtual ~DumpFormat() = default;
   virtual void Header(const tvb::HeaderView &header) = 0;
 
-  // `loop`: number of the LOOP record that the record is repeated by, 0 for none; a LOOP and its
-  // ENDLOOP are not in their own loop.
+  // `loop`: number of the LOOP record that repeats the record, 0 for none; a LOOP and its ENDLOOP
+  // are not in their own loop.
   virtual void Record(const tvb::RecordView &record, uint64_t loop) = 0;
 };
 
-// The digits of a register as SVF has them: the bit that is shifted first is the lowest of the last
-// digit. `bytes` has the order told at tvb::Bytes.
-std::string SvfHex(tvb::Bytes bytes, uint32_t bits);
-
-// True if a player can hold a register of so many bits; the data of longer ones is not shown.
+// True if a player can hold a register of the record's length; data of longer ones is not shown.
 bool IsShown(const tvb::RecordView &record);
 
 // Lines for reading. `hex`: with the data.

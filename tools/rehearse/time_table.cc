@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-#include "tools/cli/accounting.h"
+#include "tools/rehearse/time_table.h"
 
 #include <fmt/format.h>
+
+#include "tools/cli/text.h"
 
 namespace tool {
 namespace {
@@ -39,33 +41,6 @@ std::string ClockDetail(const LineCounts &counts) {
 
 }  // namespace
 
-std::string NumberText(uint64_t number) {
-  std::string digits = std::to_string(number);
-  for (size_t place = digits.size(); place > 3; place -= 3) {
-    digits.insert(place - 3, 1, ',');
-  }
-  return digits;
-}
-
-std::string CountText(uint64_t number, const char *noun) {
-  return NumberText(number) + ' ' + noun + (number == 1 ? "" : "s");
-}
-
-std::string TimeText(uint64_t nanoseconds) {
-  const double seconds = static_cast<double>(nanoseconds) / 1e9;
-  if (nanoseconds < 1000000) {
-    return fmt::format("{:.1f} us", seconds * 1e6);
-  }
-  if (nanoseconds < 1000000000) {
-    return fmt::format("{:.3f} ms", seconds * 1e3);
-  }
-  if (seconds < 60) {
-    return fmt::format("{:.3f} s", seconds);
-  }
-  const uint64_t whole = (nanoseconds + 500000000) / 1000000000;
-  return fmt::format("{}:{:02}:{:02} h", whole / 3600, whole / 60 % 60, whole % 60);
-}
-
 uint64_t AllClocks(const LineCounts &counts) {
   uint64_t sum = 0;
   for (const uint64_t clocks : counts.clocks) {
@@ -74,15 +49,16 @@ uint64_t AllClocks(const LineCounts &counts) {
   return sum;
 }
 
-std::string TimeTable(const LineCounts &counts, const BoardClock &clock, uint64_t call_time) {
+std::string TimeTable(const LineCounts &counts, const BoardClock &clock, double call_time) {
   const uint64_t calls = Calls(counts);
-  std::string table = fmt::format("on a board, at {} ns a pin call:\n", call_time);
+  const auto clocking = static_cast<uint64_t>(static_cast<double>(calls) * call_time);
+  std::string table = fmt::format("on a board, at {} ns a pin call:\n", RealText(call_time));
   table += Row("pin calls", calls, CallDetail(counts));
   table += Row("clocks", AllClocks(counts), ClockDetail(counts));
   table += Row("waits", clock.waits(), "of 100 us, after run-tests that were clocked too fast");
-  table += TimeRow("clocking", calls * call_time);
+  table += TimeRow("clocking", clocking);
   table += TimeRow("waiting", clock.waited());
-  table += TimeRow("whole", calls * call_time + clock.waited());
+  table += TimeRow("whole", clocking + clock.waited());
   return table;
 }
 

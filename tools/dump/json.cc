@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include <fmt/format.h>
+
 #include <nlohmann/json.hpp>
 
-#include "tools/dump.h"
+#include "tools/cli/bit_row.h"
+#include "tools/dump/dump.h"
 #include "tvb/check_time.h"
 #include "tvb/text.h"
 
@@ -64,7 +67,7 @@ Json FieldObject(tvb::Bytes image, const tvb::RecordView &record, const tvb::Fie
   }
   if (hex && field.block && IsShown(record)) {
     const tvb::Buffer data = tvb::DecodeBlock(image, *field.block);
-    object["data"] = data.empty() ? "" : SvfHex(data, record.bits());
+    object["data"] = data.empty() ? "" : BitRow::FromFile(data, record.bits()).Hex();
   }
   return object;
 }
@@ -88,7 +91,7 @@ void DumpJson::Header(const tvb::HeaderView &header) {
   object["compression"] = header.header.compression;
   object["plain_blocks"] = header.plain();
   object["number"] = header.number.value;
-  out_.Write(object.dump() + "\n");
+  out_.Write(fmt::format("{}\n", object.dump()));
 }
 
 void DumpJson::Record(const tvb::RecordView &record, uint64_t loop) {
@@ -110,7 +113,7 @@ void DumpJson::Record(const tvb::RecordView &record, uint64_t loop) {
     fields.push_back(FieldObject(image_, record, field, hex_));
   }
   AddFault(record, object);
-  out_.Write(object.dump() + "\n");
+  out_.Write(fmt::format("{}\n", object.dump()));
 }
 
 }  // namespace tool

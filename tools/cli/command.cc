@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tools/cli/command.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+
+namespace tool {
+namespace {
+
+constexpr double kMaxPinTime = 1e9;
+
+const char *StandardStream(const FileOption &file) {
+  return file.output ? "standard output" : "standard input";
+}
+
+// False if the path names nothing yet.
+bool GetStatus(const FileOption &file, struct stat &status) {
+  if (*file.path == "-") {
+    return fstat(file.output ? STDOUT_FILENO : STDIN_FILENO, &status) == 0;
+  }
+  return stat(file.path->c_str(), &status) == 0;
+}
+
+// A text that two options have in common if they name the same file; empty for what can be shared.
+std::string Identity(const FileOption &file) {
+  struct stat status = {};
+  if (GetStatus(file, status)) {
+    return S_ISREG(status.st_mode) ? fmt::format("{}:{}", status.st_dev, status.st_ino) : "";
+  }
+  std::error_code ignored;
+  const std::filesystem::path path = std::filesystem::absolute(*file.path, ignored);
+  return (std::filesystem::weakly_canonical(path.parent_path(), ignored) / path.filename())
+      .string();
+}
+
+void RefuseClash(const FileOption &file, const FileOption &other) {
+  if (*file.path == "-" && *other.path == "-" && file.output == other.output) {
+    throw Failure(
+        fmt::format("{} and {} cannot both be {}", file.name, other.name, StandardStream(file)));
+  }
+  const std::string identity = Identity(file);
+  if ((!file.output && !other.output) || identity.empty() || identity != Identity(other)) {
+    return;
+  }
+  if (file.output && other.output) {
+    throw Failure(
+        fmt::format("{} and {} would write the same file; name two", file.name, other.name));
+  }
+  const FileOption &output = file.output ? file : other;
+  const FileOption &input = file.output ? other : file;
+  throw Failure(fmt::format("{} would overwrite {}; name another file", output.name,
+                            *input.path == "-" ? "the file on standard input"
+                                               : fmt::format("the input {}", *input.path)));
+}
+
+CLI::Option *AddFile(FileOption file, CLI::App &command, Invocation &invocation, std::string &path,
+                     const std::string &description) {
+  CLI::Option *option = command.add_option(file.name, path, description);
+  file.name = option->get_name();
+  const bool positional = option->get_positional();
+  option->required(positional)->type_name(positional ? "" : "FILE");
+  invocation.files.push_back(std::move(file));
+  return option;
+}
+
+std::string CheckPinTime(const std::string &text) {
+  double value = 0;
+  return CLI::detail::lexical_cast(text, value) && value >= 0 && value <= kMaxPinTime
+             ? ""
+             : fmt::format("expected a number of nanoseconds from 0 to 1e9; found '{}'", text);
+}
+
+}  // namespace
+
+CLI::Option *AddInput(CLI::App &command, Invocation &invocation, const std::string &name,
+                      std::string &path, const std::string &description) {
+  return AddFile({&command, name, &path, false}, command, invocation, path, description);
+}
+
+CLI::Option *AddOutput(CLI::App &command, Invocation &invocation, const std::string &name,
+                       std::string &path, const std::string &description) {
+  return AddFile({&command, name, &path, true}, command, invocation, path, description);
+}
+
+void RefuseClashes(const Invocation &invocation) {
+  std::vector<const FileOption *> named;
+  for (const FileOption &file : invocation.files) {
+    if (!file.command->parsed() || file.path->empty()) {
+      continue;
+    }
+    for (const FileOption *other : named) {
+      RefuseClash(*other, file);
+    }
+    named.push_back(&file);
+  }
+}
+
+void AddPinTime(CLI::App &command, double &nanoseconds) {
+  command
+      .add_option("--pin-ns", nanoseconds,
+                  "Time that a pin call takes on the board, in nanoseconds, from 0 to 1e9; "
+                  "decimals are allowed")
+      ->check(CheckPinTime)
+      ->type_name("NS")
+      ->capture_default_str();
+}
+
+}  // namespace tool

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tools/cli/text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace tool {
+namespace {
+
+// Puts commas between the thousands of the digits that a number begins with.
+std::string Grouped(std::string number) {
+  const size_t digits = std::min(number.find_first_not_of("0123456789"), number.size());
+  for (size_t place = digits; place > 3; place -= 3) {
+    number.insert(place - 3, 1, ',');
+  }
+  return number;
+}
+
+}  // namespace
+
+std::string NumberText(uint64_t number) {
+  return Grouped(fmt::format("{}", number));
+}
+
+std::string RealText(double number) {
+  return Grouped(fmt::format("{}", number));
+}
+
+std::string CountText(uint64_t number, const char *noun) {
+  return fmt::format("{} {}{}", NumberText(number), noun, number == 1 ? "" : "s");
+}
+
+std::string TimeText(uint64_t nanoseconds) {
+  const double seconds = static_cast<double>(nanoseconds) / 1e9;
+  if (nanoseconds < 1000000) {
+    return fmt::format("{:.1f} us", seconds * 1e6);
+  }
+  if (nanoseconds < 1000000000) {
+    return fmt::format("{:.3f} ms", seconds * 1e3);
+  }
+  if (seconds < 60) {
+    return fmt::format("{:.3f} s", seconds);
+  }
+  const uint64_t whole = (nanoseconds + 500000000) / 1000000000;
+  return fmt::format("{}:{:02}:{:02} h", whole / 3600, whole / 60 % 60, whole % 60);
+}
+
+}  // namespace tool
