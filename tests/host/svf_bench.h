@@ -29,8 +29,8 @@ inline svf::Statement ParseOne(std::string_view text) {
 }
 
 // What is wrong with a text, as "LINE:COLUMN: MESSAGE"; empty if nothing is.
-template <typename Do>
-std::string ErrorOf(std::string_view text, Do &&read) {
+template <typename Read>
+std::string ErrorOf(std::string_view text, Read &&read) {
   try {
     read();
   } catch (const svf::Error &error) {

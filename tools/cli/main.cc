@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
 // The program tvb.
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
@@ -9,6 +11,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <initializer_list>
 #include <string>
 
 #include "tools/cli/command.h"
@@ -78,11 +81,7 @@ int ReadCommandLine(CLI::App &app, const tool::Invocation &invocation, int argc,
 int Run(const tool::Invocation &invocation) {
   try {
     tool::RefuseClashes(invocation);
-    const int code = invocation.run();
-    if (fflush(stdout) != 0 || ferror(stdout)) {
-      throw tool::Failure(fmt::format("cannot write <stdout>: {}", strerror(errno)));
-    }
-    return code;
+    return invocation.run();
   } catch (const tool::Failure &failure) {
     tool::Error(failure.place(), failure.what());
     return failure.code();
@@ -94,11 +93,31 @@ int Run(const tool::Invocation &invocation) {
   return tool::kBad;
 }
 
+// What a command prints counts: if it cannot be written, the command has failed.
+int FlushOutput(int code) {
+  errno = 0;
+  if (fflush(stdout) == 0 && !ferror(stdout)) {
+    return code;
+  }
+  tool::Error("", fmt::format("cannot write <stdout>: {}", strerror(errno != 0 ? errno : EIO)));
+  return tool::kBad;
+}
+
+// Keeps files from taking the place of a standard stream that was closed: reading or writing it
+// fails as before.
+void OccupyStandardStreams() {
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(fd, F_GETFD) < 0) {
+      open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+  }
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
-  // A file that grows too large is an error of write() then, as every other one.
-  std::signal(SIGXFSZ, SIG_IGN);
+  OccupyStandardStreams();
+  std::signal(SIGXFSZ, SIG_IGN);  // what makes a file too large fails in write() then
   CLI::App app("Makes, lists, checks and rehearses TVB command files.", "tvb");
   tool::Invocation invocation;
   app.set_version_flag("--version", "tvb " TVB_VERSION);
@@ -108,5 +127,5 @@ int main(int argc, char **argv) {
   }
   AddHelp(app, invocation);
   const int code = ReadCommandLine(app, invocation, argc, argv);
-  return code >= 0 ? code : Run(invocation);
+  return FlushOutput(code >= 0 ? code : Run(invocation));
 }

@@ -33,16 +33,21 @@ int TerminalWidth(int fd) {
   return ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
+// Nobody can be told that telling fails: fmt::print() would throw.
+void PutText(const std::string &text) {
+  fputs(text.c_str(), stderr);
+}
+
 void Print(const Kind &kind, std::string_view place, std::string_view text) {
   HideProgress();
   if (place.empty()) {
     place = "tvb";
   }
   if (MayColour(STDERR_FILENO)) {
-    fmt::print(stderr, "{}{}:{} {}{}:{} {}\n", kBold, place, kPlain, kind.colour, kind.name, kPlain,
-               text);
+    PutText(fmt::format("{}{}:{} {}{}:{} {}\n", kBold, place, kPlain, kind.colour, kind.name,
+                        kPlain, text));
   } else {
-    fmt::print(stderr, "{}: {}: {}\n", place, kind.name, text);
+    PutText(fmt::format("{}: {}: {}\n", place, kind.name, text));
   }
 }
 
@@ -96,7 +101,7 @@ Progress::~Progress() {
 
 void Progress::Hide() {
   if (visible_) {
-    fputs("\r\033[K", stderr);
+    PutText("\r\033[K");
     fflush(stderr);
     visible_ = false;
   }
@@ -112,7 +117,7 @@ void Progress::Look(uint64_t done) {
   const double seconds = std::chrono::duration<double>(now - start_).count();
   std::string line = Line(done, seconds);
   line.resize(std::min<size_t>(line.size(), static_cast<size_t>(TerminalWidth(STDERR_FILENO)) - 1));
-  fmt::print(stderr, "\r{}\033[K", line);
+  PutText(fmt::format("\r{}\033[K", line));
   fflush(stderr);
   visible_ = true;
 }

@@ -144,7 +144,7 @@ std::string EncodingMode(const std::string &name) {
       fmt::format("there is no encoding '{}'; take {}", name, EncodingNames()));
 }
 
-void TakeOptions(CompileCommand &command) {
+void ApplyOptions(CompileCommand &command) {
   if (!command.chain.empty()) {
     command.options.chain = ParsePlace(command.chain);
   }
@@ -185,7 +185,7 @@ void AddCompile(CLI::App &app, Invocation &invocation) {
   auto command = std::make_shared<CompileCommand>();
   AddOptions(*compile, invocation, *command);
   compile->callback([command, &invocation] {
-    TakeOptions(*command);
+    ApplyOptions(*command);
     invocation.run = [command] { return Compile(*command); };
   });
 }
