@@ -11,6 +11,7 @@ namespace {
 
 struct Row {
   std::string_view name;
+  std::string_view standard_name;
   TapState low;   // after a TCK with TMS 0
   TapState high;  // after one with TMS 1
 };
@@ -18,23 +19,23 @@ struct Row {
 using S = TapState;
 
 // In the order of the enumeration.
-constexpr std::array<Row, 16> kTable = {{
-    {"RESET", S::kIdle, S::kReset},
-    {"IDLE", S::kIdle, S::kDrSelect},
-    {"DRSELECT", S::kDrCapture, S::kIrSelect},
-    {"DRCAPTURE", S::kDrShift, S::kDrExit1},
-    {"DRSHIFT", S::kDrShift, S::kDrExit1},
-    {"DREXIT1", S::kDrPause, S::kDrUpdate},
-    {"DRPAUSE", S::kDrPause, S::kDrExit2},
-    {"DREXIT2", S::kDrShift, S::kDrUpdate},
-    {"DRUPDATE", S::kIdle, S::kDrSelect},
-    {"IRSELECT", S::kIrCapture, S::kReset},
-    {"IRCAPTURE", S::kIrShift, S::kIrExit1},
-    {"IRSHIFT", S::kIrShift, S::kIrExit1},
-    {"IREXIT1", S::kIrPause, S::kIrUpdate},
-    {"IRPAUSE", S::kIrPause, S::kIrExit2},
-    {"IREXIT2", S::kIrShift, S::kIrUpdate},
-    {"IRUPDATE", S::kIdle, S::kDrSelect},
+constexpr std::array<Row, kTapStates> kTable = {{
+    {"RESET", "Test-Logic-Reset", S::kIdle, S::kReset},
+    {"IDLE", "Run-Test/Idle", S::kIdle, S::kDrSelect},
+    {"DRSELECT", "Select-DR-Scan", S::kDrCapture, S::kIrSelect},
+    {"DRCAPTURE", "Capture-DR", S::kDrShift, S::kDrExit1},
+    {"DRSHIFT", "Shift-DR", S::kDrShift, S::kDrExit1},
+    {"DREXIT1", "Exit1-DR", S::kDrPause, S::kDrUpdate},
+    {"DRPAUSE", "Pause-DR", S::kDrPause, S::kDrExit2},
+    {"DREXIT2", "Exit2-DR", S::kDrShift, S::kDrUpdate},
+    {"DRUPDATE", "Update-DR", S::kIdle, S::kDrSelect},
+    {"IRSELECT", "Select-IR-Scan", S::kIrCapture, S::kReset},
+    {"IRCAPTURE", "Capture-IR", S::kIrShift, S::kIrExit1},
+    {"IRSHIFT", "Shift-IR", S::kIrShift, S::kIrExit1},
+    {"IREXIT1", "Exit1-IR", S::kIrPause, S::kIrUpdate},
+    {"IRPAUSE", "Pause-IR", S::kIrPause, S::kIrExit2},
+    {"IREXIT2", "Exit2-IR", S::kIrShift, S::kIrUpdate},
+    {"IRUPDATE", "Update-IR", S::kIdle, S::kDrSelect},
 }};
 
 const Row &RowOf(TapState state) {
@@ -45,6 +46,10 @@ const Row &RowOf(TapState state) {
 
 std::string_view Name(TapState state) {
   return RowOf(state).name;
+}
+
+std::string_view StandardName(TapState state) {
+  return RowOf(state).standard_name;
 }
 
 std::optional<TapState> FindTapState(std::string_view name) {

@@ -23,7 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     return 0;
   }
 
-  tool::PlayOptions options;
+  tool::RehearsalOptions options;
   options.fail_at = tool::FailAt{1 + size % scans, size % 5};
   options.vcd_idle = 3;
   fuzz::Rehearse(image, nullptr, options, [&](tool::Rehearsal &rehearsal, int) {

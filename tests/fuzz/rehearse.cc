@@ -5,16 +5,15 @@
 #include "fuzz/fuzz.h"
 #include "host/fuzz_budget.h"
 #include "tools/rehearse/play_length.h"
-#include "tools/rehearse/play_verdict.h"
-#include "tools/rehearse/time_table.h"
+#include "tools/rehearse/verdict.h"
 #include "tvb/checker.h"
 #include "tvb/reader.h"
 
 namespace fuzz {
 namespace {
 
-constexpr uint64_t kMostClocks = 4000;
-constexpr uint64_t kMostRecords = 2000;
+constexpr uint64_t kMaxClocks = 4000;
+constexpr uint64_t kMaxRecords = 2000;
 
 }  // namespace
 
@@ -22,15 +21,15 @@ constexpr uint64_t kMostRecords = 2000;
 // at the first of them twice, astray.
 bool IsLong(tvb::Bytes image) {
   const tool::PlayLength length = tool::MeasurePlay(image, tvb::ReadHeader(image));
-  return length.clocks > kMostClocks || length.records > kMostRecords ||
-         Budget(std::vector<uint8_t>(image.begin(), image.end())).cost() > 10 * kMostClocks;
+  return length.clocks > kMaxClocks || length.records > kMaxRecords ||
+         Budget(std::vector<uint8_t>(image.begin(), image.end())).cost() > 10 * kMaxClocks;
 }
 
 bool IsGood(tvb::Bytes image) {
   return tvb::CheckImage(image, [](const tvb::Finding &) {}).errors == 0;
 }
 
-void Rehearse(tvb::Bytes image, tool::ChainTarget *chain, const tool::PlayOptions &options,
+void Rehearse(tvb::Bytes image, tool::ChainTarget *chain, const tool::RehearsalOptions &options,
               const std::function<void(tool::Rehearsal &rehearsal, int code)> &judge) {
   const MemoryFile memory(image.data(), image.size());
   const tool::TvbFile file(memory.path());

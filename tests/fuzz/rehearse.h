@@ -7,6 +7,7 @@
 
 #include "tools/cli/input_file.h"
 #include "tools/rehearse/rehearsal.h"
+#include "tools/rehearse/target_chain.h"
 
 namespace fuzz {
 
@@ -19,7 +20,7 @@ bool IsGood(tvb::Bytes image);
 // Plays the image, which has a good header and is not long, in a driver that has just been loaded,
 // with all that can watch watching, and passes verdict. `chain` null: to an echo. `judge` is shown
 // the rehearsal and the exit code.
-void Rehearse(tvb::Bytes image, tool::ChainTarget *chain, const tool::PlayOptions &options,
+void Rehearse(tvb::Bytes image, tool::ChainTarget *chain, const tool::RehearsalOptions &options,
               const std::function<void(tool::Rehearsal &rehearsal, int code)> &judge);
 
 }  // namespace fuzz

@@ -10,7 +10,7 @@
 #include "tools/rehearse/lines.h"
 #include "tools/rehearse/mismatch.h"
 #include "tools/rehearse/playhead.h"
-#include "tools/rehearse/target_echo.h"
+#include "tools/rehearse/target.h"
 #include "tvb/play_order.h"
 #include "tvb/reader.h"
 #include "tvb/writer.h"
@@ -35,11 +35,8 @@ class PlayBench {
   explicit PlayBench(tvb::Buffer image)
       : image_(std::move(image)),
         header_(tvb::ReadHeader(image_)),
-        lines(clock, kCallTime),
-        playhead(image_, header_, {[this] { return position_; }, [this] { return in_records_; }}) {
-    lines.Watch(playhead);
-    lines.Watch(tdo);
-  }
+        playhead(image_, header_, {[this] { return position_; }, [this] { return in_records_; }}),
+        lines(clock, kCallTime, &playhead) {}
 
   // Test-Logic-Reset, Run-Test/Idle, and a scan of 8 and one of 32 bits that are none of the
   // file's.
@@ -62,6 +59,12 @@ class PlayBench {
     return true;
   }
 
+  // The comparison that failed on the target that the lines have.
+  std::optional<tool::Mismatch> Mismatch(tool::Target &target) {
+    const auto stopped = tool::FinishScan(lines, playhead, target);
+    return stopped ? std::optional(tool::MakeMismatch(*stopped, lines, playhead)) : std::nullopt;
+  }
+
  private:
   tvb::Buffer image_;
   tvb::HeaderView header_;
@@ -70,9 +73,8 @@ class PlayBench {
 
  public:
   tool::BoardClock clock;
-  tool::Lines lines;
   tool::Playhead playhead;
-  tool::TdoWatch tdo;
+  tool::Lines lines;
 
  private:
   static bool Bit(const tvb::Buffer &bytes, size_t bit) {

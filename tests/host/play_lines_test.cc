@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tools/rehearse/lines.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "sim/host.h"
@@ -13,11 +15,10 @@
 
 namespace {
 
+using svf::TapState;
 using tool::BoardClock;
 using tool::Line;
 using tool::Lines;
-using tool::TapObserver;
-using tool::TapState;
 
 tool::ChainDescription TwoDevices() {
   tool::ChainDescription description;
@@ -25,35 +26,23 @@ tool::ChainDescription TwoDevices() {
   return description;
 }
 
-// Notes what an EdgeWatcher and a ScanWatcher are told, in its order.
-class Notes : public tool::EdgeWatcher, public tool::ScanWatcher {
+// Notes the changes that a watcher is told, in their order.
+class Notes : public tool::LineWatcher {
  public:
-  void Changed(Line line, bool level, uint64_t time) override {
+  void Changed(const tool::LineChange &change) override {
     constexpr const char *kNames[] = {"TCK", "TMS", "TDI", "TDO"};
-    Note(std::to_string(time) + ' ' + kNames[static_cast<int>(line)] + (level ? " 1" : " 0"));
-  }
-  void Entered(TapState state, uint64_t time) override {
-    Note(std::to_string(time) + ' ' + std::string(NameOf(state)));
-  }
-  void Entered(TapState state) override {
-    Note("scan: " + std::string(NameOf(state)));
-  }
-  void Shifted(bool tdi, bool tdo) override {
-    Note(std::string("bit ") + (tdi ? '1' : '0') + (tdo ? '1' : '0'));
-  }
-  void Read(bool tdo) override {
-    Note(tdo ? "read 1" : "read 0");
+    notes_.push_back(fmt::format("{} {} {:d}", change.time, kNames[static_cast<int>(change.line)],
+                                 change.level));
+    if (change.entered) {
+      notes_.back() += fmt::format(" {}", StandardName(change.state));
+    }
   }
 
   std::vector<std::string> Take() {
-    return std::move(notes_);
+    return std::exchange(notes_, {});
   }
 
  private:
-  void Note(const std::string &text) {
-    notes_.push_back(text);
-  }
-
   std::vector<std::string> notes_;
 };
 
@@ -77,25 +66,23 @@ class PlayLines : public ::testing::Test {
 
 TEST(PlayTap, FollowsTheStatesThatTheChainGoesThrough) {
   sim::Chain chain(std::string("bypass"));
-  TapObserver tap;
+  tool::Tap tap;
   std::mt19937 random(1);
   for (int i = 0; i < 20000; ++i) {
     const bool tms = random() % 2 != 0;
     chain.Write(SIM_TCK, false);
     chain.Write(SIM_TMS, tms);
     chain.Write(SIM_TCK, true);
-    ASSERT_EQ(NameOf(tap.Rise(tms)), sim_state_name(chain.state())) << "at clock " << i;
+    ASSERT_EQ(StandardName(tap.Rise(tms)), sim_state_name(chain.state())) << "at clock " << i;
   }
-  EXPECT_EQ(tap.scan(), chain.counters().ir_scans + chain.counters().dr_scans);
 }
 
 TEST(PlayTap, CountsTheBitsOfAScan) {
-  TapObserver tap;
+  tool::Tap tap;
   for (const bool tms : {false, true, true, false, false}) {
     tap.Rise(tms);
   }
   EXPECT_TRUE(tap.shifting());
-  EXPECT_EQ(tap.scan_register(), tool::Register::kIr);
   EXPECT_EQ(tap.bits(), 0u);
   tap.Rise(false);
   tap.Rise(true);
@@ -106,12 +93,9 @@ TEST(PlayTap, CountsTheBitsOfAScan) {
     tap.Rise(tms);
   }
   EXPECT_EQ(tap.bits(), 3u);
-  EXPECT_EQ(tap.scan(), 1u);
   for (const bool tms : {true, false, false}) {
     tap.Rise(tms);
   }
-  EXPECT_EQ(tap.scan(), 2u);
-  EXPECT_EQ(tap.scan_register(), tool::Register::kDr);
   EXPECT_EQ(tap.bits(), 0u);
 }
 
@@ -121,41 +105,97 @@ TEST_F(PlayLines, CountsCallsAndClocksAndTakesTimeForEachCall) {
   Clock(true);
   lines_.Read();
   EXPECT_THAT(lines_.counts().writes, testing::ElementsAre(6, 3, 3));
-  EXPECT_EQ(lines_.counts().reads, 1u);
-  EXPECT_EQ(lines_.counts().clocks[static_cast<int>(TapState::kTestLogicReset)], 1u);
-  EXPECT_EQ(lines_.counts().clocks[static_cast<int>(TapState::kRunTestIdle)], 2u);
+  EXPECT_THAT(lines_.counts().reads, testing::ElementsAre(0, 1));
+  EXPECT_EQ(lines_.counts().all_reads(), 1u);
+  EXPECT_EQ(lines_.counts().calls(), 13u);
+  EXPECT_EQ(lines_.counts().clocks_in(TapState::kReset), 1u);
+  EXPECT_EQ(lines_.counts().clocks_in(TapState::kIdle), 2u);
+  EXPECT_EQ(lines_.counts().all_clocks(), 3u);
   EXPECT_EQ(clock_.now(), 13 * 100u);
   EXPECT_EQ(clock_.waited(), 0u);
 }
 
 TEST_F(PlayLines, TellsEveryChangeAndNothingElse) {
   Notes notes;
-  lines_.Watch(static_cast<tool::EdgeWatcher &>(notes));
+  lines_.Watch(notes);
   Clock(false);
-  EXPECT_THAT(notes.Take(), testing::ElementsAre("100 TMS 0", "300 TCK 1", "300 Run-Test/Idle"));
+  EXPECT_THAT(notes.Take(), testing::ElementsAre("100 TMS 0", "300 TCK 1 Run-Test/Idle"));
   Clock(false, false);
   EXPECT_THAT(notes.Take(), testing::ElementsAre("400 TCK 0", "600 TDI 0", "700 TCK 1"));
 }
 
-TEST_F(PlayLines, TellsBitsAsTheyStandAtTheEdgeAndTdoAsItFalls) {
-  Notes scans;
-  Notes edges;
-  for (const bool tms : {false, true, false}) {
+TEST_F(PlayLines, TellsTdoAsItFalls) {
+  Notes notes;
+  for (const bool tms : {false, true, false, false}) {
     Clock(tms);
   }
-  lines_.Watch(static_cast<tool::ScanWatcher &>(scans));
-  Clock(false);
-  EXPECT_THAT(scans.Take(), testing::ElementsAre("scan: Shift-DR"));
-  lines_.Watch(static_cast<tool::EdgeWatcher &>(edges));
+  lines_.Watch(notes);
   // The device nearest TDO is in BYPASS and gives a 0, the one behind it the 1 of its IDCODE.
   Clock(false, false);
-  EXPECT_THAT(edges.Take(),
+  EXPECT_THAT(notes.Take(),
               testing::ElementsAre("1600 TCK 0", "1600 TDO 0", "1800 TDI 0", "1900 TCK 1"));
   EXPECT_FALSE(lines_.Read());
   lines_.Write(Line::kTck, false);
   EXPECT_TRUE(lines_.Read());
   lines_.Write(Line::kTck, true);
-  EXPECT_THAT(scans.Take(), testing::ElementsAre("bit 00", "read 0", "read 1", "bit 01"));
+  EXPECT_THAT(notes.Take(), testing::ElementsAre("2100 TCK 0", "2100 TDO 1", "2300 TCK 1"));
+}
+
+// Keeps the scan that a watcher is told with the last change.
+class LastScan : public tool::LineWatcher {
+ public:
+  void Changed(const tool::LineChange &change) override {
+    text_ = fmt::format("{} of {} bits, {}", NameOf(change.scan.which), change.scan.tdo.size(),
+                        change.scan.open ? "open" : "closed");
+  }
+  const std::string &text() const {
+    return text_;
+  }
+
+ private:
+  std::string text_;
+};
+
+TEST_F(PlayLines, TellsTheScanThatAChangeBelongsTo) {
+  LastScan scan;
+  lines_.Watch(scan);
+  Clock(false);
+  EXPECT_EQ(scan.text(), "IR of 0 bits, closed");
+  for (const bool tms : {true, false, false}) {
+    Clock(tms);
+  }
+  EXPECT_EQ(scan.text(), "DR of 0 bits, open");
+  Clock(false, false);
+  Clock(true, true);
+  EXPECT_EQ(scan.text(), "DR of 2 bits, open");
+  EXPECT_EQ(lines_.scan().tdi.Hex(), "2");
+  EXPECT_EQ(lines_.scan().tdo.Hex(), "2") << "the bits as they stand at the edge";
+  Clock(true);
+  EXPECT_EQ(scan.text(), "DR of 2 bits, closed");
+  Clock(false);
+  EXPECT_EQ(lines_.scan().tdi.size(), 2u) << "it stays until the next begins";
+  Clock(true);
+  EXPECT_EQ(scan.text(), "DR of 0 bits, closed");
+  for (const bool tms : {true, false, false, true}) {
+    Clock(tms);
+  }
+  EXPECT_EQ(scan.text(), "IR of 1 bits, open");
+}
+
+// What a watcher is told does not depend on who else watches, or came before.
+TEST_F(PlayLines, TellsEveryWatcherTheSame) {
+  Notes first;
+  LastScan between;
+  Notes last;
+  lines_.Watch(first);
+  lines_.Watch(between);
+  lines_.Watch(last);
+  for (const bool tms : {false, true, false, false, false, false, true, true, false}) {
+    Clock(tms);
+  }
+  const std::vector<std::string> notes = first.Take();
+  EXPECT_EQ(notes, last.Take());
+  EXPECT_THAT(notes, testing::Contains("3500 TCK 1 Run-Test/Idle"));
 }
 
 }  // namespace

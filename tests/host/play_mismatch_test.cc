@@ -44,20 +44,20 @@ class PlayMismatch : public ::testing::Test {
  protected:
   static std::optional<tool::Mismatch> Fail(const tvb::Buffer &image, uint64_t scan, uint64_t bit) {
     PlayBench bench(image);
-    tool::EchoTarget echo(bench.lines.tap(), bench.playhead);
-    tool::FlippedTarget flipped(echo, bench.lines.tap(), bench.playhead, scan, bit);
+    tool::EchoTarget echo(bench.playhead);
+    tool::FlippedTarget flipped(echo, bench.playhead, scan, bit);
     bench.lines.Connect(flipped);
     bench.Begin();
     const bool held = bench.Play();
     EXPECT_TRUE(flipped.was_there());
     EXPECT_FALSE(held);
-    return tool::FindMismatch(bench.lines, bench.playhead, bench.tdo);
+    return bench.Mismatch(flipped);
   }
 };
 
 TEST_F(PlayMismatch, AnEchoHoldsEveryComparison) {
   PlayBench bench(LoopFile());
-  tool::EchoTarget echo(bench.lines.tap(), bench.playhead);
+  tool::EchoTarget echo(bench.playhead);
   bench.lines.Connect(echo);
   bench.Begin();
   EXPECT_EQ(bench.playhead.scan(), nullptr);
@@ -65,7 +65,7 @@ TEST_F(PlayMismatch, AnEchoHoldsEveryComparison) {
   EXPECT_EQ(bench.playhead.scans(), 6u);
   EXPECT_EQ(bench.playhead.compared_scans(), 4u);
   EXPECT_EQ(bench.playhead.compared_dr_scans(), 4u);
-  EXPECT_EQ(bench.lines.counts().reads, 32u + 3 * 150 + 3 * 2);
+  EXPECT_EQ(bench.lines.counts().all_reads(), 32u + 3 * 150 + 3 * 2);
 }
 
 TEST_F(PlayMismatch, TellsRecordRegisterBitAndBothValues) {
@@ -135,7 +135,7 @@ std::string DetailOfStuck(const tvb::Buffer &image, bool level) {
   bench.lines.Connect(target);
   bench.Begin();
   EXPECT_FALSE(bench.Play());
-  const auto mismatch = tool::FindMismatch(bench.lines, bench.playhead, bench.tdo);
+  const auto mismatch = bench.Mismatch(target);
   return mismatch ? tool::MismatchDetail(*mismatch) : "none";
 }
 
@@ -180,7 +180,7 @@ TEST(PlayPlayhead, FindsTheRecordsOfALoopAgain) {
   writer.Sdr(8, {2});
   writer.EndLoop();
   PlayBench bench(writer.Finish());
-  tool::EchoTarget echo(bench.lines.tap(), bench.playhead);
+  tool::EchoTarget echo(bench.playhead);
   bench.lines.Connect(echo);
   bench.Begin();
   ASSERT_TRUE(bench.Play());
@@ -189,7 +189,7 @@ TEST(PlayPlayhead, FindsTheRecordsOfALoopAgain) {
   EXPECT_EQ(bench.playhead.scan()->played.record.index, 4u);
   EXPECT_EQ(bench.playhead.scan()->played.pass, 2u);
   EXPECT_EQ(bench.playhead.compared_scans(), 0u);
-  while (bench.playhead.Skip()) {
+  while (bench.playhead.Next()) {
   }
   // The loop, three records and its end twice, and the one that ends the file.
   EXPECT_EQ(bench.playhead.records(), 1 + 2 * 4 + 1u);

@@ -9,13 +9,14 @@
 
 #include "play_bench.h"
 #include "tools/rehearse/play_length.h"
+#include "tools/rehearse/target_chain.h"
 
 namespace {
 
 using test::FileBytes;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using tool::DriverEnd;
+using tool::DriverStop;
 
 tool::ChainDescription OnePart() {
   tool::ChainDescription description;
@@ -36,8 +37,8 @@ struct Played {
     rehearsal.Run([this] { ++ticks; });
   }
 
-  static tool::PlayOptions Options(std::optional<tool::FailAt> fail_at, uint64_t pin_ns) {
-    tool::PlayOptions options;
+  static tool::RehearsalOptions Options(std::optional<tool::FailAt> fail_at, uint64_t pin_ns) {
+    tool::RehearsalOptions options;
     options.fail_at = fail_at;
     options.pin_ns = pin_ns;
     return options;
@@ -72,8 +73,8 @@ tvb::Buffer ProgramFile() {
 TEST(PlayRehearsal, ProgramsASimulatedPart) {
   tool::ChainTarget chain(OnePart(), "chain");
   Played played(ProgramFile(), &chain);
-  EXPECT_EQ(played.rehearsal.result().end, DriverEnd::kDone);
-  EXPECT_FALSE(played.rehearsal.result().mismatch);
+  EXPECT_TRUE(played.rehearsal.result().done);
+  EXPECT_EQ(played.rehearsal.result().stop, DriverStop::kNothing);
   EXPECT_EQ(chain.Memory(), "1 0 1234\n1 1 ABCD\n");
   EXPECT_THAT(played.log,
               ElementsAre(HasSubstr("INIT BEGIN"), HasSubstr("init success"), HasSubstr("INIT END"),
@@ -108,7 +109,8 @@ TEST(PlayRehearsal, SeesAFailureThatTheDriverDoesNot) {
   tvb::Writer writer;
   writer.Sdr(32, FileBytes(0, 32), FileBytes(5, 32), FileBytes(0xFFFFFFFF, 32));
   Played played(writer.FinishUnguarded(), nullptr, tool::FailAt{1, 31});
-  EXPECT_EQ(played.rehearsal.result().end, DriverEnd::kDone);
+  EXPECT_TRUE(played.rehearsal.result().done);
+  EXPECT_EQ(played.rehearsal.result().stop, DriverStop::kMismatch);
   EXPECT_TRUE(played.rehearsal.failed_as_asked());
   ASSERT_TRUE(played.rehearsal.mismatch());
   EXPECT_EQ(played.rehearsal.mismatch()->bit, 31u);
@@ -120,18 +122,29 @@ TEST(PlayRehearsal, StopsWhereTheDriverStops) {
   writer.Sdr(32, FileBytes(0, 32), FileBytes(5, 32), FileBytes(0xFFFFFFFF, 32));
   writer.Sdr(8, {0xFF});
   Played played(writer.Finish(), nullptr, tool::FailAt{1, 3});
-  EXPECT_EQ(played.rehearsal.result().end, DriverEnd::kMismatch);
+  EXPECT_FALSE(played.rehearsal.result().done);
+  EXPECT_EQ(played.rehearsal.result().stop, DriverStop::kMismatch);
   EXPECT_EQ(played.rehearsal.playhead().scans(), 1u);
+  ASSERT_TRUE(played.rehearsal.mismatch());
+  EXPECT_EQ(played.rehearsal.mismatch()->read.Hex(), "0000000D");
+  // Three clocks into Shift-DR and three bits: that the rest of the scan is read counts nowhere.
+  EXPECT_EQ(played.rehearsal.counts().all_clocks(), kOwnClocks + 6);
+  EXPECT_EQ(played.rehearsal.counts().all_reads(), 32 + 4u);
+  EXPECT_THAT(played.scans, testing::EndsWith("1 DR 3 TDI 0 TDO 5 stopped\n"));
   EXPECT_THAT(played.log, testing::Contains("Verify Failed"));
 }
 
 TEST(PlayRehearsal, TellsTheOtherEndsApart) {
   tvb::Writer too_long;
   too_long.Sdr(4194300, tvb::Buffer(524288));
-  EXPECT_EQ(Played(too_long.Finish()).rehearsal.result().end, DriverEnd::kNoMemory);
+  const tool::DriverResult held = Played(too_long.Finish()).rehearsal.result();
+  EXPECT_FALSE(held.done);
+  EXPECT_EQ(held.stop, DriverStop::kNoMemory);
   tvb::Writer unknown;
   unknown.Record(3, {});
-  EXPECT_EQ(Played(unknown.Finish()).rehearsal.result().end, DriverEnd::kOtherError);
+  const tool::DriverResult read = Played(unknown.Finish()).rehearsal.result();
+  EXPECT_FALSE(read.done);
+  EXPECT_EQ(read.stop, DriverStop::kNothing);
 }
 
 TEST(PlayRehearsal, TicksInALongRunTest) {

@@ -8,12 +8,11 @@
 
 #include "tools/cli/bit_row.h"
 #include "tools/cli/text.h"
-#include "tools/rehearse/driver_log.h"
-#include "tools/rehearse/idcode.h"
-#include "tools/rehearse/scan_text.h"
+#include "tools/rehearse/mismatch.h"
+#include "tools/rehearse/platform.h"
 #include "tools/rehearse/target_chain.h"
-#include "tools/rehearse/time_table.h"
-#include "tools/rehearse/vcd.h"
+#include "tools/rehearse/trace.h"
+#include "tools/rehearse/verdict.h"
 
 namespace {
 
@@ -80,14 +79,14 @@ TEST(PlayDriverLog, JoinsWhatHasNoLineEnd) {
 }
 
 TEST(PlayIdcode, IsFoundWhereAllOfItIsCompared) {
-  EXPECT_EQ(tool::IdcodePlace(Word(0x0A014C35), BitRow(32, true)), 0u);
-  EXPECT_EQ(tool::IdcodePlace(Word(0x0A014C34), BitRow(32, true)), std::nullopt);
-  EXPECT_EQ(tool::IdcodePlace(Word(0x0A0140FF), BitRow(32, true)), std::nullopt);
-  EXPECT_EQ(tool::IdcodePlace(Word(0x0A014C35), Word(0x0FFFFFFF)), std::nullopt);
-  EXPECT_EQ(tool::IdcodePlace(BitRow(33, true), BitRow(33, true)), std::nullopt);
+  EXPECT_EQ(tool::FindIdcode(Word(0x0A014C35), BitRow(32, true)), 0u);
+  EXPECT_EQ(tool::FindIdcode(Word(0x0A014C34), BitRow(32, true)), std::nullopt);
+  EXPECT_EQ(tool::FindIdcode(Word(0x0A0140FF), BitRow(32, true)), std::nullopt);
+  EXPECT_EQ(tool::FindIdcode(Word(0x0A014C35), Word(0x0FFFFFFF)), std::nullopt);
+  EXPECT_EQ(tool::FindIdcode(BitRow(33, true), BitRow(33, true)), std::nullopt);
   const std::string ones(31, '1');
-  EXPECT_EQ(tool::IdcodePlace(Row("01" + std::string(32, '0')), Row("01" + ones + "0")), 1u);
-  EXPECT_EQ(tool::IdcodePlace(Row("01" + std::string(32, '0')), Row("0101" + ones)), std::nullopt);
+  EXPECT_EQ(tool::FindIdcode(Row("01" + std::string(32, '0')), Row("01" + ones + "0")), 1u);
+  EXPECT_EQ(tool::FindIdcode(Row("01" + std::string(32, '0')), Row("0101" + ones)), std::nullopt);
 }
 
 TEST(PlayIdcode, IsSelectedByTheInstructionsOfTheDriver) {
@@ -143,10 +142,11 @@ TEST(PlayAccounting, TheTableAddsUp) {
   counts.writes[0] = 4000;
   counts.writes[1] = 30;
   counts.writes[2] = 60;
-  counts.reads = 10;
-  counts.clocks[static_cast<int>(tool::TapState::kRunTestIdle)] = 1500;
-  counts.clocks[static_cast<int>(tool::TapState::kShiftDr)] = 490;
-  counts.clocks[static_cast<int>(tool::TapState::kUpdateDr)] = 10;
+  counts.reads[0] = 4;
+  counts.reads[1] = 6;
+  counts.clocks[static_cast<int>(svf::TapState::kIdle)] = 1500;
+  counts.clocks[static_cast<int>(svf::TapState::kDrShift)] = 490;
+  counts.clocks[static_cast<int>(svf::TapState::kDrUpdate)] = 10;
   tool::BoardClock clock;
   clock.Wait(100000);
   clock.Wait(100000);
@@ -252,19 +252,18 @@ TEST_F(PlayTrace, TheUnitOfADumpDividesCallsAndWaits) {
 }
 
 TEST_F(PlayTrace, ScansAreListedAsSvfHasThem) {
-  uint64_t number = 0;
-  tool::ScanText scans(sink_, lines_.tap(), [&number] { return number; });
+  tool::ScanList scans(sink_);
   lines_.Watch(scans);
   // The last bit is shifted on the way out. TDI stays high; BYPASS captures a 0.
   Clocks("01100" + std::string("000000001") + "10");
-  number = 7;
   Clocks("100" + std::string("0001") + "10");
   Clocks("100" + std::string("00"));
-  scans.Finish();
+  scans.Finish(lines_.scan());
   EXPECT_EQ(text_,
             "- IR 9 TDI 1FF TDO 101\n"
-            "7 DR 4 TDI F TDO E\n"
-            "7 DR 2 TDI 3 TDO 2 stopped\n");
+            "- DR 4 TDI F TDO E\n"
+            "- DR 2 TDI 3 TDO 2 stopped\n");
+  EXPECT_EQ(tool::ScanText(7, lines_.scan()), "7 DR 2 TDI 3 TDO 2");
 }
 
 }  // namespace

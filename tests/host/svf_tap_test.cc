@@ -38,6 +38,13 @@ TEST(SvfTap, WalksAsADeviceDoes) {
   EXPECT_EQ(seen, 0xFFFFu);
 }
 
+TEST(SvfTap, NamesTheStatesAsTheStandardDoes) {
+  for (int state = 0; state < SIM_STATE_COUNT; ++state) {
+    EXPECT_EQ(svf::StandardName(kOfSim[state]), sim_state_name(static_cast<sim_state>(state)));
+  }
+  EXPECT_EQ(svf::StandardName(TapState::kIrPause), "Pause-IR");
+}
+
 TEST(SvfTap, FindsEveryStateByName) {
   for (int state = 0; state < 16; ++state) {
     EXPECT_EQ(svf::FindTapState(svf::Name(static_cast<TapState>(state))),

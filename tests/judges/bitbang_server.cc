@@ -30,7 +30,7 @@
 #include <string>
 
 #include "tools/rehearse/lines.h"
-#include "tools/rehearse/scan_text.h"
+#include "tools/rehearse/scan.h"
 #include "tools/rehearse/target_chain.h"
 
 namespace {
@@ -43,16 +43,44 @@ void Check(bool good, const char *what) {
   }
 }
 
-// The chain with whatever lists its scans.
+// Lists scans by their place in the list.
+class ScanList : public tool::LineWatcher {
+ public:
+  void Changed(const tool::LineChange &change) override {
+    if (change.entered && svf::IsUpdate(change.state)) {
+      Add(change.scan, "\n");
+    }
+  }
+
+  void Clear() {
+    text_.clear();
+    count_ = 0;
+  }
+
+  // The list; `last` is the last scan on the lines, which may not have been left.
+  std::string Finish(const tool::LineScan &last) {
+    if (last.open) {
+      Add(last, " stopped\n");
+    }
+    return text_;
+  }
+
+ private:
+  void Add(const tool::LineScan &scan, const char *end) {
+    text_ += tool::ScanText(++count_, scan) + end;
+  }
+
+  std::string text_;
+  uint64_t count_ = 0;
+};
+
+// The chain with what lists its scans.
 class Board {
  public:
   explicit Board(const tool::ChainDescription &description, const std::string &name)
-      : chain_(description, name),
-        lines_(clock_, 0),
-        scan_text_([this](std::string_view text) { scans_ += text; }, lines_.tap(),
-                   [this] { return lines_.tap().scan() - scans_before_; }) {
+      : chain_(description, name), lines_(clock_, 0) {
     lines_.Connect(chain_);
-    lines_.Watch(scan_text_);
+    lines_.Watch(scans_);
   }
 
   // Carries out a command; false: it is the end. What the client is to read is put into `answers`.
@@ -62,15 +90,13 @@ class Board {
     } else if (command == 'R') {
       answers += lines_.Read() ? '1' : '0';
     } else if (command == 's') {
-      scans_.clear();
-      scans_before_ = lines_.tap().scan();
+      scans_.Clear();
     }
     return command != 'Q';
   }
 
   std::string Scans() {
-    scan_text_.Finish();
-    return scans_;
+    return scans_.Finish(lines_.scan());
   }
   std::string Memory() {
     return chain_.Memory();
@@ -87,9 +113,7 @@ class Board {
   tool::BoardClock clock_;
   tool::ChainTarget chain_;
   tool::Lines lines_;
-  std::string scans_;
-  uint64_t scans_before_ = 0;
-  tool::ScanText scan_text_;
+  ScanList scans_;
 };
 
 int Listen() {

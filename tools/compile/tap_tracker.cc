@@ -19,18 +19,6 @@ const char *ScanName(bool instruction) {
   return instruction ? "SIR" : "SDR";
 }
 
-bool IsShift(TapState state) {
-  return state == TapState::kIrShift || state == TapState::kDrShift;
-}
-
-bool IsCapture(TapState state) {
-  return state == TapState::kIrCapture || state == TapState::kDrCapture;
-}
-
-bool IsUpdate(TapState state) {
-  return state == TapState::kIrUpdate || state == TapState::kDrUpdate;
-}
-
 }  // namespace
 
 void TapTracker::BeginScan(bool instruction, size_t offset) {

@@ -1,25 +1,23 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tools/rehearse/lines.h"
 
+#include <numeric>
+
 namespace tool {
 
-Lines::Lines(BoardClock &clock, double call_time) : clock_(clock), call_time_(call_time) {}
+uint64_t LineCounts::all_clocks() const {
+  return std::accumulate(std::begin(clocks), std::end(clocks), uint64_t{0});
+}
+
+Lines::Lines(BoardClock &clock, double call_time, Playhead *playhead)
+    : clock_(clock), call_time_(call_time), playhead_(playhead) {}
 
 void Lines::Connect(Target &target) {
   target_ = &target;
 }
 
-void Lines::Watch(EdgeWatcher &watcher) {
-  edge_watchers_.push_back(&watcher);
-}
-
-void Lines::Watch(ScanWatcher &watcher) {
-  scan_watchers_.push_back(&watcher);
-}
-
-void Lines::DropWatchers() {
-  edge_watchers_.clear();
-  scan_watchers_.clear();
+void Lines::Watch(LineWatcher &watcher) {
+  watchers_.push_back(&watcher);
 }
 
 void Lines::Write(Line line, bool level) {
@@ -31,49 +29,65 @@ void Lines::Write(Line line, bool level) {
     return;
   }
   now = level;
-  for (EdgeWatcher *watcher : edge_watchers_) {
-    watcher->Changed(line, level, time);
-  }
+  bool entered = false;
   if (line == Line::kTck && level) {
-    Rise(time);
+    entered = Rise();
   } else {
     target_->Write(line, level);
   }
-  if (!edge_watchers_.empty()) {
+  if (!watchers_.empty()) {
+    Tell(line, time, entered);
     RefreshTdo(time);
   }
 }
 
 bool Lines::Read() {
-  ++counts_.reads;
   clock_.Work(call_time_);
   const bool level = target_->Tdo();
-  for (ScanWatcher *watcher : scan_watchers_) {
-    watcher->Read(level);
-  }
+  ++counts_.reads[level];
   return level;
 }
 
-// Whoever watches sees the bit before the target does, and the new state after it.
-void Lines::Rise(uint64_t time) {
-  const TapState found = tap_.state();
+// The bit that is shifted is the one that stands at the edge. Returns whether the state changed.
+bool Lines::Rise() {
+  const svf::TapState found = tap_.state();
   ++counts_.clocks[static_cast<int>(found)];
-  if (tap_.shifting() && !scan_watchers_.empty()) {
-    const bool tdo = target_->Tdo();
-    for (ScanWatcher *watcher : scan_watchers_) {
-      watcher->Shifted(level(Line::kTdi), tdo);
-    }
+  if (tap_.shifting()) {
+    scan_.tdi.Push(level(Line::kTdi));
+    scan_.tdo.Push(target_->Tdo());
   }
   target_->Write(Line::kTck, true);
-  const TapState state = tap_.Rise(level(Line::kTms));
-  if (state == found) {
-    return;
+  if (tap_.Rise(level(Line::kTms)) == found) {
+    return false;
   }
-  for (EdgeWatcher *watcher : edge_watchers_) {
-    watcher->Entered(state, time);
+  FollowScan(found);
+  return true;
+}
+
+void Lines::FollowScan(svf::TapState left) {
+  const svf::TapState state = tap_.state();
+  if (left == svf::TapState::kIdle) {
+    BeginScan();
+  } else if (svf::IsCapture(state)) {
+    scan_.which = state == svf::TapState::kIrCapture ? Register::kIr : Register::kDr;
+    scan_.open = true;
+    scan_.tdi.Clear();
+    scan_.tdo.Clear();
+  } else if (svf::IsUpdate(state)) {
+    scan_.open = false;
   }
-  for (ScanWatcher *watcher : scan_watchers_) {
-    watcher->Entered(state);
+}
+
+void Lines::BeginScan() {
+  scan_.tdi.Clear();
+  scan_.tdo.Clear();
+  scan_.of_file = playhead_ == nullptr ? nullptr : playhead_->BeginScan();
+}
+
+void Lines::Tell(Line line, uint64_t time, bool entered) {
+  const LineChange change = {line, level(line), time, tap_.state(), entered, scan_};
+  for (LineWatcher *watcher : watchers_) {
+    watcher->Changed(change);
   }
 }
 
@@ -82,9 +96,7 @@ void Lines::RefreshTdo(uint64_t time) {
   const bool level = target_->Tdo();
   if (now != level) {
     now = level;
-    for (EdgeWatcher *watcher : edge_watchers_) {
-      watcher->Changed(Line::kTdo, level, time);
-    }
+    Tell(Line::kTdo, time, false);
   }
 }
 

@@ -1,91 +1,141 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The four lines between the driver and a target, with whoever watches them.
+// The four lines between the driver and a target, the time that passes on them, and whoever
+// watches.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
-#include "tools/rehearse/board_clock.h"
-#include "tools/rehearse/tap_observer.h"
+#include "svf/tap.h"
+#include "tools/rehearse/playhead.h"
+#include "tools/rehearse/scan.h"
 #include "tools/rehearse/target.h"
 
 namespace tool {
 
-// Sees every change of level, TDO's included. Times are the board's, in nanoseconds.
-class EdgeWatcher {
+// The time that passes on the board, in nanoseconds since the rehearsal began. Nothing waits for
+// it. The clock shows whole nanoseconds; of work it keeps the rest.
+class BoardClock {
  public:
-  virtual ~EdgeWatcher() = default;
-  virtual void Changed(Line line, bool level, uint64_t time) = 0;
+  uint64_t now() const {
+    return now_;
+  }
 
-  // The TAP has come to another state, at the rising edge that was told just before.
-  virtual void Entered(TapState state, uint64_t time) = 0;
-};
+  // Time that the processor works: a call of a pin callback.
+  void Work(double nanoseconds) {
+    rest_ += nanoseconds;
+    const auto whole = static_cast<uint64_t>(rest_);
+    now_ += whole;
+    rest_ -= static_cast<double>(whole);
+  }
 
-// Sees the scans.
-class ScanWatcher {
- public:
-  virtual ~ScanWatcher() = default;
+  // Time that it waits busily.
+  void Wait(uint64_t nanoseconds) {
+    now_ += nanoseconds;
+    waited_ += nanoseconds;
+    ++waits_;
+  }
 
-  // The TAP has come to another state: TapObserver tells the scan's number and register.
-  virtual void Entered(TapState state) = 0;
+  // The sum of all waits, and how many there were.
+  uint64_t waited() const {
+    return waited_;
+  }
+  uint64_t waits() const {
+    return waits_;
+  }
 
-  // A bit is shifted, in Shift-IR or Shift-DR, at this rising edge.
-  virtual void Shifted(bool tdi, bool tdo) = 0;
-
-  // The driver reads TDO.
-  virtual void Read(bool tdo) = 0;
+ private:
+  uint64_t now_ = 0;
+  uint64_t waited_ = 0;
+  uint64_t waits_ = 0;
+  double rest_ = 0;  // less than a nanosecond
 };
 
 // What happened on the lines.
 struct LineCounts {
-  uint64_t writes[3] = {};  // calls of the driver by line, equal levels included
-  uint64_t reads = 0;
-  uint64_t clocks[kTapStates] = {};  // rising edges by the state that they found
+  uint64_t writes[3] = {};                // calls of the driver by line, equal levels included
+  uint64_t reads[2] = {};                 // the same by the level that was read
+  uint64_t clocks[svf::kTapStates] = {};  // rising edges by the state that they found
+
+  uint64_t calls() const {
+    return writes[0] + writes[1] + writes[2] + all_reads();
+  }
+  uint64_t all_reads() const {
+    return reads[0] + reads[1];
+  }
+  uint64_t clocks_in(svf::TapState state) const {
+    return clocks[static_cast<int>(state)];
+  }
+  uint64_t all_clocks() const;
+};
+
+// A change of a line's level, TDO's included, with all that comes of it.
+struct LineChange {
+  Line line;
+  bool level;
+  uint64_t time;         // the board's
+  svf::TapState state;   // after the change
+  bool entered;          // the change, a rising edge of TCK, has brought the TAP to another state
+  const LineScan &scan;  // the scan that the change belongs to: the one under way or the last
+};
+
+class LineWatcher {
+ public:
+  virtual ~LineWatcher() = default;
+  virtual void Changed(const LineChange &change) = 0;
 };
 
 class Lines {
  public:
   // Every call of the driver takes `call_time` nanoseconds on `clock`. At first TCK is low, TMS and
-  // TDI are high, and the TAP is in Test-Logic-Reset. The clock outlives the lines.
-  Lines(BoardClock &clock, double call_time);
+  // TDI are high, and the TAP is in Test-Logic-Reset. `playhead` is told of every scan; null: no
+  // file is played. Both outlive the lines.
+  Lines(BoardClock &clock, double call_time, Playhead *playhead = nullptr);
 
   // The target; it outlives the lines. There must be one before the first call.
   void Connect(Target &target);
 
-  // Watchers are called in the order in which they came; they outlive the lines or are dropped.
-  void Watch(EdgeWatcher &watcher);
-  void Watch(ScanWatcher &watcher);
-  void DropWatchers();
+  // Watchers see each change once, in any order among themselves; they outlive the lines.
+  void Watch(LineWatcher &watcher);
 
   // The driver's calls.
   void Write(Line line, bool level);
   bool Read();
 
-  const TapObserver &tap() const {
-    return tap_;
+  svf::TapState state() const {
+    return tap_.state();
+  }
+
+  // The scan that the TAP is in, or was in last; from where it leaves Run-Test/Idle, the next one.
+  const LineScan &scan() const {
+    return scan_;
   }
   const LineCounts &counts() const {
     return counts_;
   }
 
-  // Level that a line has now.
+  // Level that a line has now; that of TDO only where somebody watches.
   bool level(Line line) const {
     return levels_[static_cast<int>(line)];
   }
 
  private:
-  void Rise(uint64_t time);
+  bool Rise();
+  void FollowScan(svf::TapState left);
+  void BeginScan();
+  void Tell(Line line, uint64_t time, bool entered);
   void RefreshTdo(uint64_t time);
 
   BoardClock &clock_;
   double call_time_;
+  Playhead *playhead_;
   Target *target_ = nullptr;
-  TapObserver tap_;
+  Tap tap_;
+  LineScan scan_;
   LineCounts counts_;
   bool levels_[4] = {false, true, true, true};
-  std::vector<EdgeWatcher *> edge_watchers_;
-  std::vector<ScanWatcher *> scan_watchers_;
+  std::vector<LineWatcher *> watchers_;
 };
 
 }  // namespace tool

@@ -6,7 +6,6 @@
 #include <algorithm>
 
 #include "tools/cli/text.h"
-#include "tools/rehearse/idcode.h"
 
 namespace tool {
 namespace {
@@ -15,29 +14,43 @@ namespace {
 constexpr uint64_t kFewReads = 8;
 
 constexpr size_t kRowBits = 128;
-constexpr size_t kMostRows = 8;
+constexpr size_t kMaxRows = 8;
 
-// What the driver would have read in the rest of the scan if it had gone on.
-void ReadRest(Lines &lines, const tvb::Buffer &tdi, BitRow &read, size_t bits) {
-  while (read.size() < bits) {
-    lines.Write(Line::kTck, true);
-    lines.Write(Line::kTck, false);
-    const size_t bit = read.size();
-    lines.Write(Line::kTdi, !tdi.empty() && (tdi[bit / 8] >> (7 - bit % 8) & 1));
-    read.Push(lines.Read());
-  }
+constexpr size_t kIdcodeBits = 32;
+constexpr uint32_t kNoManufacturer = 0x7F;  // reserved: no device has it
+
+uint32_t ManufacturerOf(uint32_t idcode) {
+  return idcode >> 1 & 0x7FF;
 }
 
-BitRow ReadScan(Lines &lines, const Playhead &playhead, const TdoWatch &watch, uint32_t bit) {
-  const FileScan &scan = *playhead.scan();
-  BitRow read;
-  for (uint32_t i = 0; i < bit; ++i) {
-    read.Push(watch.scan()[scan.header + i]);
+uint32_t PartOf(uint32_t idcode) {
+  return idcode >> 12 & 0xFFFF;
+}
+
+uint32_t RevisionOf(uint32_t idcode) {
+  return idcode >> 28;
+}
+
+bool CanBe(uint32_t idcode) {
+  return (idcode & 1) != 0 && ManufacturerOf(idcode) != kNoManufacturer;
+}
+
+// In a file's bytes the bit that is shifted first, an instruction's lowest, is the highest.
+uint8_t InstructionOf(uint8_t byte) {
+  uint8_t instruction = 0;
+  for (int bit = 0; bit < 8; ++bit) {
+    instruction |= static_cast<uint8_t>((byte >> bit & 1) << (7 - bit));
   }
-  read.Push(watch.last());
-  lines.DropWatchers();
-  ReadRest(lines, playhead.Data(tvb::kTagTdi), read, scan.bits());
-  return read;
+  return instruction;
+}
+
+// 32 bits of a row as a number, bit `first` being its lowest.
+uint32_t WordAt(const BitRow &row, size_t first) {
+  uint32_t word = 0;
+  for (size_t bit = 0; bit < kIdcodeBits; ++bit) {
+    word |= static_cast<uint32_t>(row[first + bit]) << bit;
+  }
+  return word;
 }
 
 // The level of all of `count` reads of which `ones` were 1, if there are enough of them.
@@ -49,17 +62,17 @@ std::optional<bool> OneLevel(uint64_t count, uint64_t ones) {
 }
 
 // A line is not stuck where the rest of the scan, which the driver does not read, is otherwise.
-void FindStuckLevel(const TdoWatch &watch, Mismatch &mismatch) {
+void FindStuckLevel(const LineCounts &counts, Mismatch &mismatch) {
   const uint64_t compared = mismatch.mask.Ones();
   const uint64_t ones = (mismatch.read & mismatch.mask).Ones();
-  mismatch.reads = watch.reads(false) + watch.reads(true);
+  mismatch.reads = counts.all_reads();
   mismatch.stuck_in_scan = OneLevel(compared, ones);
   if (ones == 0 || ones == compared) {
-    mismatch.stuck_always = OneLevel(mismatch.reads, watch.reads(true));
+    mismatch.stuck_always = OneLevel(mismatch.reads, counts.reads[1]);
   }
 }
 
-void Place(const FileScan &scan, Mismatch &mismatch) {
+void SetRecord(const FileScan &scan, Mismatch &mismatch) {
   const tvb::PlayedRecord &played = scan.played;
   mismatch.scan = scan.number;
   mismatch.record = played.record.index;
@@ -72,19 +85,19 @@ void Place(const FileScan &scan, Mismatch &mismatch) {
   mismatch.trailer = scan.trailer;
 }
 
-std::string RegisterLine(const Mismatch &mismatch) {
-  std::string line = fmt::format("  register  {}, {}", NameOf(mismatch.which),
+std::string RegisterText(const Mismatch &mismatch) {
+  std::string text = fmt::format("  register  {}, {}", NameOf(mismatch.which),
                                  CountText(mismatch.mask.size(), "bit"));
   if (mismatch.header != 0) {
-    line += fmt::format(", after {} of header", CountText(mismatch.header, "bit"));
+    text += fmt::format(", after {} of header", CountText(mismatch.header, "bit"));
   }
   if (mismatch.trailer != 0) {
-    line += fmt::format(", before {} of trailer", CountText(mismatch.trailer, "bit"));
+    text += fmt::format(", before {} of trailer", CountText(mismatch.trailer, "bit"));
   }
-  return line + '\n';
+  return text + '\n';
 }
 
-std::string LoopLine(const Mismatch &mismatch) {
+std::string LoopText(const Mismatch &mismatch) {
   return mismatch.loop == 0
              ? ""
              : fmt::format("  loop      pass {} of {} of the loop of record {}\n",
@@ -104,11 +117,9 @@ std::string RowText(const Mismatch &mismatch, const Shown &shown, size_t first) 
   if (mismatch.mask.size() > kRowBits) {
     text = fmt::format("  bits {} to {}\n", first, first + count - 1);
   }
-  text += "  expected  " + shown.expected.Hex(first, count) + '\n';
-  text += "  read      " + shown.read.Hex(first, count) + '\n';
-  text += "  mask      " + mismatch.mask.Hex(first, count) + '\n';
-  text += "  differs   " + shown.differs.Hex(first, count) + '\n';
-  return text;
+  return text + fmt::format("  expected  {}\n  read      {}\n  mask      {}\n  differs   {}\n",
+                            shown.expected.Hex(first, count), shown.read.Hex(first, count),
+                            mismatch.mask.Hex(first, count), shown.differs.Hex(first, count));
 }
 
 bool Differs(const Shown &shown, size_t first) {
@@ -122,16 +133,16 @@ std::string ValueText(const Mismatch &mismatch) {
   const BitRow expected = mismatch.expected & mismatch.mask;
   const BitRow read = mismatch.read & mismatch.mask;
   const Shown shown = {expected, read, expected ^ read};
-  const bool whole = mismatch.mask.size() <= kRowBits * kMostRows;
+  const bool whole = mismatch.mask.size() <= kRowBits * kMaxRows;
   std::string text;
   size_t rows = 0;
   for (size_t first = 0; first < mismatch.mask.size(); first += kRowBits) {
     if (whole || Differs(shown, first)) {
-      text += rows++ < kMostRows ? RowText(mismatch, shown, first) : "";
+      text += rows++ < kMaxRows ? RowText(mismatch, shown, first) : "";
     }
   }
-  if (rows > kMostRows) {
-    text += fmt::format("  and {} more rows of {} bits that differ\n", rows - kMostRows, kRowBits);
+  if (rows > kMaxRows) {
+    text += fmt::format("  and {} more rows of {} bits that differ\n", rows - kMaxRows, kRowBits);
   }
   return text + fmt::format("  {} of {} compared differ\n", NumberText(shown.differs.Ones()),
                             CountText(mismatch.mask.Ones(), "bit"));
@@ -151,40 +162,48 @@ std::string StuckText(const Mismatch &mismatch) {
 }
 
 std::string IdcodeText(const Mismatch &mismatch) {
-  const std::optional<size_t> first = IdcodePlace(mismatch.expected, mismatch.mask);
+  const std::optional<size_t> first = FindIdcode(mismatch.expected, mismatch.mask);
   if (!mismatch.identifies || !first || mismatch.stuck_in_scan) {
     return "";
   }
   const uint32_t expected = WordAt(mismatch.expected, *first);
   const uint32_t read = WordAt(mismatch.read, *first);
-  return "  " + DescribeIdcodes(expected, read) + '\n';
+  return fmt::format("  {}\n", DescribeIdcodes(expected, read));
 }
 
 }  // namespace
 
-void TdoWatch::Entered(TapState state) {
-  if (state == TapState::kCaptureIr || state == TapState::kCaptureDr) {
-    scan_.Clear();
-  }
-}
-
-std::optional<Mismatch> FindMismatch(Lines &lines, const Playhead &playhead,
-                                     const TdoWatch &watch) {
-  const FileScan *scan = playhead.scan();
+std::optional<StoppedScan> FinishScan(const Lines &lines, const Playhead &playhead,
+                                      Target &target) {
+  const LineScan &scan = lines.scan();
   const std::optional<uint32_t> bit =
-      scan == nullptr ? std::nullopt : scan->OwnBit(lines.tap().bits());
-  if (!bit || watch.scan().size() < scan->header + *bit) {
+      scan.of_file == nullptr ? std::nullopt : scan.of_file->OwnBit(scan.tdo.size());
+  if (!bit) {
     return std::nullopt;
   }
-  Mismatch mismatch;
-  Place(*scan, mismatch);
-  mismatch.bit = *bit;
-  for (uint32_t i = 0; i < scan->bits(); ++i) {
-    mismatch.expected.Push(scan->Expected(i));
-    mismatch.mask.Push(scan->Compares(i));
+  StoppedScan stopped;
+  stopped.bit = *bit;
+  for (uint32_t i = 0; i < *bit; ++i) {
+    stopped.read.Push(scan.tdo[scan.of_file->header + i]);
   }
-  mismatch.read = ReadScan(lines, playhead, watch, *bit);
-  FindStuckLevel(watch, mismatch);
+  const uint32_t bits = scan.of_file->bits();
+  const tvb::Buffer tdi = playhead.Data(tvb::kTagTdi);
+  ShiftOn(target, tdi.empty() ? BitRow(bits, false) : BitRow::FromFile(tdi, bits),
+          stopped.read);
+  return stopped;
+}
+
+Mismatch MakeMismatch(const StoppedScan &stopped, const Lines &lines, const Playhead &playhead) {
+  const FileScan &scan = *lines.scan().of_file;
+  Mismatch mismatch;
+  SetRecord(scan, mismatch);
+  mismatch.bit = stopped.bit;
+  mismatch.read = stopped.read;
+  for (uint32_t i = 0; i < scan.bits(); ++i) {
+    mismatch.expected.Push(scan.Expected(i));
+    mismatch.mask.Push(scan.Compares(i));
+  }
+  FindStuckLevel(lines.counts(), mismatch);
   mismatch.identifies = mismatch.which == Register::kDr && (playhead.compared_dr_scans() == 1 ||
                                                             SelectsIdcode(playhead.instruction()));
   return mismatch;
@@ -197,8 +216,50 @@ std::string MismatchSentence(const Mismatch &mismatch) {
 }
 
 std::string MismatchDetail(const Mismatch &mismatch) {
-  return RegisterLine(mismatch) + LoopLine(mismatch) + ValueText(mismatch) + StuckText(mismatch) +
+  return RegisterText(mismatch) + LoopText(mismatch) + ValueText(mismatch) + StuckText(mismatch) +
          IdcodeText(mismatch);
+}
+
+std::optional<size_t> FindIdcode(const BitRow &expected, const BitRow &mask) {
+  if (mask.Ones() != kIdcodeBits) {
+    return std::nullopt;
+  }
+  size_t first = 0;
+  while (!mask[first]) {
+    ++first;
+  }
+  if (first + kIdcodeBits > mask.size() || WordAt(mask, first) != 0xFFFFFFFF ||
+      !CanBe(WordAt(expected, first))) {
+    return std::nullopt;
+  }
+  return first;
+}
+
+bool SelectsIdcode(const tvb::Buffer &instructions) {
+  for (const uint8_t byte : instructions) {
+    if (InstructionOf(byte) == 6 || InstructionOf(byte) == 224) {
+      return true;
+    }
+  }
+  return false;
+}
+
+std::string DescribeIdcodes(uint32_t expected, uint32_t read) {
+  if (PartOf(expected) == PartOf(read) && ManufacturerOf(expected) == ManufacturerOf(read) &&
+      CanBe(read)) {
+    return fmt::format(
+        "this looks like an IDCODE: it is the right part (0x{:07X}) in revision {} where the file "
+        "wants revision {}",
+        expected & 0x0FFFFFFF, RevisionOf(read), RevisionOf(expected));
+  }
+  if (!CanBe(read)) {
+    return fmt::format("this looks like an IDCODE, but 0x{:08X}, which was read, cannot be one",
+                       read);
+  }
+  return fmt::format(
+      "this looks like an IDCODE: it is another part, manufacturer 0x{:03X} part 0x{:04X} where "
+      "the file wants manufacturer 0x{:03X} part 0x{:04X}",
+      ManufacturerOf(read), PartOf(read), ManufacturerOf(expected), PartOf(expected));
 }
 
 }  // namespace tool

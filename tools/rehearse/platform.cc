@@ -3,15 +3,32 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <string>
+#include <unordered_set>
+#include <utility>
 
 #include "driver/host.h"
 
 namespace tool {
+
+// What the driver's calls act on.
+struct PlatformState {
+  PlatformState(BoardClock &board_clock, DriverLog &driver_log)
+      : clock(board_clock), log(driver_log) {}
+
+  BoardClock &clock;
+  DriverLog &log;
+  const tvb_driver *driver = nullptr;  // that has registered
+  std::unordered_set<void *> blocks;   // of memory that the driver holds
+  Lines *lines = nullptr;
+  std::function<void()> on_tick;
+  uint32_t calls = 0;  // of the pin callbacks
+};
+
 namespace {
 
 constexpr unsigned char kFill = 0xA5;
@@ -20,8 +37,9 @@ constexpr unsigned char kFill = 0xA5;
 constexpr uint64_t kLoopsPerMicrosecond = 4295;
 
 constexpr int64_t kBadFile = -9;
+constexpr uint32_t kCallsPerTick = 1 << 18;
 
-Platform *the_platform;
+PlatformState *the_platform;
 
 // A block's size stands before it.
 struct alignas(std::max_align_t) BlockHead {
@@ -30,6 +48,32 @@ struct alignas(std::max_align_t) BlockHead {
 
 BlockHead *HeadOf(void *block) {
   return static_cast<BlockHead *>(block) - 1;
+}
+
+void *Allocate(size_t size, bool zeroed) {
+  void *memory = size > M7_ALLOC_MAX ? nullptr : std::malloc(sizeof(BlockHead) + size);
+  if (memory == nullptr) {
+    return nullptr;
+  }
+  void *block = new (memory) BlockHead{size} + 1;
+  std::memset(block, zeroed ? 0 : kFill, size);
+  the_platform->blocks.insert(block);
+  return block;
+}
+
+void Free(void *block) {
+  if (the_platform->blocks.erase(block) != 0) {
+    std::free(HeadOf(block));
+  }
+}
+
+void *Resize(void *block, size_t size, bool zeroed) {
+  void *moved = Allocate(size, zeroed);
+  if (moved != nullptr && block != nullptr) {
+    std::memcpy(moved, block, std::min(size, HeadOf(block)->size));
+    Free(block);
+  }
+  return moved;
 }
 
 std::string Format(const char *format, va_list arguments) {
@@ -43,74 +87,129 @@ std::string Format(const char *format, va_list arguments) {
   return text;
 }
 
+void Log(const std::string &text, bool whole) {
+  the_platform->log.Add(the_platform->clock.now(), text, whole);
+}
+
+// A message of the driver's is at its end when the driver goes on to something else.
+void CountCall() {
+  the_platform->log.Flush();
+  if (++the_platform->calls % kCallsPerTick == 0) {
+    the_platform->on_tick();
+  }
+}
+
+// The framework's callbacks know a line's number only.
+int Drive(u32 gpio, bool level) {
+  the_platform->lines->Write(static_cast<Line>(gpio), level);
+  CountCall();
+  return 0;
+}
+
+int DriveHigh(u32 gpio) {
+  return Drive(gpio, true);
+}
+
+int DriveLow(u32 gpio) {
+  return Drive(gpio, false);
+}
+
+int ReadLine(u32) {
+  CountCall();
+  return the_platform->lines->Read() ? 1 : 0;
+}
+
+u32 GpioOf(Line line) {
+  return static_cast<u32>(line);
+}
+
+s32 Download(const tvb_driver &driver, tvb::Bytes image) {
+  const pin_config pins = {
+      {}, GpioOf(Line::kTdi), GpioOf(Line::kTms), GpioOf(Line::kTdo), GpioOf(Line::kTck)};
+  const pin_operations operations = {{}, DriveHigh, DriveLow, ReadLine};
+  download_context context = {};
+  context.pins = &pins;
+  context.operations = &operations;
+  const auto download = reinterpret_cast<decltype(&TvbToVec)>(driver.ops[0]);
+  return download(&context, image.data(), static_cast<u32>(image.size()));
+}
+
+DriverStop StopOf(s32 code) {
+  switch (code) {
+    case RESULT_VERIFY_FAILED:
+      return DriverStop::kMismatch;
+    case RESULT_NO_MEMORY:
+      return DriverStop::kNoMemory;
+    default:
+      return DriverStop::kNothing;
+  }
+}
+
 }  // namespace
 
-Platform::Platform(BoardClock &clock, DriverLog &log) : clock_(clock), log_(log) {
-  the_platform = this;
+DriverLog::DriverLog(Sink sink) : sink_(std::move(sink)) {}
+
+void DriverLog::Add(uint64_t time, std::string_view text, bool whole) {
+  const size_t length = text.find_last_not_of("\r\n") + 1;
+  if (length == text.size() && !whole) {
+    joined_since_ = joined_.empty() ? time : joined_since_;
+    joined_ += text;
+    return;
+  }
+  Flush();
+  sink_(time, text.substr(0, length));
+}
+
+void DriverLog::FlushJoined() {
+  sink_(joined_since_, joined_);
+  joined_.clear();
+}
+
+DriverView ViewDriver() {
+  return {[] { return g_pos; }, [] { return g_chip_idcode != nullptr; }};
+}
+
+Platform::Platform(BoardClock &clock, DriverLog &log)
+    : state_(std::make_unique<PlatformState>(clock, log)) {
+  the_platform = state_.get();
 }
 
 Platform::~Platform() {
-  for (void *block : blocks_) {
+  for (void *block : state_->blocks) {
     std::free(HeadOf(block));
   }
   the_platform = nullptr;
 }
 
-// What the C functions below do with the platform that there is.
-struct PlatformAccess {
-  static BoardClock &Clock() {
-    return the_platform->clock_;
-  }
-  static void Log(const std::string &text, bool whole) {
-    the_platform->log_.Add(the_platform->clock_.now(), text, whole);
-  }
-  static const tvb_driver *&Driver() {
-    return the_platform->driver_;
-  }
-
-  static void *Allocate(size_t size, bool zeroed) {
-    void *memory = size > M7_ALLOC_MAX ? nullptr : std::malloc(sizeof(BlockHead) + size);
-    if (memory == nullptr) {
-      return nullptr;
-    }
-    void *block = new (memory) BlockHead{size} + 1;
-    std::memset(block, zeroed ? 0 : kFill, size);
-    the_platform->blocks_.insert(block);
-    return block;
-  }
-
-  static void Free(void *block) {
-    if (the_platform->blocks_.erase(block) != 0) {
-      std::free(HeadOf(block));
-    }
-  }
-
-  static void *Resize(void *block, size_t size, bool zeroed) {
-    void *moved = Allocate(size, zeroed);
-    if (moved != nullptr && block != nullptr) {
-      std::memcpy(moved, block, std::min(size, HeadOf(block)->size));
-      Free(block);
-    }
-    return moved;
-  }
-};
+DriverResult Platform::Play(Lines &lines, tvb::Bytes image, std::function<void()> on_tick) {
+  state_->lines = &lines;
+  state_->on_tick = std::move(on_tick);
+  init_module();
+  DriverResult result;
+  result.done = Download(*state_->driver, image) == DOWNLOAD_DONE;
+  result.stop = StopOf(g_stop_code);
+  result.position = g_pos;
+  cleanup_module();
+  state_->log.Flush();
+  return result;
+}
 
 }  // namespace tool
 
-using tool::PlatformAccess;
+using tool::the_platform;
 
 extern "C" {
 
 void *__kmalloc(size_t size, u32 flags) {
-  return PlatformAccess::Allocate(size, (flags & M7_GFP_ZERO) != 0);
+  return tool::Allocate(size, (flags & M7_GFP_ZERO) != 0);
 }
 
 void *krealloc(const void *block, size_t size, u32 flags) {
-  return PlatformAccess::Resize(const_cast<void *>(block), size, (flags & M7_GFP_ZERO) != 0);
+  return tool::Resize(const_cast<void *>(block), size, (flags & M7_GFP_ZERO) != 0);
 }
 
 void kfree(const void *block) {
-  PlatformAccess::Free(const_cast<void *>(block));
+  tool::Free(const_cast<void *>(block));
 }
 
 int printk(const char *format, ...) {
@@ -118,7 +217,7 @@ int printk(const char *format, ...) {
   va_start(arguments, format);
   const std::string text = tool::Format(format, arguments);
   va_end(arguments);
-  PlatformAccess::Log(text, false);
+  tool::Log(text, false);
   return static_cast<int>(text.size());
 }
 
@@ -127,31 +226,31 @@ int drv_log_record(u32 module, u32, u32, const char *format, ...) {
   va_start(arguments, format);
   const std::string text = tool::Format(format, arguments);
   va_end(arguments);
-  PlatformAccess::Log(text, module == LOG_MODULE_LOAD);
+  tool::Log(text, module == LOG_MODULE_LOAD);
   return 0;
 }
 
 s64 log_get_timestamp_ms(void) {
-  return static_cast<s64>(PlatformAccess::Clock().now() / 1000000);
+  return static_cast<s64>(the_platform->clock.now() / 1000000);
 }
 
 unsigned long long sched_clock(void) {
-  return PlatformAccess::Clock().now();
+  return the_platform->clock.now();
 }
 
 void __const_udelay(unsigned long loops) {
-  PlatformAccess::Clock().Wait(loops * 1000 / tool::kLoopsPerMicrosecond);
+  the_platform->clock.Wait(loops * 1000 / tool::kLoopsPerMicrosecond);
 }
 
 s32 cpldjtag_driver_register(struct tvb_driver *driver) {
-  PlatformAccess::Driver() = driver;
+  the_platform->driver = driver;
   return 0;
 }
 
 void cpldjtag_driver_unregister(const char *name) {
-  const tvb_driver *driver = PlatformAccess::Driver();
+  const tvb_driver *&driver = the_platform->driver;
   if (driver != nullptr && std::strcmp(driver->name, name) == 0) {
-    PlatformAccess::Driver() = nullptr;
+    driver = nullptr;
   }
 }
 

@@ -1,18 +1,70 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The kernel, the log module and the framework as a rehearsal gives them to the driver: the symbols
-// that its host library leaves undefined are in platform.cc.
+// The kernel, the log module and the framework as a rehearsal gives them to the driver, and a
+// download by the driver on them. The symbols that its host library leaves undefined are in
+// platform.cc.
 #pragma once
 
-#include <cstddef>
-#include <unordered_set>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
 
-#include "tools/rehearse/board_clock.h"
-#include "tools/rehearse/driver_log.h"
-
-struct tvb_driver;
+#include "tools/rehearse/lines.h"
+#include "tools/rehearse/playhead.h"
+#include "tvb/bytes.h"
 
 namespace tool {
+
+// What the driver hands to the kernel's log and to the log module, as messages. Records come with
+// their line ends, without, or a message in several records. One that ends its line is a message of
+// its own, and so is one of loading and unloading; others are joined, in their order, until such a
+// one comes.
+class DriverLog {
+ public:
+  // A message without its end and the board's time, in nanoseconds, at which its first record came.
+  using Sink = std::function<void(uint64_t time, std::string_view message)>;
+
+  // Every message goes to `sink`.
+  explicit DriverLog(Sink sink);
+
+  // One record as formatted. `whole`: it is a message even though it has no end.
+  void Add(uint64_t time, std::string_view text, bool whole);
+
+  // Ends the message that was joined so far, if there is one.
+  void Flush() {
+    if (!joined_.empty()) {
+      FlushJoined();
+    }
+  }
+
+ private:
+  void FlushJoined();
+
+  Sink sink_;
+  std::string joined_;
+  uint64_t joined_since_ = 0;
+};
+
+// What stopped a download.
+enum class DriverStop {
+  kNothing,
+  kMismatch,  // a comparison failed
+  kNoMemory,  // it could not hold a scan or a register
+};
+
+struct DriverResult {
+  // The driver says that it played the file; a comparison in the last record may have failed, which
+  // it does not see. If nothing has stopped it and it says no, it found the file malformed, or
+  // could not hold a header or trailer.
+  bool done = false;
+  DriverStop stop = DriverStop::kNothing;
+  uint64_t position = 0;  // of the image: the next byte that it would have read
+};
+
+// What the driver shows while it runs.
+DriverView ViewDriver();
 
 // One platform at a time: the driver's calls reach the one that exists. Memory is the host's, but
 // no block is larger than the kernel's largest, and what the driver did not ask to be zeroed is
@@ -26,23 +78,13 @@ class Platform {
   Platform(const Platform &) = delete;
   Platform &operator=(const Platform &) = delete;
 
-  // The driver that has registered with the framework; null while none has.
-  const tvb_driver *driver() const {
-    return driver_;
-  }
-
-  // Blocks of memory that the driver holds now.
-  size_t live_blocks() const {
-    return blocks_.size();
-  }
+  // Loads the driver, has it play `image` (not empty, less than 4 GiB) on `lines`, and unloads it.
+  // Its state is as at load only in a process that has not run it yet. `on_tick` is called now and
+  // then, between two calls of the driver.
+  DriverResult Play(Lines &lines, tvb::Bytes image, std::function<void()> on_tick);
 
  private:
-  friend struct PlatformAccess;
-
-  BoardClock &clock_;
-  DriverLog &log_;
-  const tvb_driver *driver_ = nullptr;
-  std::unordered_set<void *> blocks_;
+  std::unique_ptr<struct PlatformState> state_;
 };
 
 }  // namespace tool

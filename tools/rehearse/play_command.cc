@@ -1,14 +1,169 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// The command `play`: one rehearsal of a download.
+#include <fmt/format.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <cstdio>
 #include <memory>
 
 #include "tools/cli/command.h"
-#include "tools/rehearse/play.h"
+#include "tools/cli/input_file.h"
+#include "tools/cli/output_file.h"
+#include "tools/cli/report.h"
+#include "tools/rehearse/play_length.h"
+#include "tools/rehearse/rehearsal.h"
+#include "tools/rehearse/target_chain.h"
+#include "tools/rehearse/verdict.h"
 
 namespace tool {
 namespace {
 
 constexpr uint64_t kMaxIdleClocks = 1000000000000;
+
+struct PlayOptions {
+  std::string input;
+  std::string chain;  // a file that describes the target; empty: an echo
+  std::string vcd;    // files to write; empty: none
+  std::string scans;
+  std::string memory;
+  bool time = false;
+  RehearsalOptions rehearsal;
+};
+
+bool ReadNumber(const char *&at, const char *end, uint64_t &number) {
+  const std::from_chars_result result = std::from_chars(at, end, number);
+  const bool good = result.ec == std::errc() && result.ptr != at;
+  at = result.ptr;
+  return good;
+}
+
+// Reads "SCAN:BIT". None if the text is not that.
+std::optional<FailAt> ParseFailAt(const std::string &text) {
+  FailAt fail_at;
+  const char *at = text.data();
+  const char *end = at + text.size();
+  const bool good = ReadNumber(at, end, fail_at.scan) && at != end && *at++ == ':' &&
+                    ReadNumber(at, end, fail_at.bit) && at == end && fail_at.scan > 0;
+  return good ? std::optional<FailAt>(fail_at) : std::nullopt;
+}
+
+// The files that a rehearsal writes.
+class Outputs {
+ public:
+  explicit Outputs(const PlayOptions &options)
+      : vcd_(Open(options.vcd)), scans_(Open(options.scans)), memory_(Open(options.memory)) {}
+
+  // Where text for people goes.
+  static FILE *Screen(const PlayOptions &options) {
+    const bool taken = options.vcd == "-" || options.scans == "-" || options.memory == "-";
+    return taken ? stderr : stdout;
+  }
+
+  TextSink VcdSink() const {
+    return SinkOf(vcd_.get());
+  }
+  TextSink ScanSink() const {
+    return SinkOf(scans_.get());
+  }
+
+  void Finish(ChainTarget *chain) {
+    if (memory_ && chain != nullptr) {
+      memory_->Write(chain->Memory());
+    }
+    for (OutputFile *file : {vcd_.get(), scans_.get(), memory_.get()}) {
+      if (file != nullptr) {
+        file->Commit();
+      }
+    }
+  }
+
+ private:
+  static std::unique_ptr<OutputFile> Open(const std::string &path) {
+    return path.empty() ? nullptr : std::make_unique<OutputFile>(path);
+  }
+  static TextSink SinkOf(OutputFile *file) {
+    if (file == nullptr) {
+      return nullptr;
+    }
+    return [file](std::string_view text) { file->Write(text); };
+  }
+
+  std::unique_ptr<OutputFile> vcd_;
+  std::unique_ptr<OutputFile> scans_;
+  std::unique_ptr<OutputFile> memory_;
+};
+
+std::unique_ptr<ChainTarget> OpenChain(const std::string &path) {
+  if (path.empty()) {
+    return nullptr;
+  }
+  const InputFile file(path);
+  return std::make_unique<ChainTarget>(ParseChain(file.text(), file.name()), file.name());
+}
+
+// Plays, with a line that tells how far it is.
+void RunWatched(Rehearsal &rehearsal, const TvbFile &file) {
+  const bool shown = IsTerminal(STDERR_FILENO);
+  const PlayLength length = shown ? MeasurePlay(file.image(), file.header()) : PlayLength();
+  Progress progress("play", length.clocks, "clocks");
+  rehearsal.Run([&] {
+    rehearsal.playhead().CatchUp();
+    progress.Relabel(
+        fmt::format("play  record {} of {}", rehearsal.playhead().records(), length.records));
+    progress.Update(rehearsal.counts().all_clocks());
+  });
+}
+
+DriverLog::Sink LogTo(FILE *screen) {
+  return [screen](uint64_t time, std::string_view message) {
+    HideProgress();
+    fmt::print(screen, "[{:5}.{:06}] {}\n", time / 1000000000, time / 1000 % 1000000, message);
+    fflush(screen);
+  };
+}
+
+// Tells where the bit that was to be inverted has made no difference.
+void WarnOfFailAt(const Rehearsal &rehearsal, const FailAt &fail_at, const TvbFile &file,
+                  int code) {
+  if (!rehearsal.failed_as_asked()) {
+    Warning(file.name(), fmt::format("scan {} bit {} was not reached, so nothing was inverted",
+                                     fail_at.scan, fail_at.bit));
+  } else if (code == kDone) {
+    Warning(file.name(), fmt::format("scan {} bit {} was inverted, but nothing compares it",
+                                     fail_at.scan, fail_at.bit));
+  }
+}
+
+// Plays options.input and returns the exit code. The driver's log and the result are shown on
+// standard output, or on standard error where a file of the options is standard output; errors and
+// warnings on standard error. Throws Failure if a file is bad.
+int Play(const PlayOptions &options) {
+  const TvbFile file(options.input);
+  if (file.image().size() > UINT32_MAX) {
+    throw Failure("the file is too long: the driver takes less than 4 GiB", file.name());
+  }
+  const std::unique_ptr<ChainTarget> chain = OpenChain(options.chain);
+  Outputs outputs(options);
+  FILE *const screen = Outputs::Screen(options);
+
+  Rehearsal rehearsal(file.image(), file.header(), chain.get(), options.rehearsal,
+                      {LogTo(screen), outputs.VcdSink(), outputs.ScanSink()});
+  RunWatched(rehearsal, file);
+  outputs.Finish(chain.get());
+  const int code = TellVerdict(rehearsal, file);
+  if (options.rehearsal.fail_at) {
+    WarnOfFailAt(rehearsal, *options.rehearsal.fail_at, file, code);
+  }
+  fmt::print(screen, "{}", Summary(rehearsal, code));
+  if (options.time) {
+    fmt::print(screen, "{}",
+               TimeTable(rehearsal.counts(), rehearsal.clock(), options.rehearsal.pin_ns));
+  }
+  return code;
+}
 
 std::string CheckFailAt(const std::string &text) {
   return ParseFailAt(text) ? "" : "expected SCAN:BIT, scans from 1 and bits from 0, as in 12:31";
@@ -34,13 +189,13 @@ void AddRest(CLI::App &play, PlayOptions &options, std::string &fail_at) {
                   "Invert one bit that is read: of a scan of the file, from 1, a bit, from 0")
       ->check(CheckFailAt)
       ->type_name("SCAN:BIT");
-  play.add_option("--vcd-idle", options.vcd_idle,
+  play.add_option("--vcd-idle", options.rehearsal.vcd_idle,
                   "Draw at most this many clocks of each stay in Run-Test/Idle; 0 draws all")
       ->capture_default_str()
       ->check(CLI::Range(uint64_t{0}, kMaxIdleClocks).description(""))
       ->type_name("CLOCKS");
   play.add_flag("--time", options.time, "Print what the download takes on a board");
-  AddPinTime(play, options.pin_ns);
+  AddPinTime(play, options.rehearsal.pin_ns);
 }
 
 }  // namespace
@@ -52,7 +207,7 @@ void AddPlay(CLI::App &app, Invocation &invocation) {
   AddFiles(*play, invocation, *options);
   AddRest(*play, *options, *fail_at);
   play->callback([options, fail_at, &invocation] {
-    options->fail_at = ParseFailAt(*fail_at);
+    options->rehearsal.fail_at = ParseFailAt(*fail_at);
     invocation.run = [options] { return Play(*options); };
   });
 }

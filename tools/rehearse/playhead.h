@@ -8,7 +8,7 @@
 #include <functional>
 #include <optional>
 
-#include "tools/rehearse/lines.h"
+#include "tools/rehearse/scan.h"
 #include "tvb/bytes.h"
 #include "tvb/play_order.h"
 
@@ -21,43 +21,17 @@ struct DriverView {
                                        // its own
 };
 
-// A scan of the file while it is on the lines.
-struct FileScan {
-  uint64_t number = 0;  // the file's scans in the order of playing, from 1
-  tvb::PlayedRecord played;
-  uint32_t header = 0;  // bits shifted before and after the record's own
-  uint32_t trailer = 0;
-  tvb::Buffer tdo;   // both empty unless the record has them; the order of bits is told at
-  tvb::Buffer mask;  // tvb::Bytes
-
-  uint32_t bits() const {
-    return played.record.bits();
-  }
-
-  // Number of the record's bit of which `bit` is the number on the wire, header included; none for
-  // a bit of header or trailer.
-  std::optional<uint32_t> OwnBit(uint64_t bit) const;
-
-  // Whether the driver compares a bit of the record, and with what.
-  bool Compares(uint32_t bit) const;
-  bool Expected(uint32_t bit) const;
-
-  // Whether it compares any.
-  bool ComparesAny() const;
-};
-
-// Follows the driver through the records. A scan begins where the TAP leaves Run-Test/Idle; every
-// SIR and SDR record is one.
-class Playhead : public ScanWatcher {
+// Follows the driver through the records. Every SIR and SDR record is one scan.
+class Playhead {
  public:
   // The image stays the caller's, as in tvb::PlayOrder; its header has no fault.
   Playhead(tvb::Bytes image, const tvb::HeaderView &header, DriverView driver);
 
-  void Entered(TapState state) override;
-  void Shifted(bool, bool) override {}
-  void Read(bool) override {}
+  // A scan begins: the TAP has left Run-Test/Idle. Returns what scan() is from now on.
+  const FileScan *BeginScan();
 
   // The scan that is on the lines or was the last on them; null if it was not one of the file's.
+  // It is good until the next one begins.
   const FileScan *scan() const {
     return scan_ ? &*scan_ : nullptr;
   }
@@ -91,23 +65,16 @@ class Playhead : public ScanWatcher {
   void CatchUp();
 
   // Goes on to the next record in the order of playing; none at the end.
-  std::optional<tvb::PlayedRecord> Skip();
-
-  // The header and trailer registers in force at the record given last.
-  const tvb::PadBits &pads() const {
-    return order_.pads();
-  }
+  std::optional<tvb::PlayedRecord> Next();
 
  private:
-  void BeginScan();
   std::optional<tvb::PlayedRecord> GoTo(uint64_t position, bool only_shifts);
-  void Load(const tvb::PlayedRecord &played);
+  FileScan ScanOf(const tvb::PlayedRecord &played);
   void Count();
 
   tvb::Bytes image_;
   tvb::PlayOrder order_;
   DriverView driver_;
-  TapState state_ = TapState::kTestLogicReset;
   std::optional<FileScan> scan_;
   uint64_t scans_ = 0;
   uint64_t compared_scans_ = 0;

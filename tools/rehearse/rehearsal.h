@@ -5,22 +5,30 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 
-#include "tools/rehearse/board_clock.h"
-#include "tools/rehearse/driver_log.h"
-#include "tools/rehearse/driver_run.h"
 #include "tools/rehearse/lines.h"
 #include "tools/rehearse/mismatch.h"
-#include "tools/rehearse/play.h"
+#include "tools/rehearse/platform.h"
 #include "tools/rehearse/playhead.h"
-#include "tools/rehearse/scan_text.h"
-#include "tools/rehearse/target_chain.h"
-#include "tools/rehearse/target_echo.h"
-#include "tools/rehearse/vcd.h"
+#include "tools/rehearse/target.h"
+#include "tools/rehearse/trace.h"
+#include "tvb/bytes.h"
+#include "tvb/record_view.h"
 
 namespace tool {
+
+// A bit that reads inverted: of a scan of the file, from 1, the bit of its record, from 0.
+struct FailAt {
+  uint64_t scan = 0;
+  uint64_t bit = 0;
+};
+
+struct RehearsalOptions {
+  std::optional<FailAt> fail_at;
+  uint64_t vcd_idle = 0;  // clocks of a stay in Run-Test/Idle that are drawn; 0: all
+  double pin_ns = 100;    // what a pin call takes
+};
 
 // Where the results of a rehearsal go; empty where they are not wanted.
 struct RehearsalSinks {
@@ -33,12 +41,11 @@ struct RehearsalSinks {
 // caller's.
 class Rehearsal {
  public:
-  // `chain` null: the target is an echo. The header is that of `image` and has no fault. Of the
-  // options those that name files are not looked at.
-  Rehearsal(tvb::Bytes image, const tvb::HeaderView &header, ChainTarget *chain,
-            const PlayOptions &options, RehearsalSinks sinks);
+  // `chain` null: the target is an echo. The header is that of `image` and has no fault.
+  Rehearsal(tvb::Bytes image, const tvb::HeaderView &header, Target *chain,
+            const RehearsalOptions &options, const RehearsalSinks &sinks);
 
-  // Plays the image. `on_tick` is called now and then, with the lines at rest.
+  // Plays the image. `on_tick` is called now and then, between two calls of the driver.
   void Run(const std::function<void()> &on_tick);
 
   // Good after Run().
@@ -49,59 +56,38 @@ class Rehearsal {
     return mismatch_;
   }
 
-  // Clock and counts as the driver left them.
-  const BoardClock &clock() const {
-    return clock_at_end_;
-  }
-  const LineCounts &counts() const {
-    return counts_at_end_;
-  }
-
   // The bit that was to be inverted was there, or none was to be.
   bool failed_as_asked() const {
     return !flipped_ || flipped_->was_there();
   }
 
+  const BoardClock &clock() const {
+    return clock_;
+  }
+  const LineCounts &counts() const {
+    return lines_.counts();
+  }
   Playhead &playhead() {
     return playhead_;
   }
-  const LineCounts &counts_now() const {
-    return lines_.counts();
-  }
 
  private:
-  // A line of the log is at its end when the driver goes on to something else.
-  class LogFlush : public ScanWatcher {
-   public:
-    explicit LogFlush(DriverLog &log) : log_(log) {}
-    void Entered(TapState) override {
-      log_.Flush();
-    }
-    void Shifted(bool, bool) override {}
-    void Read(bool) override {}
+  void Watch(const RehearsalOptions &options, const RehearsalSinks &sinks);
+  void FinishTraces();
+  void ExplainMismatch();
 
-   private:
-    DriverLog &log_;
-  };
-
-  void WatchAll(const RehearsalSinks &sinks, const PlayOptions &options);
-  void EndWatching();
-
+  tvb::Bytes image_;
   BoardClock clock_;
   DriverLog log_;
-  LogFlush log_flush_;
-  Lines lines_;
   Playhead playhead_;
-  TdoWatch tdo_;
-  std::unique_ptr<EchoTarget> echo_;
-  std::unique_ptr<FlippedTarget> flipped_;
-  std::unique_ptr<Vcd> vcd_;
-  std::unique_ptr<ScanText> scan_text_;
-  tvb::Bytes image_;
+  Lines lines_;
+  EchoTarget echo_;
+  std::optional<FlippedTarget> flipped_;
+  Target *target_;
+  std::optional<Vcd> vcd_;
+  std::optional<ScanList> scans_;
   DriverResult result_;
   std::optional<Mismatch> mismatch_;
-  BoardClock clock_at_end_;
-  LineCounts counts_at_end_;
 };
 
 }  // namespace tool
