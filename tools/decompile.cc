@@ -12,12 +12,11 @@
 #include "tools/cli/command.h"
 #include "tools/cli/report.h"
 #include "tools/cli/text.h"
-#include "tvb/check_time.h"
 #include "tvb/checker.h"
-#include "tvb/clock_rate.h"
 #include "tvb/play_order.h"
+#include "tvb/player.h"
 #include "tvb/reader.h"
-#include "tvb/run_test.h"
+#include "tvb/record.h"
 #include "tvb/text.h"
 
 namespace tool {
@@ -252,7 +251,7 @@ class Decompiler {
 
   // True if the record's one cycle only makes up for what two fields of a time round off.
   bool IsTimeAlone(const tvb::RecordView &record, const RunTestSum &sum) const {
-    if (sum.cycles != 1 || sum.microseconds > tvb::kLongestTime) {
+    if (sum.cycles != 1 || sum.microseconds > tvb::kMaxTime) {
       return false;
     }
     const tvb::Buffer body = tvb::RunTestBody(sum.microseconds, 0, false);

@@ -9,9 +9,6 @@
 namespace tvb {
 namespace {
 
-constexpr uint64_t kWalkOfSir = 6;  // clocks around an instruction register's bits
-constexpr uint64_t kWalkOfSdr = 5;
-
 std::string Place(const FieldView &field) {
   return std::string(TagName(field.tag)) + " data";
 }
@@ -89,13 +86,13 @@ void CheckCompared(Bytes image, const RecordView &record, Findings &findings) {
 }
 
 bool CheckHeld(const RecordView &record, uint64_t clocks, Findings &findings) {
-  if (clocks <= kMostClocks) {
+  if (clocks <= kMaxScanClocks) {
     return true;
   }
   findings.Broken(record, record.value->offset,
                   std::string(OpcodeName(record.opcode)) + " of " + Count(record.bits(), "bit") +
                       " takes " + std::to_string(clocks) + " clocks in all, but the player holds " +
-                      std::to_string(kMostClocks) + "; split it");
+                      std::to_string(kMaxScanClocks) + "; split it");
   return false;
 }
 
@@ -110,7 +107,7 @@ bool CheckRegisterLength(const RecordView &record, Findings &findings) {
 }
 
 void CheckShift(Bytes image, const RecordView &record, const PadBits &pads, Findings &findings) {
-  if (!CheckHeld(record, ShiftClocks(record, pads), findings)) {
+  if (!CheckHeld(record, ScanClocks(record, pads), findings)) {
     return;
   }
   // The last bit carries the TMS level that leaves Shift; with no bit at all there is none to do
@@ -150,11 +147,6 @@ bool CheckPad(const RecordView &record, Findings &findings) {
 }
 
 }  // namespace
-
-uint64_t ShiftClocks(const RecordView &record, const PadBits &pads) {
-  return static_cast<uint64_t>(record.bits()) + pads.header(record.opcode) +
-         pads.trailer(record.opcode) + (record.opcode == kSir ? kWalkOfSir : kWalkOfSdr);
-}
 
 bool CheckData(Bytes image, const RecordView &record, const PadBits &pads, Findings &findings) {
   if (!CheckRegisterLength(record, findings) || !CheckBlocks(record, findings)) {

@@ -4,28 +4,10 @@
 #include <algorithm>
 #include <string>
 
-#include "tvb/check_data.h"
 #include "tvb/text.h"
 
 namespace tvb {
 namespace {
-
-constexpr uint8_t kBypass = 0xFF;
-constexpr uint64_t kInstructionBits = 8;
-
-ChainPlace ChainOfInstructions(const Buffer &instructions) {
-  ChainPlace place;
-  bool target_seen = false;
-  // What went in last is nearest to TDI.
-  for (auto byte = instructions.rbegin(); byte != instructions.rend(); ++byte) {
-    if (*byte != kBypass) {
-      target_seen = true;
-    } else {
-      ++(target_seen ? place.after : place.before);
-    }
-  }
-  return place;
-}
 
 std::string PlaceText(const ChainPlace &place) {
   return Count(place.before, "device") + " before the target and " + std::to_string(place.after) +
@@ -45,22 +27,6 @@ std::string NamesOfSet(const PadBits &pads) {
 }
 
 }  // namespace
-
-ChainPlace ChainOfFirstRecord(Bytes image, const RecordView &record) {
-  ChainPlace place;
-  if (record.fault) {
-    return place;
-  }
-  if (record.opcode == kTdr) {
-    place.before = record.bits();
-  } else if (record.opcode == kHdr) {
-    place.after = record.bits();
-  } else if (record.opcode == kSir && record.bits() <= kMostClocks && !record.fields.empty() &&
-             record.fields.front().tag == kTagTdi) {
-    place = ChainOfInstructions(DecodeBlock(image, *record.fields.front().block));
-  }
-  return place;
-}
 
 void LoopCheck::Loop(const RecordView &record) {
   if (open_) {
@@ -94,7 +60,7 @@ void LoopCheck::EndOfFile() {
 }
 
 void ChainCheck::First(Bytes image, const RecordView &record) {
-  told_ = ChainOfFirstRecord(image, record);
+  told_ = PlaceToldBy(image, record);
 }
 
 void ChainCheck::Pad(const RecordView &record) {
@@ -102,8 +68,8 @@ void ChainCheck::Pad(const RecordView &record) {
   if (record.bits() == 0) {
     return;
   }
-  used_.before = std::max<uint64_t>({used_.before, pads_.tdr, pads_.tir / kInstructionBits});
-  used_.after = std::max<uint64_t>({used_.after, pads_.hdr, pads_.hir / kInstructionBits});
+  used_.before = std::max({used_.before, pads_.tdr, pads_.tir / kInstructionBits});
+  used_.after = std::max({used_.after, pads_.hdr, pads_.hir / kInstructionBits});
   last_pad_ = record;
   if (!first_pad_) {
     first_pad_ = record;

@@ -8,25 +8,10 @@
 
 #include "tvb/bytes.h"
 #include "tvb/finding.h"
-#include "tvb/play_order.h"
+#include "tvb/player.h"
 #include "tvb/record_view.h"
 
 namespace tvb {
-
-// Where the target sits in the chain.
-struct ChainPlace {
-  uint64_t before = 0;  // devices between TDI and the target
-  uint64_t after = 0;   // devices between the target and TDO
-
-  friend bool operator==(const ChainPlace &a, const ChainPlace &b) {
-    return a.before == b.before && a.after == b.after;
-  }
-};
-
-// What the player takes from the first record, which is all that it looks at for that: the
-// instructions of an SIR, each BYPASS (all ones) standing for a device, or the bits of a TDR or
-// HDR.
-ChainPlace ChainOfFirstRecord(Bytes image, const RecordView &record);
 
 // Loops do not nest: the player has one counter.
 class LoopCheck {

@@ -3,52 +3,9 @@
 
 #include <string>
 
-#include "tvb/run_test.h"
 #include "tvb/text.h"
 
 namespace tvb {
-namespace {
-
-constexpr int64_t kOffset = 10;
-constexpr int64_t kMarker = 32768;
-constexpr uint64_t kDefaultHz = 1000000;
-
-RunTestField Time(int64_t stored) {
-  RunTestField field;
-  field.valid = stored >= kOffset;
-  if (field.valid && stored - kOffset > kMarker) {
-    field.milliseconds = static_cast<uint64_t>(stored - kOffset - kMarker);
-  } else if (field.valid) {
-    field.microseconds = static_cast<uint64_t>(stored - kOffset);
-  }
-  return field;
-}
-
-RunTestField Cycles(int64_t stored) {
-  RunTestField field;
-  int64_t cycles = (stored > kMarker ? stored - kMarker : stored) - kOffset;
-  field.valid = cycles >= 0;
-  field.cycles = field.valid ? static_cast<uint64_t>(cycles) : 0;
-  return field;
-}
-
-}  // namespace
-
-RunTestField ReadRunTestField(const FieldView &field) {
-  if (!field.number || field.number->value < 0 || field.number->lossy) {
-    return {};
-  }
-  return field.tag == kTagTime ? Time(field.number->value) : Cycles(field.number->value);
-}
-
-uint64_t ClocksOf(const RecordView &record, uint64_t hz) {
-  uint64_t clocks = 0;
-  for (const FieldView &view : record.fields) {
-    RunTestField field = ReadRunTestField(view);
-    clocks += hz * field.milliseconds / 1000 + hz * field.microseconds / 1000000 + field.cycles;
-  }
-  return clocks;
-}
 
 void TimeCheck::Frequency(const RecordView &record) {
   const NumberView &number = *record.value;
@@ -67,7 +24,6 @@ void TimeCheck::Frequency(const RecordView &record) {
                                std::to_string(*exact) +
                                " Hz stays in force; put a FREQUENCY 0 before it");
   }
-  cleared_ = cleared_ || hz == 0;
   rate_.Set(hz);
 }
 
@@ -87,13 +43,13 @@ void TimeCheck::RunTest(const RecordView &record) {
   if (!CheckFields(record)) {
     return;
   }
-  uint64_t hz = rate_.Highest().value_or(kDefaultHz);
-  uint64_t clocks = ClocksOf(record, hz);
-  if (clocks > kMostCycles) {
+  uint64_t hz = rate_.Clocked();
+  uint64_t clocks = RunTestClocks(record, hz);
+  if (clocks > kMaxCycles) {
     findings_.Broken(record, record.offset,
                      "a run-test of " + std::to_string(clocks) + " clocks at " +
                          std::to_string(hz) + " Hz; the player counts to " +
-                         std::to_string(kMostCycles) + ", write several");
+                         std::to_string(kMaxCycles) + ", write several");
   }
 }
 
@@ -125,7 +81,7 @@ bool TimeCheck::CheckFields(const RecordView &record) {
 }
 
 void TimeCheck::CheckCarryOver(const RecordView &record) {
-  if (cleared_ || told_carry_over_) {
+  if (rate_.certain() || told_carry_over_) {
     return;
   }
   told_carry_over_ = true;

@@ -1,27 +1,20 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tvb/play_order.h"
 
-namespace tvb {
+#include <algorithm>
 
-void PadBits::Apply(const RecordView &record) {
-  switch (record.opcode) {
-    case kHir:
-      hir = record.bits();
-      break;
-    case kTir:
-      tir = record.bits();
-      break;
-    case kHdr:
-      hdr = record.bits();
-      break;
-    case kTdr:
-      tdr = record.bits();
-      break;
-  }
+namespace tvb {
+namespace {
+
+// How often the body of a loop is played.
+uint64_t PassesOf(const RecordView &loop) {
+  return static_cast<uint64_t>(std::max(static_cast<int32_t>(loop.bits()), 1));
 }
 
-PlayOrder::PlayOrder(Bytes image, const HeaderView &header)
-    : image_(image), plain_(header.plain()), position_(header.size) {}
+}  // namespace
+
+PlayOrder::PlayOrder(Bytes image, const HeaderView &header, const Player &player)
+    : image_(image), plain_(header.plain()), position_(header.size), player_(player) {}
 
 std::optional<PlayedRecord> PlayOrder::Next() {
   if (faulted_ || position_ >= image_.size() || image_[static_cast<size_t>(position_)] != '^') {
@@ -33,7 +26,7 @@ std::optional<PlayedRecord> PlayOrder::Next() {
   faulted_ = record.fault.has_value();
   position_ = record.end;
   if (!faulted_) {
-    pads_.Apply(record);
+    played.clocks = player_.Play(record);
   }
   played.step = ++step_;
   played.loop = record.opcode == kLoop ? 0 : loop_;
@@ -48,7 +41,7 @@ std::optional<PlayedRecord> PlayOrder::Next() {
 void PlayOrder::FollowLoop(const RecordView &record) {
   if (record.opcode == kLoop) {
     counter_ = static_cast<int32_t>(record.bits());
-    passes_ = counter_ < 1 ? 1 : static_cast<uint64_t>(counter_);
+    passes_ = PassesOf(record);
     loop_start_ = position_;
     loop_index_ = record.index;
     loop_ = record.index;
@@ -59,6 +52,27 @@ void PlayOrder::FollowLoop(const RecordView &record) {
   } else if (record.opcode == kEndLoop) {
     loop_ = 0;
   }
+}
+
+PlayLength MeasurePlay(Bytes image, const HeaderView &header) {
+  Player player;
+  PlayLength length;
+  PlayLength loop_start;
+  uint64_t passes = 1;
+  Reader reader(image, header);
+  while (const std::optional<RecordView> record = reader.Next()) {
+    ++length.records;
+    length.clocks += record->fault ? 0 : player.Play(*record);
+    if (record->opcode == kLoop) {
+      loop_start = length;
+      passes = PassesOf(*record);
+    } else if (record->opcode == kEndLoop) {
+      length.clocks += (length.clocks - loop_start.clocks) * (passes - 1);
+      length.records += (length.records - loop_start.records) * (passes - 1);
+      passes = 1;
+    }
+  }
+  return length;
 }
 
 }  // namespace tvb

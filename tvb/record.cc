@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tvb/record.h"
 
+#include <algorithm>
 #include <string>
 
 #include "tvb/error.h"
 #include "tvb/number.h"
+#include "tvb/player.h"
 
 namespace tvb {
 namespace {
@@ -40,6 +42,40 @@ void AppendField(Buffer &body, Tag tag, Bytes data, const BlockFormat &format) {
   } else {
     Append(body, EncodeBlock(data, format.choice));
   }
+}
+
+constexpr uint8_t kRuns = 1;
+constexpr uint8_t kDoesNotRun = 0;
+
+RunTestField Split(uint64_t microseconds, uint64_t cycles, bool whole_kilohertz) {
+  RunTestField fields;
+  fields.cycles = cycles;
+  if (microseconds <= kMaxMicroseconds) {
+    fields.microseconds = microseconds;
+    return fields;
+  }
+  fields.milliseconds = microseconds / 1000;
+  fields.microseconds = microseconds % 1000;
+  if (fields.microseconds != 0 && !whole_kilohertz) {
+    ++fields.cycles;
+  }
+  return fields;
+}
+
+void CheckRunTest(uint64_t microseconds, uint64_t cycles) {
+  if (microseconds > kMaxTime) {
+    throw Error("a run-test of " + std::to_string(microseconds) +
+                " microseconds does not fit into a record; write several run-tests");
+  }
+  if (cycles > kMaxCycles) {
+    throw Error("a run-test of " + std::to_string(cycles) +
+                " cycles is more than the player can count; write several run-tests");
+  }
+}
+
+void AppendNumberField(Buffer &body, Tag tag, uint32_t stored) {
+  body.push_back(tag);
+  AppendNumber(body, stored);
 }
 
 }  // namespace
@@ -82,6 +118,35 @@ Buffer NumberBody(uint32_t value) {
   Buffer body;
   AppendNumber(body, value);
   return body;
+}
+
+Buffer RunTestBody(uint64_t microseconds, uint64_t cycles, bool whole_kilohertz) {
+  const RunTestField fields = Split(microseconds, cycles, whole_kilohertz);
+  CheckRunTest(microseconds, fields.cycles);
+  Buffer body = {kRuns};
+  if (fields.milliseconds > 0) {
+    AppendNumberField(body, kTagTime, StoredMilliseconds(fields.milliseconds));
+  }
+  if (fields.microseconds > 0) {
+    AppendNumberField(body, kTagTime, StoredMicroseconds(fields.microseconds));
+  }
+  if (fields.cycles > 0 || microseconds == 0) {
+    const uint64_t first = std::min(fields.cycles, kMaxFieldCycles);
+    AppendNumberField(body, kTagCycles, StoredCycles(first));
+    if (fields.cycles > first) {
+      AppendNumberField(body, kTagCycles, StoredCycles(fields.cycles - first));
+    }
+  }
+  body.push_back(kTagEnd);
+  return body;
+}
+
+uint64_t RunTestClocks(uint64_t microseconds, uint64_t cycles, bool whole_kilohertz, uint32_t hz) {
+  return RunTestClocks(Split(microseconds, cycles, whole_kilohertz), hz);
+}
+
+Buffer IdleRunTestBody() {
+  return {kDoesNotRun};
 }
 
 }  // namespace tvb

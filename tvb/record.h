@@ -73,4 +73,22 @@ Buffer PadBody(uint32_t bits, Bytes data);
 // The body of a record that is one number.
 Buffer NumberBody(uint32_t value);
 
+// The body of a run-test of `microseconds` and then `cycles` more; either may be 0. The player adds
+// up the clocks of both.
+//
+// Every number of cycles is exact. A time longer than kMaxMicroseconds that is no whole number of
+// milliseconds takes two fields. Since the player rounds the clocks of each down, two of them could
+// give one clock less than the whole time would; one cycle is added there, unless
+// `whole_kilohertz`, when nothing is lost. So a time is never cut short. The limits stand in
+// player.h.
+//
+// Throws Error for more than kMaxCycles or a longer time than kMaxTime.
+Buffer RunTestBody(uint64_t microseconds, uint64_t cycles, bool whole_kilohertz);
+
+// The clocks that the player makes of that body at a frequency of `hz`.
+uint64_t RunTestClocks(uint64_t microseconds, uint64_t cycles, bool whole_kilohertz, uint32_t hz);
+
+// The body of a run-test that does not run: it drives no line and changes nothing.
+Buffer IdleRunTestBody();
+
 }  // namespace tvb

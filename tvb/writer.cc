@@ -5,22 +5,8 @@
 #include <utility>
 
 #include "tvb/number.h"
-#include "tvb/run_test.h"
 
 namespace tvb {
-namespace {
-
-constexpr uint8_t kBypass = 0xFF;
-
-uint8_t LeastSignificantFirst(uint8_t byte) {
-  uint8_t mirrored = 0;
-  for (int bit = 0; bit < 8; ++bit) {
-    mirrored = static_cast<uint8_t>(mirrored << 1 | (byte >> bit & 1));
-  }
-  return mirrored;
-}
-
-}  // namespace
 
 Writer::Writer(const FileHeader &header) {
   format_.plain = header.compression == kPlainBlocks;
@@ -36,21 +22,18 @@ void Writer::Encode(const BlockChoice &choice) {
 }
 
 void Writer::Opening(uint32_t before, uint32_t after, uint8_t instruction) {
-  constexpr uint32_t kMostDevices = kLargestNumber / 8;
+  constexpr uint32_t kMaxDevices = kLargestNumber / kInstructionBits;
   if (!empty_) {
     throw Error("the player looks for the target in the first record only; open the file with it");
   }
   if (instruction == kBypass) {
     throw Error("the target's instruction must differ from BYPASS (0xFF); take IDCODE");
   }
-  if (before >= kMostDevices || after >= kMostDevices - before) {
+  if (before >= kMaxDevices || after >= kMaxDevices - before) {
     throw Error("a chain of so many devices does not fit into a shift");
   }
-  // What goes out first ends up in the device nearest to TDO.
-  Buffer chain(after, kBypass);
-  chain.push_back(LeastSignificantFirst(instruction));
-  chain.resize(chain.size() + before, kBypass);
-  Sir(static_cast<uint32_t>(8 * chain.size()), chain);
+  const Buffer chain = OpeningData({before, after}, instruction);
+  Sir(static_cast<uint32_t>(kInstructionBits * chain.size()), chain);
 }
 
 void Writer::Sir(uint32_t bits, Bytes tdi, Bytes tdo, Bytes mask) {
@@ -92,10 +75,10 @@ void Writer::RunTest(uint64_t cycles, std::chrono::microseconds time) {
   ClockRate rate = rate_;
   rate.Run();
   // A later pass of a loop may run at another frequency than the first.
-  bool whole_kilohertz = !in_loop_ && rate.Exact() && *rate.Exact() % 1000 == 0;
+  bool whole_kilohertz = !in_loop_ && rate.Exact() && IsWholeKilohertz(*rate.Exact());
   Buffer body = RunTestBody(microseconds, cycles, whole_kilohertz);
   if (rate.Highest() &&
-      RunTestClocks(microseconds, cycles, whole_kilohertz, *rate.Highest()) > kMostCycles) {
+      RunTestClocks(microseconds, cycles, whole_kilohertz, *rate.Highest()) > kMaxCycles) {
     throw Error("the run-test takes more clocks at " + std::to_string(*rate.Highest()) +
                 " Hz than the player can count; write several run-tests");
   }

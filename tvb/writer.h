@@ -7,9 +7,9 @@
 #include <cstdint>
 
 #include "tvb/bytes.h"
-#include "tvb/clock_rate.h"
 #include "tvb/error.h"
 #include "tvb/header.h"
+#include "tvb/player.h"
 #include "tvb/record.h"
 
 namespace tvb {
@@ -36,7 +36,7 @@ class Writer {
   // its least significant bit goes out first. It should do no harm, as IDCODE; 0xE0 makes the
   // player read the IDCODE with that instruction from now on. 0xFF could not be told from BYPASS:
   // Error.
-  void Opening(uint32_t before, uint32_t after, uint8_t instruction = 6);
+  void Opening(uint32_t before, uint32_t after, uint8_t instruction = kIdcode);
 
   // Shifts of the instruction or the data register: `bits` bits of `tdi`. TDO is compared with
   // `tdo` where `mask` has a 1; without a mask nothing is compared. An empty argument is absent.

@@ -2,8 +2,8 @@
 //
 // Checks any bytes. Findings lie in the file and say something, and their numbers add up.
 #include "fuzz/fuzz.h"
-#include "tools/rehearse/play_length.h"
 #include "tvb/checker.h"
+#include "tvb/play_order.h"
 #include "tvb/reader.h"
 
 namespace {
@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
                   "check and reader agree on the records of a good file");
   }
   if (result.is_tvb) {
-    tool::MeasurePlay(image, header);
+    tvb::MeasurePlay(image, header);
   }
   return 0;
 }

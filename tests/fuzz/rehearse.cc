@@ -4,9 +4,9 @@
 #include "fuzz/fresh_driver.h"
 #include "fuzz/fuzz.h"
 #include "host/fuzz_budget.h"
-#include "tools/rehearse/play_length.h"
 #include "tools/rehearse/verdict.h"
 #include "tvb/checker.h"
+#include "tvb/play_order.h"
 #include "tvb/reader.h"
 
 namespace fuzz {
@@ -20,7 +20,7 @@ constexpr uint64_t kMaxRecords = 2000;
 // The length is that of the records as they are read; spoiled ones may lead the driver, which looks
 // at the first of them twice, astray.
 bool IsLong(tvb::Bytes image) {
-  const tool::PlayLength length = tool::MeasurePlay(image, tvb::ReadHeader(image));
+  const tvb::PlayLength length = tvb::MeasurePlay(image, tvb::ReadHeader(image));
   return length.clocks > kMaxClocks || length.records > kMaxRecords ||
          Budget(std::vector<uint8_t>(image.begin(), image.end())).cost() > 10 * kMaxClocks;
 }

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "play_bench.h"
-#include "tools/rehearse/play_length.h"
+#include "tvb/play_order.h"
 
 namespace {
 
@@ -207,7 +207,7 @@ TEST(PlayLength, CountsClocksAsTheyArePlayed) {
   writer.EndLoop();
   writer.ClearPads();
   const tvb::Buffer image = writer.Finish();
-  const tool::PlayLength length = tool::MeasurePlay(image, tvb::ReadHeader(image));
+  const tvb::PlayLength length = tvb::MeasurePlay(image, tvb::ReadHeader(image));
   EXPECT_EQ(length.clocks, 17 + 1100 + 10 * 52u);
   EXPECT_EQ(length.records, 2 + 1 + 1 + 1 + 1 + 10 * 3 + 4 + 1u);
 }

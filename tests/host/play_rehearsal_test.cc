@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "play_bench.h"
-#include "tools/rehearse/play_length.h"
 #include "tools/rehearse/target_chain.h"
+#include "tvb/play_order.h"
 
 namespace {
 
@@ -98,7 +98,7 @@ TEST(PlayRehearsal, TakesTheClocksAndTheTimeThatTheFileAsksFor) {
   for (const uint64_t of_state : played.rehearsal.counts().clocks) {
     clocks += of_state;
   }
-  EXPECT_EQ(clocks, kOwnClocks + tool::MeasurePlay(played.image, played.header).clocks);
+  EXPECT_EQ(clocks, kOwnClocks + tvb::MeasurePlay(played.image, played.header).clocks);
   // At 1 MHz and 2 us a clock nothing is left to wait for but what is always added.
   EXPECT_EQ(played.rehearsal.clock().waited(), 0u);
   Played fast(ProgramFile(), nullptr, std::nullopt, 1);

@@ -8,7 +8,8 @@
 
 #include "host.h"
 #include "tools/compile/run_test_plan.h"
-#include "tvb/run_test.h"
+#include "tvb/player.h"
+#include "tvb/record.h"
 
 namespace {
 
@@ -34,7 +35,7 @@ uint64_t DriverMicroseconds(uint64_t clocks, uint32_t hz) {
 void Check(uint64_t count, const svf::Decimal &seconds, uint32_t hz) {
   const auto plan = tool::PlanRunTest(count, seconds, hz);
   ASSERT_TRUE(plan);
-  if (plan->clocks == 0 || plan->clocks > tvb::kMostCycles) {
+  if (plan->clocks == 0 || plan->clocks > tvb::kMaxCycles) {
     return;
   }
   const tvb::Buffer body = plan->microseconds > 0

@@ -8,7 +8,6 @@
 #include "shim.h"
 #include "tvb/block.h"
 #include "tvb/number.h"
-#include "tvb/run_test.h"
 #include "tvb/writer.h"
 #include "tvb_data.h"
 

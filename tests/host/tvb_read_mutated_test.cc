@@ -5,9 +5,9 @@
 
 #include <random>
 
-#include "tvb/check_data.h"
 #include "tvb/checker.h"
 #include "tvb/play_order.h"
+#include "tvb/player.h"
 #include "tvb/writer.h"
 #include "tvb_data.h"
 
@@ -59,7 +59,7 @@ uint64_t PlayThrough(const Buffer &file, const tvb::HeaderView &header) {
     }
     EXPECT_LE(played->pass, played->passes);
     for (const tvb::FieldView &field : played->record.fields) {
-      if (field.block && played->record.bits() <= tvb::kMostClocks) {
+      if (field.block && played->record.bits() <= tvb::kMaxScanClocks) {
         bytes += tvb::DecodeBlock(file, *field.block).size();
       }
     }

@@ -5,7 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "tvb/error.h"
-#include "tvb/run_test.h"
+#include "tvb/player.h"
+#include "tvb/record.h"
 #include "tvb_reference.h"
 
 namespace {
@@ -38,7 +39,7 @@ TEST(TvbRunTest, EveryNumberOfCyclesIsExact) {
   for (uint64_t around : {0ull, 100ull, 32758ull, 32768ull, 65526ull, 65536ull, 1ull << 24,
                           0x7FFFFFFFull - 32778, 0x7FFFFFFFull - 10}) {
     for (uint64_t cycles = around < 15 ? 0 : around - 15; cycles < around + 15; ++cycles) {
-      if (cycles <= tvb::kMostCycles) {
+      if (cycles <= tvb::kMaxCycles) {
         EXPECT_EQ(Clocks(RunTestBody(0, cycles, true), 1000000), cycles);
       }
     }
@@ -49,7 +50,7 @@ TEST(TvbRunTest, EveryNumberOfCyclesIsExact) {
 }
 
 TEST(TvbRunTest, ManyCyclesTakeTwoFields) {
-  EXPECT_EQ(RunTestBody(0, tvb::kMostCycles, true),
+  EXPECT_EQ(RunTestBody(0, tvb::kMaxCycles, true),
             Buffer({1, 20, 0xFF, 0xFF, 0xFF, 0xFF, 0x07, 20, 0x94, 0x80, 0x04, 23}));
 }
 
@@ -98,10 +99,10 @@ TEST(TvbRunTest, TheForecastOfClocksIsThatOfTheFields) {
 }
 
 TEST(TvbRunTest, TheLimitsAreKept) {
-  EXPECT_THROW(RunTestBody(0, tvb::kMostCycles + 1, true), tvb::Error);
-  EXPECT_THROW(RunTestBody(32769, tvb::kMostCycles, false), tvb::Error);
-  EXPECT_THROW(RunTestBody(tvb::kLongestTime + 1, 0, true), tvb::Error);
-  EXPECT_EQ(Clocks(RunTestBody(tvb::kLongestTime, 0, true), 1000), tvb::kLongestTime / 1000);
+  EXPECT_THROW(RunTestBody(0, tvb::kMaxCycles + 1, true), tvb::Error);
+  EXPECT_THROW(RunTestBody(32769, tvb::kMaxCycles, false), tvb::Error);
+  EXPECT_THROW(RunTestBody(tvb::kMaxTime + 1, 0, true), tvb::Error);
+  EXPECT_EQ(Clocks(RunTestBody(tvb::kMaxTime, 0, true), 1000), tvb::kMaxTime / 1000);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include "svf/text.h"
 #include "tools/compile/run_test_plan.h"
 #include "tvb/number.h"
-#include "tvb/run_test.h"
+#include "tvb/record.h"
 
 namespace tool {
 namespace {
@@ -16,12 +16,31 @@ namespace {
 using svf::Field;
 using svf::Register;
 
-// The player holds a scan as one byte a clock and one to end it, in one block of the kernel's
-// allocator, which gives no more than 4 MiB.
-constexpr uint64_t kMostScanClocks = (4 << 20) - 1;
+uint8_t OpcodeOf(Register scan) {
+  return scan == Register::kSir ? tvb::kSir : tvb::kSdr;
+}
 
-constexpr uint8_t kIdcode = 6;
-constexpr uint8_t kOtherIdcode = 0xE0;
+// The place that the player would read off an instruction scan as a file's first record. Nothing
+// unless the scan can only be meant so: BYPASS for all devices but one, and nothing compared.
+std::optional<ChainPlace> PlaceToldBy(const ScanData &scan) {
+  if (scan.bits % tvb::kInstructionBits != 0 || scan.tdi.size() < 2 || scan.compares) {
+    return std::nullopt;
+  }
+  const ChainPlace place = tvb::PlaceToldBy(scan.tdi);
+  return place.devices() == scan.tdi.size() ? std::optional(place) : std::nullopt;
+}
+
+// The place that header and trailer lengths tell: data registers of bypassed devices have one bit
+// each. Nothing if all four are 0.
+std::optional<ChainPlace> PlaceOfPads(const tvb::PadBits &pads) {
+  if (pads.hdr != 0 || pads.tdr != 0) {
+    return ChainPlace{pads.tdr, pads.hdr};
+  }
+  if (pads.hir != 0 || pads.tir != 0) {
+    return ChainPlace{pads.tir / tvb::kInstructionBits, pads.hir / tvb::kInstructionBits};
+  }
+  return std::nullopt;
+}
 
 }  // namespace
 
@@ -74,10 +93,10 @@ void Compiler::LoadPad(const svf::ScanStatement &pad) {
                                  "own bits are compared; take TDO and MASK out of this {0}",
                                  Name(pad.which)));
   }
-  if (pad.bits > kMostScanClocks) {
+  if (pad.bits > tvb::kMaxScanClocks) {
     throw svf::Error(pad.bits_offset,
                      fmt::format("no scan could hold {} bits of {}; it is at most {} clocks long",
-                                 pad.bits, Name(pad.which), kMostScanClocks));
+                                 pad.bits, Name(pad.which), tvb::kMaxScanClocks));
   }
   Of(pad.which).Load(pad);
 }
@@ -91,14 +110,14 @@ void Compiler::CheckLength(const svf::ScanStatement &scan) const {
                                                    "the player's TAP in a pause; take it out",
                                                    Name(scan.which)));
   }
-  const uint64_t clocks = PlayCost::ScanClocks(instruction, pads + scan.bits);
-  if (clocks > kMostScanClocks) {
+  const uint64_t clocks = tvb::ScanClocks(OpcodeOf(scan.which), pads + scan.bits);
+  if (clocks > tvb::kMaxScanClocks) {
     throw svf::Error(
         scan.bits_offset,
         fmt::format("this {} takes {} clocks, {} of them for pads and the way there and back; the "
                     "player holds one byte a clock and an end mark in an allocation of at most "
                     "4 MiB, so {} is the most; split it into shorter scans",
-                    Name(scan.which), clocks, clocks - scan.bits, kMostScanClocks));
+                    Name(scan.which), clocks, clocks - scan.bits, tvb::kMaxScanClocks));
   }
 }
 
@@ -131,7 +150,7 @@ void Compiler::Do(const svf::RunTestStatement &run) {
   if (!plan) {
     throw svf::Error(run.minimum->offset,
                      fmt::format("a RUNTEST takes at most {} seconds in a TVB file; write several",
-                                 tvb::kLongestTime / 1000000));
+                                 tvb::kMaxTime / 1000000));
   }
   CheckMaximum(run, plan->clocks);
   writer_.RunTest(plan->microseconds, plan->clocks);
@@ -204,19 +223,18 @@ bool Compiler::Open(const svf::ScanStatement *scan, const ScanData *data) {
   }
   // A file that reads the IDCODE by the other instruction says so with its first scan.
   const svf::ScanRegister &sir = Of(Register::kSir);
-  const bool other =
-      is_instruction && sir.bits() == 8 && sir.tdi() == OpeningData({}, kOtherIdcode);
-  const tvb::Buffer tdi = OpeningData(*place, other ? kOtherIdcode : kIdcode);
+  const bool other = is_instruction && sir.bits() == tvb::kInstructionBits &&
+                     sir.tdi() == tvb::OpeningData({}, tvb::kOtherIdcode);
+  const tvb::Buffer tdi = tvb::OpeningData(*place, other ? tvb::kOtherIdcode : tvb::kIdcode);
   ScanData opening;
-  opening.bits = static_cast<uint32_t>(8 * tdi.size());
+  opening.bits = static_cast<uint32_t>(tvb::kInstructionBits * tdi.size());
   opening.tdi = tdi;
   writer_.Settle(&opening);
   return false;
 }
 
 bool Compiler::FitsOpening(const ChainPlace &place) {
-  const uint64_t devices = uint64_t{place.before} + 1 + place.after;
-  if (PlayCost::ScanClocks(true, 8 * devices) <= kMostScanClocks) {
+  if (tvb::ScanClocks(tvb::kSir, tvb::kInstructionBits * place.devices()) <= tvb::kMaxScanClocks) {
     return true;
   }
   notes_.Warning(offset_, "the chain is too long for the player to be told the target's place");
@@ -227,15 +245,16 @@ std::optional<ChainPlace> Compiler::Place() {
   if (options_.chain) {
     return options_.chain;
   }
-  const uint32_t hir = Of(Register::kHir).bits();
-  const uint32_t tir = Of(Register::kTir).bits();
-  const auto place = PlaceOfPads(hir, tir, Of(Register::kHdr).bits(), Of(Register::kTdr).bits());
-  if (place && (hir != 8 * uint64_t{place->after} || tir != 8 * uint64_t{place->before})) {
+  const tvb::PadBits pads = {Of(Register::kHir).bits(), Of(Register::kTir).bits(),
+                             Of(Register::kHdr).bits(), Of(Register::kTdr).bits()};
+  const auto place = PlaceOfPads(pads);
+  if (place && (pads.hir != uint64_t{tvb::kInstructionBits} * place->after ||
+                pads.tir != uint64_t{tvb::kInstructionBits} * place->before)) {
     notes_.Warning(offset_, fmt::format("the player takes every other device in the chain to have "
                                         "an instruction register of 8 bits, but the pads are {} "
                                         "and {} bits for {} and {} devices; it will not read the "
                                         "IDCODE in this chain",
-                                        hir, tir, place->after, place->before));
+                                        pads.hir, pads.tir, place->after, place->before));
   }
   return place;
 }

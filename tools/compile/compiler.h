@@ -9,15 +9,17 @@
 
 #include "svf/parser.h"
 #include "svf/scan_register.h"
-#include "tools/compile/chain_place.h"
 #include "tools/compile/joined_scan.h"
 #include "tools/compile/record_folder.h"
 #include "tools/compile/record_writer.h"
 #include "tools/compile/source_notes.h"
 #include "tools/compile/tap_tracker.h"
 #include "tvb/block.h"
+#include "tvb/player.h"
 
 namespace tool {
+
+using tvb::ChainPlace;
 
 struct CompileOptions {
   std::optional<ChainPlace> chain;  // where the target is, if the file's pads are not to tell

@@ -14,13 +14,10 @@ class PlayCost {
   // `pin_ns`: what one call of a pin callback takes.
   explicit PlayCost(double pin_ns) : pin_ns_(pin_ns) {}
 
-  // The characters of a scan's vector, one a clock: the walk to the Shift state, the bits, the two
-  // clocks back to Run-Test/Idle.
-  static uint64_t ScanClocks(bool instruction, uint64_t bits);
-
-  // A scan of which `compared` bits are compared, while the clock is at `hz`. The player does not
-  // hold scans to that frequency; `hz` only counts for time_at_frequency().
-  void AddScan(bool instruction, uint64_t bits, uint64_t compared, uint32_t hz);
+  // A scan (opcode kSir or kSdr) without header and trailer, of which `compared` bits are compared,
+  // while the clock is at `hz`. The player does not hold scans to that frequency; `hz` only counts
+  // for time_at_frequency().
+  void AddScan(uint8_t opcode, uint64_t bits, uint64_t compared, uint32_t hz);
 
   // A run-test of so many clocks at `hz`, which the player does wait for.
   void AddRunTest(uint64_t clocks, uint32_t hz);

@@ -2,17 +2,15 @@
 #include "tools/compile/record_writer.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "tvb/header.h"
 #include "tvb/number.h"
+#include "tvb/player.h"
 #include "tvb/record.h"
-#include "tvb/run_test.h"
 
 namespace tool {
 namespace {
-
-// What the player takes for a frequency that nobody has set.
-constexpr uint32_t kPlayersHz = 1000000;
 
 bool AnyBit(tvb::Bytes bytes) {
   return std::any_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte != 0; });
@@ -21,7 +19,7 @@ bool AnyBit(tvb::Bytes bytes) {
 uint64_t CountBits(tvb::Bytes bytes) {
   uint64_t count = 0;
   for (uint8_t byte : bytes) {
-    count += static_cast<unsigned>(__builtin_popcount(byte));
+    count += static_cast<unsigned>(std::popcount(byte));
   }
   return count;
 }
@@ -65,7 +63,7 @@ void RecordWriter::SetFrequency(uint32_t hz) {
 }
 
 uint32_t RecordWriter::hz() const {
-  return hz_ != 0 ? hz_ : kPlayersHz;
+  return hz_ != 0 ? hz_ : tvb::kDefaultHz;
 }
 
 // The player keeps the lengths of header and trailer registers from one file to the next, and the
@@ -101,12 +99,13 @@ void RecordWriter::Scan(bool instruction, const ScanData &data) {
     encoder_.Append(body_, data.mask);
   }
   body_.push_back(tvb::kTagEnd);
-  Put(instruction ? tvb::kSir : tvb::kSdr, body_);
+  const tvb::Opcode opcode = instruction ? tvb::kSir : tvb::kSdr;
+  Put(opcode, body_);
 
   ++(instruction ? counts_.instruction_scans : counts_.data_scans);
   counts_.bits += data.bits;
   NoteRate();
-  cost_.AddScan(instruction, data.bits, compares ? CountBits(data.mask) : 0, hz());
+  cost_.AddScan(opcode, data.bits, compares ? CountBits(data.mask) : 0, hz());
 }
 
 void RecordWriter::RunTest(uint64_t microseconds, uint64_t clocks) {
@@ -118,12 +117,12 @@ void RecordWriter::RunTest(uint64_t microseconds, uint64_t clocks) {
   NoteRate();
   players_hz_ = hz();
   if (microseconds > 0) {
-    Put(tvb::kRunTest, tvb::RunTestBody(microseconds, 0, hz() % 1000 == 0));
+    Put(tvb::kRunTest, tvb::RunTestBody(microseconds, 0, tvb::IsWholeKilohertz(hz())));
     cost_.AddRunTest(clocks, hz());
     return;
   }
   while (clocks > 0) {
-    const uint64_t piece = std::min(clocks, tvb::kMostCycles);
+    const uint64_t piece = std::min(clocks, tvb::kMaxCycles);
     Put(tvb::kRunTest, tvb::RunTestBody(0, piece, false));
     cost_.AddRunTest(piece, hz());
     clocks -= piece;

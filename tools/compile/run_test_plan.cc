@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tools/compile/run_test_plan.h"
 
-#include "tvb/run_test.h"
+#include "tvb/player.h"
+#include "tvb/record.h"
 
 namespace tool {
 namespace {
@@ -12,7 +13,7 @@ constexpr uint64_t kMicrosecondsInSecond = 1000000;
 
 std::optional<RunTestPlan> PlanRunTest(uint64_t count, const svf::Decimal &seconds, uint32_t hz) {
   const uint64_t microseconds = seconds.TimesUp(kMicrosecondsInSecond);
-  if (microseconds > tvb::kLongestTime) {
+  if (microseconds > tvb::kMaxTime) {
     return std::nullopt;
   }
   const uint64_t clocks_of_time = seconds.TimesUp(hz);
@@ -20,8 +21,8 @@ std::optional<RunTestPlan> PlanRunTest(uint64_t count, const svf::Decimal &secon
     return RunTestPlan{0, count};
   }
   const bool whole = seconds.TimesDown(kMicrosecondsInSecond) == microseconds;
-  const uint64_t clocks = tvb::RunTestClocks(microseconds, 0, hz % 1000 == 0, hz);
-  if (whole && clocks >= clocks_of_time && clocks <= tvb::kMostCycles) {
+  const uint64_t clocks = tvb::RunTestClocks(microseconds, 0, tvb::IsWholeKilohertz(hz), hz);
+  if (whole && clocks >= clocks_of_time && clocks <= tvb::kMaxCycles) {
     return RunTestPlan{microseconds, clocks};
   }
   return RunTestPlan{0, clocks_of_time};

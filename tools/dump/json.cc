@@ -5,7 +5,7 @@
 
 #include "tools/cli/bit_row.h"
 #include "tools/dump/dump.h"
-#include "tvb/check_time.h"
+#include "tvb/player.h"
 #include "tvb/text.h"
 
 namespace tool {

@@ -4,8 +4,7 @@
 #include "tools/cli/bit_row.h"
 #include "tools/cli/text.h"
 #include "tools/dump/dump.h"
-#include "tvb/check_data.h"
-#include "tvb/check_time.h"
+#include "tvb/player.h"
 #include "tvb/text.h"
 
 namespace tool {
@@ -86,7 +85,7 @@ void WriteLine(OutputFile &out, std::string_view line) {
 }  // namespace
 
 bool IsShown(const tvb::RecordView &record) {
-  return record.bits() <= tvb::kMostClocks;
+  return record.bits() <= tvb::kMaxScanClocks;
 }
 
 void DumpText::Header(const tvb::HeaderView &header) {

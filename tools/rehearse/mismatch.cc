@@ -188,8 +188,7 @@ std::optional<StoppedScan> FinishScan(const Lines &lines, const Playhead &playhe
   }
   const uint32_t bits = scan.of_file->bits();
   const tvb::Buffer tdi = playhead.Data(tvb::kTagTdi);
-  ShiftOn(target, tdi.empty() ? BitRow(bits, false) : BitRow::FromFile(tdi, bits),
-          stopped.read);
+  ShiftOn(target, tdi.empty() ? BitRow(bits, false) : BitRow::FromFile(tdi, bits), stopped.read);
   return stopped;
 }
 

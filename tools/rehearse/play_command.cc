@@ -13,10 +13,10 @@
 #include "tools/cli/input_file.h"
 #include "tools/cli/output_file.h"
 #include "tools/cli/report.h"
-#include "tools/rehearse/play_length.h"
 #include "tools/rehearse/rehearsal.h"
 #include "tools/rehearse/target_chain.h"
 #include "tools/rehearse/verdict.h"
+#include "tvb/play_order.h"
 
 namespace tool {
 namespace {
@@ -107,7 +107,8 @@ std::unique_ptr<ChainTarget> OpenChain(const std::string &path) {
 // Plays, with a line that tells how far it is.
 void RunWatched(Rehearsal &rehearsal, const TvbFile &file) {
   const bool shown = IsTerminal(STDERR_FILENO);
-  const PlayLength length = shown ? MeasurePlay(file.image(), file.header()) : PlayLength();
+  const tvb::PlayLength length =
+      shown ? tvb::MeasurePlay(file.image(), file.header()) : tvb::PlayLength();
   Progress progress("play", length.clocks, "clocks");
   rehearsal.Run([&] {
     rehearsal.playhead().CatchUp();

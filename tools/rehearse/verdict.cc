@@ -8,13 +8,11 @@
 
 #include "tools/cli/report.h"
 #include "tools/cli/text.h"
+#include "tvb/player.h"
 #include "tvb/text.h"
 
 namespace tool {
 namespace {
-
-// Characters of the driver's vector, which are the clocks of a scan.
-constexpr uint64_t kMaxScanClocks = (4u << 20) - 1;
 
 class Verdict {
  public:
@@ -64,7 +62,7 @@ class Verdict {
     Error(file_.Place(played->record.offset, played->record.index),
           fmt::format("the driver cannot hold a scan of {} bits: with header, trailer and the way "
                       "there and back it may take {} clocks",
-                      NumberText(played->record.bits()), NumberText(kMaxScanClocks)));
+                      NumberText(played->record.bits()), NumberText(tvb::kMaxScanClocks)));
   }
 
   int TellOtherError() {
