@@ -1,13 +1,17 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #
-# The front door. Every target brings what it needs: missing Debian packages (scripts/packages.txt)
-# and, for whatever builds modules or boots a kernel, the distribution's Linux 5.10 for arm64.
+# The front door. `make demo` and `make test` install what they need: missing Debian packages
+# (scripts/packages.txt). Every other target names what is missing, and `make setup` installs it.
+# Whatever builds modules or boots a kernel fetches, once and into build/ only, the distribution's
+# Linux 5.10 for arm64. CMakePresets.json has the build trees of the host side.
 #
 # Variables:
+#   DESTDIR=, PREFIX=  install, uninstall: a staging folder, and where below it (/usr/local)
+#   GROUPS=            setup: these groups of scripts/packages.txt only
 #   KDIR=DIR           build against this kernel tree instead of the fetched one (or KERNEL_SRC=)
 #   ARCH=, CROSS_COMPILE=   of that tree; arm64 and the Debian cross compiler where not given
 #   SANITIZE=1         lib: with the address and undefined-behaviour sanitizers
-#   M7_SETUP=no        install nothing, fetch nothing
+#   M7_SETUP=no        install nothing, fetch nothing, look for nothing
 
 ifeq ($(origin KERNEL_SRC),undefined)
 FETCHED := build/kernel
@@ -21,17 +25,24 @@ CROSS_COMPILE ?= aarch64-linux-gnu-
 endif
 
 JOBS ?= $(shell nproc)
+PREFIX ?= /usr/local
 SETUP := $(if $(filter no,$(M7_SETUP)),true,scripts/setup)
+NEED := $(SETUP) --check
 FETCH := $(if $(filter no,$(M7_SETUP)),true,scripts/fetch-kernel)
 KERNEL_IS_FETCHED := $(filter $(CURDIR)/build/kernel/headers,$(KDIR))
-LIB_DIR := $(if $(SANITIZE),build/host-sanitize,build/host)
+LIB_TREE := $(if $(SANITIZE),build/host-sanitize,build/host)
 
-export KDIR ARCH CROSS_COMPILE
+# A make that hands out jobs hands them to the build tools as well.
+PARALLEL = $(if $(findstring jobserver,$(MAKEFLAGS)),,-j$(JOBS))
+BUILD = cmake --build --preset
+TEST = ctest --test-dir build/host --output-on-failure $(CTEST_ARGS)
+
+export KDIR ARCH CROSS_COMPILE DESTDIR PREFIX
 
 .DEFAULT_GOAL := all
 
-.PHONY: help all modules modules_install lib tools test test-host test-kernel demo fuzz bench clean \
-        kernel host host-sanitize fuzzers
+.PHONY: help all setup modules modules_install lib tools install uninstall test test-host \
+        test-kernel demo fuzz bench clean kernel host sanitize fuzzers
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z_-]+:.*## / { printf "  make %-18s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -39,6 +50,9 @@ help: ## Show this list
 	@sed -n '/^# Variables:/,/^$$/s/^# \{0,1\}//p' $(firstword $(MAKEFILE_LIST))
 
 all: modules lib ## Build the kernel modules and the host library
+
+setup: ## Install the Debian packages that are missing (GROUPS= of scripts/packages.txt)
+	scripts/setup $(GROUPS)
 
 modules: kernel ## Build the driver and the board's modules into build/modules
 	scripts/build-modules build/modules
@@ -48,31 +62,41 @@ modules_install: modules ## Install the modules into the kernel's module tree (I
 	$(MAKE) -C $(KDIR) M=$(CURDIR)/build/modules/driver modules_install
 
 lib: ## Build the driver as a host library, build/host/libm7_cpldjtag_drv.a
-	$(SETUP) lib
-	cmake -S . -B $(LIB_DIR) -DM7_SANITIZE=$(if $(SANITIZE),ON,OFF)
-	cmake --build $(LIB_DIR) -j$(JOBS) --target m7_cpldjtag_drv
+	$(NEED) lib
+	cmake --preset library -B $(LIB_TREE) -DM7_SANITIZE=$(if $(SANITIZE),ON,OFF)
+	+cmake --build $(LIB_TREE) $(PARALLEL) --target m7_cpldjtag_drv
 
 tools: ## Build the command line tool, build/host/tvb
-	$(SETUP) lib tools
-	cmake -S . -B build/host -DM7_TOOLS=ON
-	cmake --build build/host -j$(JOBS) --target tvb_tool
+	$(NEED) lib tools
+	cmake --preset tool
+	+$(BUILD) tool $(PARALLEL)
 
-test: host host-sanitize fuzzers modules ## Run every test: host, sanitized, kernel in QEMU, tool, checks
-	$(SETUP) qemu judges docs
-	printf 'subdirs(host host-sanitize)\n' >build/CTestTestfile.cmake
-	ctest --test-dir build --output-on-failure -j$(JOBS) $(CTEST_ARGS)
+install: ## Install the tool and the host library, below PREFIX=/usr/local (and DESTDIR=)
+	$(NEED) lib tools
+	cmake --preset tool -DCMAKE_INSTALL_PREFIX=$(PREFIX)
+	+$(BUILD) tool $(PARALLEL)
+	scripts/install build/host
+
+uninstall: ## Remove what `make install` with the same PREFIX and DESTDIR has installed
+	scripts/install --remove build/host
+
+test: ## Run every test: host, sanitized, kernel in QEMU, tool, install, checks
+	$(SETUP) lib tools test fuzz modules qemu judges docs
+	+$(MAKE) --no-print-directory -j$(JOBS) host sanitize fuzzers modules
+	$(TEST) -j$(JOBS)
 
 test-host: host ## Run the host tests only
-	ctest --test-dir build/host --output-on-failure -j$(JOBS) -L host $(CTEST_ARGS)
+	$(TEST) -j$(JOBS) -L host -LE sanitized
 
 test-kernel: host modules ## Run the tests on the real kernel in QEMU only
-	$(SETUP) qemu
-	ctest --test-dir build/host --output-on-failure -L kernel $(CTEST_ARGS)
+	$(NEED) qemu
+	$(TEST) -L kernel
 
-demo: modules ## Watch the driver program, verify and refuse a simulated CPLD on Linux 5.10
-	$(SETUP) qemu lib
-	cmake -S . -B build/host
-	cmake --build build/host -j$(JOBS) --target make_demo_file
+demo: ## Watch the driver program, verify and refuse a simulated CPLD on Linux 5.10
+	$(SETUP) lib modules qemu
+	+$(MAKE) --no-print-directory modules
+	cmake --preset library
+	+cmake --build build/host $(PARALLEL) --target make_demo_file
 	demo/run
 
 fuzz: fuzzers ## Fuzz the tool and the driver for FUZZ_SECONDS=60
@@ -85,20 +109,20 @@ clean: ## Remove everything that was built (the fetched kernel stays: rm -r buil
 	scripts/clean
 
 kernel:
-	$(SETUP) modules
+	$(NEED) modules
 	$(if $(KERNEL_IS_FETCHED),$(FETCH) build/kernel)
 
 host:
-	$(SETUP) lib test tools
-	cmake -S . -B build/host -DM7_SANITIZE=OFF -DM7_TESTS=ON
-	cmake --build build/host -j$(JOBS)
+	$(NEED) lib test tools
+	cmake --preset host
+	+$(BUILD) host $(PARALLEL)
+
+sanitize:
+	$(NEED) lib test tools
+	cmake --preset sanitize
+	+$(BUILD) sanitize $(PARALLEL)
 
 fuzzers:
-	$(SETUP) lib tools fuzz
-	CC=clang CXX=clang++ cmake -S . -B build/fuzz -DM7_FUZZ=ON
-	cmake --build build/fuzz -j$(JOBS) --target fuzzers
-
-host-sanitize:
-	$(SETUP) lib test tools
-	cmake -S . -B build/host-sanitize -DM7_SANITIZE=ON -DM7_TESTS=ON
-	cmake --build build/host-sanitize -j$(JOBS)
+	$(NEED) lib tools fuzz
+	cmake --preset fuzz
+	+$(BUILD) fuzz $(PARALLEL)

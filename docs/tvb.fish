@@ -1,0 +1,60 @@
+# SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#
+# Completion of tvb's command lines for fish. Install it as tvb.fish in a folder of
+# $fish_complete_path, such as /usr/local/share/fish/vendor_completions.d. One option a line:
+# docs/check-help reads them.
+
+# True where the command line holds the command $argv[1]; without one, where it holds none yet.
+function __tvb_in
+    set -l words (commandline -opc)
+    test "$words[2]" = "$argv[1]"
+end
+
+# The files that end in .$argv[1], and folders to go on in.
+function __tvb_files
+    __fish_complete_suffix .$argv[1]
+end
+
+complete -c tvb -f
+complete -c tvb -s h -l help -d 'Print a help text'
+complete -c tvb -n '__tvb_in' -l version -d 'Print the version'
+
+complete -c tvb -n '__tvb_in' -a compile -d 'Make a TVB file of an SVF file'
+complete -c tvb -n '__tvb_in' -a decompile -d 'Make an SVF file of a TVB file'
+complete -c tvb -n '__tvb_in' -a dump -d 'Show every record of a TVB file'
+complete -c tvb -n '__tvb_in' -a check -d 'Find what is wrong with a TVB file'
+complete -c tvb -n '__tvb_in' -a play -d 'Rehearse a download with the driver\'s own code'
+complete -c tvb -n '__tvb_in' -a help -d 'Tell what a command does and which options it takes'
+
+complete -c tvb -n '__tvb_in compile' -s o -l output -ra '(__tvb_files tvb)' -d 'TVB file to make'
+complete -c tvb -n '__tvb_in compile' -l chain -x -d 'Devices before and behind the target'
+complete -c tvb -n '__tvb_in compile' -l pause-as-idle -d 'Take Run-Test/Idle for every pause'
+complete -c tvb -n '__tvb_in compile' -l encoding -xa 'raw run-length nibble bit-coding lzw' -d 'Encode all blocks alike'
+complete -c tvb -n '__tvb_in compile' -l no-compress -d 'Store all blocks as they are'
+complete -c tvb -n '__tvb_in compile' -l pin-ns -x -d 'Nanoseconds that a pin call takes'
+complete -c tvb -n '__tvb_in compile' -s q -l quiet -d 'Print no summary'
+complete -c tvb -n '__tvb_in compile' -a '(__tvb_files svf)'
+
+complete -c tvb -n '__tvb_in decompile' -s o -l output -ra '(__tvb_files svf)' -d 'SVF file to write'
+complete -c tvb -n '__tvb_in decompile' -l force -d 'Take errors as the player does'
+complete -c tvb -n '__tvb_in decompile' -a '(__tvb_files tvb)'
+
+complete -c tvb -n '__tvb_in dump' -l json -d 'Print a JSON object a line'
+complete -c tvb -n '__tvb_in dump' -l hex -d 'Show the data'
+complete -c tvb -n '__tvb_in dump' -a '(__tvb_files tvb)'
+
+complete -c tvb -n '__tvb_in check' -l strict -d 'Fail on warnings too'
+complete -c tvb -n '__tvb_in check' -a '(__tvb_files tvb)'
+
+complete -c tvb -n '__tvb_in play' -l echo -d 'Answer what the file expects'
+complete -c tvb -n '__tvb_in play' -l chain -ra '(__tvb_files json)' -d 'Play to the simulated chain of this file'
+complete -c tvb -n '__tvb_in play' -l fail-at -x -d 'Invert a bit that is read'
+complete -c tvb -n '__tvb_in play' -l vcd -ra '(__tvb_files vcd)' -d 'Write a waveform'
+complete -c tvb -n '__tvb_in play' -l vcd-idle -x -d 'Clocks to draw of a stay in Run-Test/Idle'
+complete -c tvb -n '__tvb_in play' -l scans -ra '(__tvb_files txt)' -d 'Write the scans as text'
+complete -c tvb -n '__tvb_in play' -l memory -ra '(__tvb_files txt)' -d 'Write the configuration memory as text'
+complete -c tvb -n '__tvb_in play' -l time -d 'Tell what the download takes on a board'
+complete -c tvb -n '__tvb_in play' -l pin-ns -x -d 'Nanoseconds that a pin call takes'
+complete -c tvb -n '__tvb_in play' -a '(__tvb_files tvb)'
+
+complete -c tvb -n '__tvb_in help' -a 'compile decompile dump check play help'

@@ -1,0 +1,100 @@
+#compdef tvb
+# SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#
+# Completion of tvb's command lines for zsh. Install it as _tvb in a folder of $fpath, such as
+# /usr/local/share/zsh/site-functions. One option a line: docs/check-help reads them.
+
+_tvb_commands() {
+  local -a commands=(
+    'compile:make a TVB file of an SVF file'
+    'decompile:make an SVF file of a TVB file'
+    'dump:show every record of a TVB file'
+    'check:find what is wrong with a TVB file'
+    'play:rehearse a download with the driver'\''s own code'
+    'help:tell what a command does and which options it takes'
+  )
+  _describe command commands
+}
+
+_tvb_options() {
+  _arguments \
+    '(- *)-h[print a help text]' \
+    '(- *)--help[print a help text]' \
+    '(- *)--version[print the version]' \
+    '1:command:_tvb_commands' \
+    '*::argument:_tvb_arguments'
+}
+
+_tvb_compile_options() {
+  _arguments \
+    '(- *)-h[print a help text]' \
+    '(- *)--help[print a help text]' \
+    '(--output)-o+[TVB file to make]:TVB file:_files -g "*.tvb(-.)"' \
+    '(-o)--output=[TVB file to make]:TVB file:_files -g "*.tvb(-.)"' \
+    '--chain=[devices between TDI and the target, and between the target and TDO]:BEFORE,AFTER: ' \
+    '--pause-as-idle[take Run-Test/Idle for every pause]' \
+    '(--no-compress)--encoding=[encode all blocks alike]:encoding:(raw run-length nibble bit-coding lzw)' \
+    '(--encoding)--no-compress[store all blocks as they are]' \
+    '--pin-ns=[nanoseconds that a pin call takes]:nanoseconds: ' \
+    '(--quiet)-q[print no summary]' \
+    '(-q)--quiet[print no summary]' \
+    ':SVF file:_files -g "*.svf(-.)"'
+}
+
+_tvb_decompile_options() {
+  _arguments \
+    '(- *)-h[print a help text]' \
+    '(- *)--help[print a help text]' \
+    '(--output)-o+[SVF file to write]:SVF file:_files -g "*.svf(-.)"' \
+    '(-o)--output=[SVF file to write]:SVF file:_files -g "*.svf(-.)"' \
+    '--force[take errors as the player does]' \
+    ':TVB file:_files -g "*.tvb(-.)"'
+}
+
+_tvb_dump_options() {
+  _arguments \
+    '(- *)-h[print a help text]' \
+    '(- *)--help[print a help text]' \
+    '--json[print a JSON object a line]' \
+    '--hex[show the data]' \
+    ':TVB file:_files -g "*.tvb(-.)"'
+}
+
+_tvb_check_options() {
+  _arguments \
+    '(- *)-h[print a help text]' \
+    '(- *)--help[print a help text]' \
+    '--strict[fail on warnings too]' \
+    ':TVB file:_files -g "*.tvb(-.)"'
+}
+
+_tvb_play_options() {
+  _arguments \
+    '(- *)-h[print a help text]' \
+    '(- *)--help[print a help text]' \
+    '(--chain)--echo[answer what the file expects]' \
+    '(--echo)--chain=[play to the simulated chain of this file]:chain file:_files -g "*.json(-.)"' \
+    '--fail-at=[invert a bit that is read]:SCAN\:BIT: ' \
+    '--vcd=[write a waveform]:waveform:_files -g "*.vcd(-.)"' \
+    '--vcd-idle=[clocks to draw of a stay in Run-Test/Idle]:clocks: ' \
+    '--scans=[write the scans as text]:text file:_files -g "*.txt(-.)"' \
+    '--memory=[write the configuration memory as text]:text file:_files -g "*.txt(-.)"' \
+    '--time[tell what the download takes on a board]' \
+    '--pin-ns=[nanoseconds that a pin call takes]:nanoseconds: ' \
+    ':TVB file:_files -g "*.tvb(-.)"'
+}
+
+_tvb_help_options() {
+  _arguments \
+    '(- *)-h[print a help text]' \
+    '(- *)--help[print a help text]' \
+    '1:command:_tvb_commands'
+}
+
+# Behind the command, $words begins with it.
+_tvb_arguments() {
+  local options=_tvb_$words[1]_options
+  (( $+functions[$options] )) && $options
+}
+
+_tvb_options "$@"
