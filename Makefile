@@ -1,9 +1,10 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #
-# The front door. `make demo` and `make test` install what they need: missing Debian packages
-# (scripts/packages.txt). Every other target names what is missing, and `make setup` installs it.
-# Whatever builds modules or boots a kernel fetches, once and into build/ only, the distribution's
-# Linux 5.10 for arm64. CMakePresets.json has the build trees of the host side.
+# The front door. CMakePresets.json has the build trees of the host side.
+#
+# Only `make demo` and `make test` install what they miss, of the Debian packages in
+# scripts/packages.txt. Every other target names it, and `make setup` installs it. What builds
+# modules or boots a kernel fetches the distribution's Linux 5.10 for arm64, once, into build/.
 #
 # Variables:
 #   DESTDIR=, PREFIX=  install, uninstall: a staging folder, and where below it (/usr/local)
@@ -35,7 +36,7 @@ LIB_TREE := $(if $(SANITIZE),build/host-sanitize,build/host)
 # A make that hands out jobs hands them to the build tools as well.
 PARALLEL = $(if $(findstring jobserver,$(MAKEFLAGS)),,-j$(JOBS))
 BUILD = cmake --build --preset
-TEST = ctest --test-dir build/host --output-on-failure $(CTEST_ARGS)
+TEST = ctest --preset host $(CTEST_ARGS)
 
 export KDIR ARCH CROSS_COMPILE DESTDIR PREFIX
 
@@ -47,7 +48,7 @@ export KDIR ARCH CROSS_COMPILE DESTDIR PREFIX
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z_-]+:.*## / { printf "  make %-18s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
 	@echo
-	@sed -n '/^# Variables:/,/^$$/s/^# \{0,1\}//p' $(firstword $(MAKEFILE_LIST))
+	@sed -n '/^# Only/,/^$$/s/^# \{0,1\}//p' $(firstword $(MAKEFILE_LIST))
 
 all: modules lib ## Build the kernel modules and the host library
 
