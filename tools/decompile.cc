@@ -13,6 +13,7 @@
 #include "tools/cli/report.h"
 #include "tools/cli/text.h"
 #include "tvb/checker.h"
+#include "tvb/names.h"
 #include "tvb/play_order.h"
 #include "tvb/player.h"
 #include "tvb/reader.h"

@@ -8,8 +8,8 @@
 #include <optional>
 
 #include "tvb/bytes.h"
-#include "tvb/cursor.h"
 #include "tvb/encoding.h"
+#include "tvb/number.h"
 
 namespace tvb {
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <string>
 
+#include "tvb/names.h"
 #include "tvb/text.h"
 
 namespace tvb {

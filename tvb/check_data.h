@@ -8,7 +8,7 @@
 #include "tvb/bytes.h"
 #include "tvb/finding.h"
 #include "tvb/player.h"
-#include "tvb/record_view.h"
+#include "tvb/reader.h"
 
 namespace tvb {
 

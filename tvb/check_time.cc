@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "tvb/names.h"
 #include "tvb/text.h"
 
 namespace tvb {

@@ -5,7 +5,7 @@
 
 #include "tvb/finding.h"
 #include "tvb/player.h"
-#include "tvb/record_view.h"
+#include "tvb/reader.h"
 
 namespace tvb {
 

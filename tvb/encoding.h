@@ -14,7 +14,7 @@
 #include <string>
 
 #include "tvb/bytes.h"
-#include "tvb/cursor.h"
+#include "tvb/number.h"
 
 namespace tvb {
 

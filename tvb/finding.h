@@ -7,7 +7,7 @@
 #include <functional>
 #include <string>
 
-#include "tvb/record_view.h"
+#include "tvb/reader.h"
 
 namespace tvb {
 

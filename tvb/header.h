@@ -5,8 +5,10 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 #include "tvb/bytes.h"
+#include "tvb/number.h"
 
 namespace tvb {
 
@@ -30,5 +32,21 @@ struct FileHeader {
 
 // Puts the header at the end of `file`.
 void AppendHeader(Buffer &file, const FileHeader &header);
+
+// The header as it stands in an image. With a fault it is no TVB file; what stands behind the fault
+// is not filled in.
+struct HeaderView {
+  FileHeader header;
+  NumberView number;
+  uint64_t size = 0;  // in bytes; the first record starts there
+  std::optional<Fault> fault;
+
+  bool plain() const {
+    return header.compression == kPlainBlocks;
+  }
+};
+
+// Reads the header of `image`.
+HeaderView ReadHeader(Bytes image);
 
 }  // namespace tvb

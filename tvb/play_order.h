@@ -9,7 +9,6 @@
 #include "tvb/bytes.h"
 #include "tvb/player.h"
 #include "tvb/reader.h"
-#include "tvb/record_view.h"
 
 namespace tvb {
 

@@ -10,7 +10,7 @@
 
 #include "tvb/bytes.h"
 #include "tvb/number.h"
-#include "tvb/record_view.h"
+#include "tvb/reader.h"
 
 namespace tvb {
 
@@ -50,7 +50,7 @@ uint64_t ScanClocks(const RecordView &record, const PadBits &pads);
 uint64_t ScanPinCalls(uint64_t clocks, uint64_t bits, uint64_t compared);
 
 // The most clocks that the player can count in one run-test.
-constexpr uint64_t kMaxCycles = kLargestNumber;
+constexpr uint64_t kMaxCycles = kMaxNumber;
 
 // Numbers of a run-test are stored with offsets: a cycle count n as n + 10 and, where that passes
 // the marker 32768, as n + 32778; a time of n microseconds up to 32768 as n + 10, one of n
@@ -58,8 +58,8 @@ constexpr uint64_t kMaxCycles = kLargestNumber;
 constexpr uint64_t kRunTestOffset = 10;
 constexpr uint64_t kRunTestMarker = 32768;
 constexpr uint64_t kMaxMicroseconds = kRunTestMarker;
-constexpr uint64_t kMaxMilliseconds = kLargestNumber - kRunTestMarker - kRunTestOffset;
-constexpr uint64_t kMaxFieldCycles = kLargestNumber - kRunTestMarker - kRunTestOffset;
+constexpr uint64_t kMaxMilliseconds = kMaxNumber - kRunTestMarker - kRunTestOffset;
+constexpr uint64_t kMaxFieldCycles = kMaxNumber - kRunTestMarker - kRunTestOffset;
 
 // The longest time of all, in microseconds: almost 25 days.
 constexpr uint64_t kMaxTime = 1000 * kMaxMilliseconds;

@@ -4,36 +4,13 @@
 #include <algorithm>
 #include <string>
 
+#include "tvb/names.h"
 #include "tvb/text.h"
 
 namespace tvb {
 namespace {
 
 constexpr uint8_t kMark = '^';
-
-void Expect(Cursor &cursor, HeaderView &view, uint8_t expected, const char *what) {
-  if (view.fault) {
-    return;
-  }
-  uint64_t offset = cursor.position();
-  uint8_t found = cursor.Byte();
-  if (cursor.past_end()) {
-    view.fault = {cursor.image().size(),
-                  "not a TVB file: it ends inside its header, which takes 16 bytes or more"};
-  } else if (found != expected) {
-    view.fault = {offset, "not a TVB file: " + Hex(found) + " in its header; expected " + what};
-  }
-}
-
-void ReadFixedFields(Cursor &cursor, FileHeader &header) {
-  for (uint8_t &byte : header.mark) {
-    byte = cursor.Byte();
-  }
-  for (uint8_t &byte : header.stamp) {
-    byte = cursor.Byte();
-  }
-  header.compression = cursor.Byte();
-}
 
 // Reads the body of one record, whose opcode has been read, into its view.
 class BodyReader {
@@ -58,11 +35,9 @@ class BodyReader {
         return;
       case kEndLoop:
         return;
-      case kReserved1:
-      case kReserved5:
-      case kReserved6:
-      case kReserved19:
-        return SkipByLength();
+    }
+    if (IsReserved(record_.opcode)) {
+      return SkipByLength();
     }
     Fail(record_.opcode_offset, "unknown opcode " + Hex(record_.opcode) +
                                     "; expected 1, 4 to 7, 9 to 14, 19, 36 (LOOP) or 37 (ENDLOOP)");
@@ -139,8 +114,8 @@ class BodyReader {
   }
 
   void Keep(const FieldView &field) {
-    if (record_.fields.size() == kMostFields) {
-      return Fail(field.offset, "more than " + Count(kMostFields, "field") + " in one record");
+    if (record_.fields.size() == kMaxFields) {
+      return Fail(field.offset, "more than " + Count(kMaxFields, "field") + " in one record");
     }
     record_.fields.push_back(field);
   }
@@ -170,20 +145,6 @@ const BlockView *RecordView::Block(Tag tag) const {
     }
   }
   return nullptr;
-}
-
-HeaderView ReadHeader(Bytes image) {
-  HeaderView view;
-  Cursor cursor(image, 0);
-  Expect(cursor, view, 'a', "'a' as its first byte");
-  ReadFixedFields(cursor, view.header);
-  Expect(cursor, view, 'b', "'b'");
-  view.number = cursor.Number();
-  view.header.number = view.number.low();
-  Expect(cursor, view, 'V', "'V'");
-  Expect(cursor, view, 1, "0x01");
-  view.size = cursor.position();
-  return view;
 }
 
 RecordView ReadRecord(Bytes image, bool plain, uint64_t offset, uint64_t index) {

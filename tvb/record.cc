@@ -82,7 +82,7 @@ void AppendNumberField(Buffer &body, Tag tag, uint32_t stored) {
 
 void AppendRecord(Buffer &file, uint8_t opcode, Bytes body) {
   uint64_t length = 8 * (1 + static_cast<uint64_t>(body.size()));
-  if (length > kLargestNumber) {
+  if (length > kMaxNumber) {
     throw Error("a record of " + std::to_string(body.size()) +
                 " bytes is too long for the file's lengths; split the shift");
   }

@@ -7,37 +7,9 @@
 
 #include "tvb/block.h"
 #include "tvb/bytes.h"
+#include "tvb/names.h"
 
 namespace tvb {
-
-// The opcodes of the file.
-enum Opcode : uint8_t {
-  kReserved1 = 1,
-  kRunTest = 4,
-  kReserved5 = 5,
-  kReserved6 = 6,
-  kFrequency = 7,
-  kTdr = 9,
-  kTir = 10,
-  kHdr = 11,
-  kHir = 12,
-  kSdr = 13,
-  kSir = 14,
-  kReserved19 = 19,
-  kLoop = '$',
-  kEndLoop = '%',
-};
-
-// The tags of the fields inside a body. kTagPass and the two after it belong to run-tests.
-enum Tag : uint8_t {
-  kTagTdi = 15,
-  kTagTdo = 16,
-  kTagMask = 17,
-  kTagPass = 19,
-  kTagCycles = 20,
-  kTagEnd = 23,
-  kTagTime = 24,
-};
 
 // Puts one record at the end of `file`: the mark '^', its exact length in bits from the opcode to
 // its last byte, 8 * (1 + body bytes), the opcode and `body`. Neither opcode nor body is looked at.

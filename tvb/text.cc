@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tvb/text.h"
 
-#include "tvb/record.h"
-
 namespace tvb {
 
 std::string Hex(uint64_t value) {
@@ -25,57 +23,6 @@ std::string LengthText(const NumberView &length) {
 
 std::string Count(uint64_t count, const std::string &noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
-const char *OpcodeName(uint8_t opcode) {
-  switch (opcode) {
-    case kReserved1:
-    case kReserved5:
-    case kReserved6:
-    case kReserved19:
-      return "RESERVED";
-    case kRunTest:
-      return "RUNTEST";
-    case kFrequency:
-      return "FREQUENCY";
-    case kTdr:
-      return "TDR";
-    case kTir:
-      return "TIR";
-    case kHdr:
-      return "HDR";
-    case kHir:
-      return "HIR";
-    case kSdr:
-      return "SDR";
-    case kSir:
-      return "SIR";
-    case kLoop:
-      return "LOOP";
-    case kEndLoop:
-      return "ENDLOOP";
-  }
-  return "UNKNOWN";
-}
-
-const char *TagName(uint8_t tag) {
-  switch (tag) {
-    case kTagTdi:
-      return "TDI";
-    case kTagTdo:
-      return "TDO";
-    case kTagMask:
-      return "MASK";
-    case kTagPass:
-      return "PASS";
-    case kTagCycles:
-      return "CYCLES";
-    case kTagEnd:
-      return "END";
-    case kTagTime:
-      return "TIME";
-  }
-  return "UNKNOWN";
 }
 
 }  // namespace tvb

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// How numbers and names of the file appear in messages.
+// How numbers of the file appear in messages.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
-#include "tvb/cursor.h"
+#include "tvb/number.h"
 
 namespace tvb {
 
@@ -21,11 +21,5 @@ std::string LengthText(const NumberView &length);
 
 // "1 byte", "7 bytes".
 std::string Count(uint64_t count, const std::string &noun);
-
-// "SDR", "RUNTEST"; "RESERVED" for those that the player skips, "UNKNOWN" for none of the file's.
-const char *OpcodeName(uint8_t opcode);
-
-// "TDI", "TDO", "MASK", "PASS", "CYCLES", "END", "TIME"; "UNKNOWN" for none of them.
-const char *TagName(uint8_t tag);
 
 }  // namespace tvb

@@ -22,7 +22,7 @@ void Writer::Encode(const BlockChoice &choice) {
 }
 
 void Writer::Opening(uint32_t before, uint32_t after, uint8_t instruction) {
-  constexpr uint32_t kMaxDevices = kLargestNumber / kInstructionBits;
+  constexpr uint32_t kMaxDevices = kMaxNumber / kInstructionBits;
   if (!empty_) {
     throw Error("the player looks for the target in the first record only; open the file with it");
   }
@@ -91,7 +91,7 @@ void Writer::RunTest(std::chrono::microseconds time) {
 }
 
 void Writer::Frequency(uint32_t hz) {
-  if (hz > kLargestNumber) {
+  if (hz > kMaxNumber) {
     throw Error("a frequency of 2^31 Hz or more would be taken as negative");
   }
   Put(kFrequency, NumberBody(hz));
@@ -99,7 +99,7 @@ void Writer::Frequency(uint32_t hz) {
 }
 
 void Writer::FreshFrequency(uint32_t hz) {
-  if (hz == 0 || hz > kLargestNumber) {
+  if (hz == 0 || hz > kMaxNumber) {
     throw Error("a frequency is 1 Hz to 2^31 - 1 Hz, not " + std::to_string(hz));
   }
   Frequency(0);
@@ -110,7 +110,7 @@ void Writer::BeginLoop(uint32_t count) {
   if (in_loop_) {
     throw Error("loops do not nest: the player has one counter; end the open loop first");
   }
-  if (count == 0 || count > kLargestNumber) {
+  if (count == 0 || count > kMaxNumber) {
     throw Error("a loop is played 1 to 2^31 - 1 times, not " + std::to_string(count) +
                 "; for none leave its records out");
   }

@@ -19,7 +19,7 @@ using testing::Not;
 constexpr uint32_t kIdcode = 0x0A014C35;
 
 void IdcodeCompare(tvb::Writer &writer, uint32_t mask = 0xFFFFFFFF) {
-  writer.Sir(8, {0x60});
+  writer.Sir(8, tvb::Buffer{0x60});
   writer.Sdr(32, FileBytes(0, 32), FileBytes(kIdcode, 32), FileBytes(mask, 32));
 }
 
@@ -27,8 +27,8 @@ void IdcodeCompare(tvb::Writer &writer, uint32_t mask = 0xFFFFFFFF) {
 tvb::Buffer LoopFile() {
   tvb::Writer writer;
   writer.Opening(1, 2);
-  writer.Hdr(2, {0x00});
-  writer.Tdr(1, {0x80});
+  writer.Hdr(2, tvb::Buffer{0x00});
+  writer.Tdr(1, tvb::Buffer{0x80});
   IdcodeCompare(writer);
   writer.BeginLoop(3);
   tvb::Buffer data(38, 0x5A);
@@ -158,14 +158,14 @@ TEST_F(PlayMismatch, TellsThatTdoIsStuck) {
 
 TEST_F(PlayMismatch, DoesNotCallAFewBitsStuck) {
   tvb::Writer writer;
-  writer.Sdr(8, {0}, {0xE0}, {0xE0});
+  writer.Sdr(8, tvb::Buffer{0}, tvb::Buffer{0xE0}, tvb::Buffer{0xE0});
   EXPECT_THAT(DetailOfStuck(writer.Finish(), false), Not(HasSubstr("stuck")));
 }
 
 TEST_F(PlayMismatch, DoesNotTakeALaterScanForAnIdcode) {
   tvb::Writer writer;
-  writer.Sdr(8, {0}, {0x55}, {0xFF});
-  writer.Sir(8, {0x11});
+  writer.Sdr(8, tvb::Buffer{0}, tvb::Buffer{0x55}, tvb::Buffer{0xFF});
+  writer.Sir(8, tvb::Buffer{0x11});
   writer.Sdr(32, FileBytes(0, 32), FileBytes(kIdcode, 32), FileBytes(0xFFFFFFFF, 32));
   const auto mismatch = Fail(writer.Finish(), 3, 28);
   ASSERT_TRUE(mismatch);
@@ -175,9 +175,9 @@ TEST_F(PlayMismatch, DoesNotTakeALaterScanForAnIdcode) {
 TEST(PlayPlayhead, FindsTheRecordsOfALoopAgain) {
   tvb::Writer writer;
   writer.BeginLoop(2);
-  writer.Sdr(8, {1});
+  writer.Sdr(8, tvb::Buffer{1});
   writer.RunTest(5);
-  writer.Sdr(8, {2});
+  writer.Sdr(8, tvb::Buffer{2});
   writer.EndLoop();
   PlayBench bench(writer.Finish());
   tool::EchoTarget echo(bench.playhead);
@@ -198,8 +198,8 @@ TEST(PlayPlayhead, FindsTheRecordsOfALoopAgain) {
 TEST(PlayLength, CountsClocksAsTheyArePlayed) {
   tvb::Writer writer;
   writer.FreshFrequency(2000000);
-  writer.Hir(3, {0});
-  writer.Sir(8, {0x60});                                // 6 + 3 + 8
+  writer.Hir(3, tvb::Buffer{0});
+  writer.Sir(8, tvb::Buffer{0x60});                     // 6 + 3 + 8
   writer.RunTest(100, std::chrono::microseconds(500));  // 1100
   writer.BeginLoop(10);
   writer.Sdr(40, tvb::Buffer(5));  // 45

@@ -57,7 +57,7 @@ tvb::Buffer ProgramFile() {
   tvb::Writer writer;
   writer.Frequency(0);
   writer.Sir(8, FileBytes(0x10, 8));
-  writer.Sdr(1, {0});
+  writer.Sdr(1, tvb::Buffer{0});
   writer.Sir(8, FileBytes(0x20, 8));
   writer.RunTest(40);
   writer.Sir(8, FileBytes(0x31, 8));
@@ -66,7 +66,7 @@ tvb::Buffer ProgramFile() {
   writer.Sdr(16, FileBytes(0xABCD, 16));
   writer.RunTest(20);
   writer.Sir(8, FileBytes(0x40, 8));
-  writer.Sdr(8, {0}, FileBytes(0x05, 8), {0xFF});
+  writer.Sdr(8, tvb::Buffer{0}, FileBytes(0x05, 8), tvb::Buffer{0xFF});
   return writer.Finish();
 }
 
@@ -120,7 +120,7 @@ TEST(PlayRehearsal, SeesAFailureThatTheDriverDoesNot) {
 TEST(PlayRehearsal, StopsWhereTheDriverStops) {
   tvb::Writer writer;
   writer.Sdr(32, FileBytes(0, 32), FileBytes(5, 32), FileBytes(0xFFFFFFFF, 32));
-  writer.Sdr(8, {0xFF});
+  writer.Sdr(8, tvb::Buffer{0xFF});
   Played played(writer.Finish(), nullptr, tool::FailAt{1, 3});
   EXPECT_FALSE(played.rehearsal.result().done);
   EXPECT_EQ(played.rehearsal.result().stop, DriverStop::kMismatch);

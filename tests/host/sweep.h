@@ -87,7 +87,7 @@ class Subject {
     script::ProgramPart(script_, place_, part_, rows_);
     script_.InstructionThroughPads(SIM_IDCODE_6);
     script_.Verify(script::Bits(32, '1'), script::BitsOf(part_.idcode, 32));
-    script_.Record([&] { script_.writer().Reserved(5, {'^', 8, 13}); });
+    script_.Record([&] { script_.writer().Reserved(5, tvb::Buffer{'^', 8, 13}); });
     script_.Record([&] { script_.writer().RunTest(3, std::chrono::microseconds(40002)); });
     script_.ExpectIdle(40005);
     script_.Instruction(SIM_STATUS);

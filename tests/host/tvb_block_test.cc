@@ -61,7 +61,7 @@ TEST(TvbNumber, IsSevenBitsAByteLowestFirst) {
   EXPECT_EQ(Number(255), Buffer({0xFF, 0x01}));
   EXPECT_EQ(Number(16383), Buffer({0xFF, 0x7F}));
   EXPECT_EQ(Number(16384), Buffer({0x80, 0x80, 0x01}));
-  EXPECT_EQ(Number(tvb::kLargestNumber), Buffer({0xFF, 0xFF, 0xFF, 0xFF, 0x07}));
+  EXPECT_EQ(Number(tvb::kMaxNumber), Buffer({0xFF, 0xFF, 0xFF, 0xFF, 0x07}));
   EXPECT_EQ(Number(4294967295), Buffer({0xFF, 0xFF, 0xFF, 0xFF, 0x0F}));
 }
 

@@ -77,7 +77,7 @@ TEST_F(TvbDownload, TheOpeningCanChooseTheOtherIdcodeInstruction) {
 Writer MismatchAtTheEnd() {
   Writer writer;
   writer.Opening(0, 0);
-  writer.Sdr(8, {0x00}, {0x01}, {0xFF});
+  writer.Sdr(8, Buffer{0x00}, Buffer{0x01}, Buffer{0xFF});
   return writer;
 }
 
@@ -95,8 +95,8 @@ TEST_F(TvbDownload, TheClosingRecordTouchesNoLineAndLeavesNoTrace) {
     Writer writer;
     writer.Opening(1, 0);
     writer.FreshFrequency(77000);
-    writer.Hir(8, {0xFF});
-    writer.Tdr(1, {0x80});
+    writer.Hir(8, Buffer{0xFF});
+    writer.Tdr(1, Buffer{0x80});
     uint64_t before = pins_.writes() + pins_.reads();
     EXPECT_EQ(Play(guarded ? writer.Finish() : writer.FinishUnguarded()), 1);
     EXPECT_EQ(g_freq, 77000u);
@@ -126,11 +126,11 @@ TEST_F(TvbDownload, AFreshFrequencyForgetsEarlierFiles) {
 TEST_F(TvbDownload, ClearedPadsLeaveNoLengths) {
   Writer writer;
   writer.Opening(1, 1);
-  writer.Hir(8, {0xFF});
-  writer.Tir(8, {0xFF});
-  writer.Hdr(1, {0x80});
-  writer.Tdr(1, {0x80});
-  writer.Sdr(12, {0x12, 0x30});
+  writer.Hir(8, Buffer{0xFF});
+  writer.Tir(8, Buffer{0xFF});
+  writer.Hdr(1, Buffer{0x80});
+  writer.Tdr(1, Buffer{0x80});
+  writer.Sdr(12, Buffer{0x12, 0x30});
   writer.ClearPads();
   EXPECT_EQ(Play(writer.Finish()), 1);
   EXPECT_EQ(g_hir_len + g_tir_len + g_hdr_len + g_tdr_len, 0u);

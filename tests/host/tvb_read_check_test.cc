@@ -93,7 +93,7 @@ TEST(TvbCheck, WhatTheWriterWritesIsClean) {
     writer.Encode(tvb::BlockChoice::As(static_cast<tvb::Encoding>(mode)));
     writer.Sdr(320, data, data, data);
   }
-  writer.Reserved(19, {1, 2});
+  writer.Reserved(19, tvb::Buffer{1, 2});
   writer.ClearPads();
   ExpectClean(writer.Finish());
 }

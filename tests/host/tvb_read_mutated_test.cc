@@ -20,7 +20,7 @@ Buffer Good(uint32_t seed) {
   tvb::Writer writer;
   writer.Opening(random() % 3, random() % 3);
   writer.FreshFrequency(1000000);
-  writer.Hdr(9, {0xFF, 0x80});
+  writer.Hdr(9, Buffer{0xFF, 0x80});
   for (int i = 0; i < 8; ++i) {
     const Buffer data = tvb_data::Runs(1 + random() % 60, 9, random());
     const auto bits = static_cast<uint32_t>(8 * data.size() - random() % 8);

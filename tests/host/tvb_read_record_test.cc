@@ -207,10 +207,10 @@ TEST(TvbReadRecord, UnknownTagOfAShiftIsAFault) {
 }
 
 TEST(TvbReadRecord, TooManyFieldsAreAFault) {
-  const Bytes tags(2 * tvb::kMostFields, image::kTagTdi);
+  const Bytes tags(2 * tvb::kMaxFields, image::kTagTdi);
   const RecordView record = Only(image::Shift(image::kSdr, 0, tags));
   ASSERT_TRUE(record.fault);
-  EXPECT_EQ(record.fields.size(), tvb::kMostFields);
+  EXPECT_EQ(record.fields.size(), tvb::kMaxFields);
 }
 
 TEST(TvbReader, StopsAtWhatIsNoRecord) {

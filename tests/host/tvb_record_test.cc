@@ -48,7 +48,7 @@ TEST(TvbHeader, IsEighteenBytesUnlessTheNumberIsLong) {
 
 TEST(TvbRecord, LengthCountsBitsFromTheOpcodeOn) {
   EXPECT_EQ(Records([](Writer &w) { w.Reserved(1, {}); }), Buffer({'^', 8, 1}));
-  EXPECT_EQ(Records([](Writer &w) { w.Reserved(5, {0xAB}); }), Buffer({'^', 16, 5, 0xAB}));
+  EXPECT_EQ(Records([](Writer &w) { w.Reserved(5, Buffer{0xAB}); }), Buffer({'^', 16, 5, 0xAB}));
   Buffer body(15, 0xEE);
   Buffer record = Records([&](Writer &w) { w.Reserved(6, body); });
   EXPECT_EQ(Buffer(record.begin(), record.begin() + 4), Buffer({'^', 0x80, 0x01, 6}));
@@ -60,7 +60,7 @@ TEST(TvbRecord, LengthCountsBitsFromTheOpcodeOn) {
 }
 
 TEST(TvbRecord, AnyOpcodeCanBeFramed) {
-  EXPECT_EQ(Records([](Writer &w) { w.Record(2, {1, 2}); }), Buffer({'^', 24, 2, 1, 2}));
+  EXPECT_EQ(Records([](Writer &w) { w.Record(2, Buffer{1, 2}); }), Buffer({'^', 24, 2, 1, 2}));
   EXPECT_EQ(Records([](Writer &w) { w.Record(0xFF, {}); }), Buffer({'^', 8, 0xFF}));
 }
 
@@ -72,13 +72,13 @@ TEST(TvbRecord, ABodyTooLongForItsLengthIsRefused) {
 }
 
 TEST(TvbRecord, ShiftsHoldTheirFieldsInOrder) {
-  EXPECT_EQ(RawRecords([](Writer &w) { w.Sir(8, {0x60}); }),
+  EXPECT_EQ(RawRecords([](Writer &w) { w.Sir(8, Buffer{0x60}); }),
             Buffer({'^', 48, 14, 8, 15, 0, 0x60, 23}));
   EXPECT_EQ(RawRecords([](Writer &w) {
-              w.Sdr(12, {0x12, 0x30}, {0x45, 0x60});
+              w.Sdr(12, Buffer{0x12, 0x30}, Buffer{0x45, 0x60});
             }),
             Buffer({'^', 88, 13, 12, 15, 0, 0x12, 0x30, 16, 0, 0x45, 0x60, 23}));
-  EXPECT_EQ(RawRecords([](Writer &w) { w.Sdr(8, {0x12}, {0x45}, {0xF0}); }),
+  EXPECT_EQ(RawRecords([](Writer &w) { w.Sdr(8, Buffer{0x12}, Buffer{0x45}, Buffer{0xF0}); }),
             Buffer({'^', 96, 13, 8, 15, 0, 0x12, 16, 0, 0x45, 17, 0, 0xF0, 23}));
 }
 
@@ -89,16 +89,16 @@ TEST(TvbRecord, AShiftOfNoBitsHasNoFields) {
 
 TEST(TvbRecord, ShiftsTakeTheEncodingInForce) {
   EXPECT_EQ(Records([](Writer &w) {
-              w.Sdr(24, {0xAA, 0xAA, 0xAA});
+              w.Sdr(24, Buffer{0xAA, 0xAA, 0xAA});
             }),
             Buffer({'^', 56, 13, 24, 15, 2, 1, 0xA0, 23}));
   EXPECT_EQ(Records([](Writer &w) {
               w.Encode(BlockChoice::As(Encoding::kRunLength));
-              w.Sdr(24, {0xAA, 0xAA, 0xAA});
+              w.Sdr(24, Buffer{0xAA, 0xAA, 0xAA});
               w.Encode(BlockChoice::With(Encoding::kLzw, 2));
-              w.Sdr(8, {0x41});
+              w.Sdr(8, Buffer{0x41});
               w.Encode(BlockChoice::Smallest());
-              w.Sdr(8, {0x41});
+              w.Sdr(8, Buffer{0x41});
             }),
             Buffer({'^', 64, 13,   24,   15,   1,  0xAA, 0xAA, 2,  23, '^', 72, 13,   8, 15,
                     4,   2,  0x41, 0xFF, 0x01, 23, '^',  48,   13, 8,  15,  0,  0x41, 23}));
@@ -107,7 +107,7 @@ TEST(TvbRecord, ShiftsTakeTheEncodingInForce) {
 TEST(TvbRecord, PlainBlocksHaveNoModeByte) {
   EXPECT_EQ(Records(
                 [](Writer &w) {
-                  w.Sdr(16, {0, 0}, {0, 0}, {0xFF, 0xFF});
+                  w.Sdr(16, Buffer{0, 0}, Buffer{0, 0}, Buffer{0xFF, 0xFF});
                 },
                 FileHeader::Plain()),
             Buffer({'^', 96, 13, 16, 15, 0, 0, 16, 0, 0, 17, 0xFF, 0xFF, 23}));
@@ -127,13 +127,15 @@ TEST(TvbRecord, LongRegistersHaveLongNumbers) {
 
 TEST(TvbRecord, HeadersAndTrailersAreAlwaysRaw) {
   EXPECT_EQ(Records([](Writer &w) {
-              w.Tdr(12, {0xFF, 0xF0});
+              w.Tdr(12, Buffer{0xFF, 0xF0});
             }),
             Buffer({'^', 48, 9, 12, 15, 0xFF, 0xF0, 23}));
-  EXPECT_EQ(Records([](Writer &w) { w.Tir(8, {0xFF}); }), Buffer({'^', 40, 10, 8, 15, 0xFF, 23}));
-  EXPECT_EQ(Records([](Writer &w) { w.Hdr(1, {0x80}); }), Buffer({'^', 40, 11, 1, 15, 0x80, 23}));
+  EXPECT_EQ(Records([](Writer &w) { w.Tir(8, Buffer{0xFF}); }),
+            Buffer({'^', 40, 10, 8, 15, 0xFF, 23}));
+  EXPECT_EQ(Records([](Writer &w) { w.Hdr(1, Buffer{0x80}); }),
+            Buffer({'^', 40, 11, 1, 15, 0x80, 23}));
   EXPECT_EQ(Records([](Writer &w) {
-              w.Hir(24, {0xFF, 0xFF, 0xFF});
+              w.Hir(24, Buffer{0xFF, 0xFF, 0xFF});
             }),
             Buffer({'^', 56, 12, 24, 15, 0xFF, 0xFF, 0xFF, 23}));
   EXPECT_EQ(Records([](Writer &w) { w.Hir(0, {}); }), Buffer({'^', 16, 12, 0}));

@@ -27,18 +27,18 @@ void ExpectRefused(Writer &writer, const std::string &word, Use use) {
 
 TEST(TvbWriter, RegisterDataMustFitItsBits) {
   Writer w;
-  ExpectRefused(w, "TDI of 9 bits takes 2 bytes, not 1", [&] { w.Sir(9, {1}); });
+  ExpectRefused(w, "TDI of 9 bits takes 2 bytes, not 1", [&] { w.Sir(9, Buffer{1}); });
   ExpectRefused(w, "TDI of 8 bits takes 1 bytes, not 0", [&] { w.Sdr(8, {}); });
-  ExpectRefused(w, "TDI of 0 bits takes 0 bytes, not 1", [&] { w.Sdr(0, {1}); });
-  ExpectRefused(w, "TDO of 8 bits", [&] { w.Sdr(8, {1}, {1, 2}); });
-  ExpectRefused(w, "MASK of 8 bits", [&] { w.Sdr(8, {1}, {1}, {1, 2}); });
+  ExpectRefused(w, "TDI of 0 bits takes 0 bytes, not 1", [&] { w.Sdr(0, Buffer{1}); });
+  ExpectRefused(w, "TDO of 8 bits", [&] { w.Sdr(8, Buffer{1}, Buffer{1, 2}); });
+  ExpectRefused(w, "MASK of 8 bits", [&] { w.Sdr(8, Buffer{1}, Buffer{1}, Buffer{1, 2}); });
   ExpectRefused(w, "header or trailer", [&] { w.Hir(8, {}); });
-  ExpectRefused(w, "header or trailer", [&] { w.Tdr(0, {1}); });
+  ExpectRefused(w, "header or trailer", [&] { w.Tdr(0, Buffer{1}); });
 }
 
 TEST(TvbWriter, AMaskNeedsSomethingToCompareWith) {
   Writer w;
-  ExpectRefused(w, "MASK without TDO", [&] { w.Sdr(8, {1}, {}, {0xFF}); });
+  ExpectRefused(w, "MASK without TDO", [&] { w.Sdr(8, Buffer{1}, {}, Buffer{0xFF}); });
 }
 
 TEST(TvbWriter, LoopsDoNotNest) {
@@ -89,13 +89,13 @@ TEST(TvbWriter, FrequenciesAreOf31Bits) {
 TEST(TvbWriter, ABadEncodingIsRefusedAtOnce) {
   Writer w;
   ExpectRefused(w, "0 to 3", [&] { w.Encode(tvb::BlockChoice::With(tvb::Encoding::kLzw, 4)); });
-  w.Sdr(8, {1});
+  w.Sdr(8, Buffer{1});
 }
 
 TEST(TvbWriter, NothingFollowsTheEnd) {
   Writer w;
   w.Finish();
-  ExpectRefused(w, "finished", [&] { w.Sir(8, {1}); });
+  ExpectRefused(w, "finished", [&] { w.Sir(8, Buffer{1}); });
   ExpectRefused(w, "finished", [&] { w.RunTest(1); });
   ExpectRefused(w, "finished", [&] { w.ClearPads(); });
   ExpectRefused(w, "finished", [&] { w.FreshFrequency(1); });
@@ -162,7 +162,7 @@ TEST(TvbWriter, AFileCanBeTakenInPieces) {
     w.FreshFrequency(1000000);
     w.BeginLoop(3);
     between();
-    w.Sdr(16, {1, 2}, {3, 4}, {5, 6});
+    w.Sdr(16, Buffer{1, 2}, Buffer{3, 4}, Buffer{5, 6});
     w.EndLoop();
     between();
   };

@@ -99,10 +99,10 @@ tvb::Buffer Loop() {
 tvb::Buffer Padded() {
   const std::vector<Bits> rows = demo::RowsOfText(kPart, kText);
   PartFile file(kAlone, kPart);
-  file.writer().Hir(8, {0xFF});
-  file.writer().Tir(8, {0xFF});
-  file.writer().Hdr(1, {0x80});
-  file.writer().Tdr(1, {0x80});
+  file.writer().Hir(8, tvb::Buffer{0xFF});
+  file.writer().Tir(8, tvb::Buffer{0xFF});
+  file.writer().Hdr(1, tvb::Buffer{0x80});
+  file.writer().Tdr(1, tvb::Buffer{0x80});
   file.CheckIdcode();
   file.Erase();
   file.Program(rows);
@@ -137,7 +137,7 @@ tvb::Buffer UnknownOpcode() {
 // An instruction record of 8 bits in which a tag stands that there is none of.
 tvb::Buffer UnknownTag() {
   PartFile file(kAlone, kPart);
-  file.writer().Record(tvb::kSir, {8, 99});
+  file.writer().Record(tvb::kSir, tvb::Buffer{8, 99});
   return file.Finish();
 }
 

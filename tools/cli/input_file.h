@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "tvb/bytes.h"
-#include "tvb/record_view.h"
+#include "tvb/reader.h"
 
 namespace tool {
 

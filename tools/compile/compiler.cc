@@ -180,8 +180,7 @@ void Compiler::Do(const svf::FrequencyStatement &frequency) {
   uint32_t hz = 0;
   if (frequency.hertz) {
     // It is an upper bound, so a lower one will do.
-    hz = static_cast<uint32_t>(
-        std::min<uint64_t>(frequency.hertz->TimesDown(1), tvb::kLargestNumber));
+    hz = static_cast<uint32_t>(std::min<uint64_t>(frequency.hertz->TimesDown(1), tvb::kMaxNumber));
     if (hz == 0) {
       throw svf::Error(frequency.hertz_offset,
                        "a frequency below 1 HZ has no form in a TVB file; write at least 1 HZ, or "

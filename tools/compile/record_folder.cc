@@ -188,8 +188,7 @@ void RecordFolder::OpenLoopAt(size_t entry, const Choice &choice) {
 bool RecordFolder::GoOnWithLoop(tvb::Bytes record) {
   const size_t start = loop_.starts[loop_.matched];
   const size_t end = loop_.starts[loop_.matched + 1];
-  if (!Equal(record, {loop_.body.data() + start, end - start}) ||
-      loop_.copies == tvb::kLargestNumber) {
+  if (!Equal(record, {loop_.body.data() + start, end - start}) || loop_.copies == tvb::kMaxNumber) {
     return false;
   }
   if (++loop_.matched == loop_.starts.size() - 1) {

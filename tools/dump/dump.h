@@ -8,7 +8,7 @@
 
 #include "tools/cli/output_file.h"
 #include "tvb/bytes.h"
-#include "tvb/record_view.h"
+#include "tvb/reader.h"
 
 namespace tool {
 

@@ -5,6 +5,7 @@
 
 #include "tools/cli/bit_row.h"
 #include "tools/dump/dump.h"
+#include "tvb/names.h"
 #include "tvb/player.h"
 #include "tvb/text.h"
 

@@ -14,7 +14,7 @@
 #include "tools/rehearse/target.h"
 #include "tools/rehearse/trace.h"
 #include "tvb/bytes.h"
-#include "tvb/record_view.h"
+#include "tvb/reader.h"
 
 namespace tool {
 
