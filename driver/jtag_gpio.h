@@ -8,8 +8,8 @@
 
 extern "C" {
 
-// The GPIO numbers of the lines and the framework's way to them. Set by TvbToVec for a download,
-// owned by the framework, never cleared. Null at load.
+// The GPIO numbers of the lines and the framework's operations on them. Set by TvbToVec for a
+// download, owned by the framework, never cleared. Null at load.
 extern const struct pin_config *g_tvb_cpld_cfg;
 extern const struct pin_operations *g_tvb_jtag_funcs;
 

@@ -26,7 +26,7 @@ s64 Quorlan_NumberDecode(void) {
 static u8 *copy_raw(u64 count) {
   u8 *block = m7_alloc_zeroed_bytes(count + 1);
   if (!block) {
-    // The record stays in step: what follows the block is still found.
+    // What follows the block must still be found.
     g_pos += count;
     return nullptr;
   }
@@ -64,7 +64,7 @@ static u8 *read_pattern(s64 m) {
   return pattern;
 }
 
-// Repeats a pattern of m nibbles, m odd, after itself: bytes 0 to m - 1 then hold it twice.
+// Appends a pattern of m nibbles, m odd, to itself: bytes 0 to m - 1 then hold it twice.
 static void double_pattern(u8 *pattern, s64 m) {
   const s64 size = (m + 1) / 2;
   pattern[size - 1] = static_cast<u8>((pattern[size - 1] & 0xF0) | pattern[0] >> 4);
@@ -96,7 +96,7 @@ u8 *Quorlan_NibbleDecode(s64 count) {
   } else if (m != -1) {
     u8 *doubled = m7_realloc_bytes(pattern, static_cast<u64>(m + 1));
     if (!doubled) {
-      // The pattern stays allocated. This is meant.
+      // The pattern stays allocated. This is deliberate.
       printk("nibble decode: realloc fail");
       kfree(block);
       return nullptr;

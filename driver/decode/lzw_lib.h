@@ -5,8 +5,8 @@
 // A stream is a parameter byte k (0 to 3) and codes of variable width, packed least significant
 // bit first. The dictionary has 512 << k codes: 0 to 255 are the bytes, 256 clears the dictionary,
 // those from 257 on are strings. `next` counts up from 257 with every code: the code next - 1 is
-// the string that the code itself is defining, and the code `next` ends the stream. Where the
-// count would reach the size of the dictionary it starts again at 257, without a clear.
+// the string that it is itself defining, and the code `next` ends the stream. When the count would
+// reach the size of the dictionary it restarts at 257, without a clear.
 #pragma once
 
 #include "kernel/kernel.h"
@@ -15,7 +15,7 @@ extern "C" {
 
 // Decodes a stream. `read_byte` returns the next byte, or ~0 (-1) when there is none;
 // `write_byte` takes a decoded byte. Nothing is read past the end code.
-// Returns 0 when the end code was read, 1 for a bad parameter byte, a failed read, or tables that
-// cannot be had.
+// Returns 0 when the end code was read, 1 for a bad parameter byte, a failed read, or when out
+// of memory.
 s32 lzw_decompress(void (*write_byte)(u32), u32 (*read_byte)(void));
 }

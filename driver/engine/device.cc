@@ -34,11 +34,11 @@ void Quorlan_ExeSirCommand(u32 level, u32 total, u32 instruction) {
   kfree(bytes);
 }
 
-// What a read of a data register shifts: ceil(length / 8) bytes each, and a 0 byte.
+// What a read of a data register shifts: ceil(length / 8) bytes each, followed by a 0 byte.
 struct readback {
   u8 *tdi;   // ones
   u8 *tdo;   // zeros; nothing is compared
-  u8 *mask;  // one at each bit to read
+  u8 *mask;  // 1 at each bit to read
 };
 
 static void free_readback(struct readback *buffers) {
@@ -144,8 +144,7 @@ void Quorlan_PrintIOStatus(void) {
   if (!complete)
     return;
 
-  // Either string may be shorter than g_io_len: its terminator has a row too, what lies beyond has
-  // none.
+  // Either string may be shorter than g_io_len; nothing past its terminator is read.
   const u32 references = text_length(g_watch_ios);
   const u32 levels = text_length(g_chip_io_status);
   bool titled = false;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Reads from one device of a chain without a command file's help: its IDCODE, and the levels of its
-// IO pins; and the end of a session, when what the engine holds is freed.
+// Reads of one device in a chain, without a command file: its IDCODE and the levels of its IO pins.
+// Also the end of a session, which frees what the engine holds.
 //
 // `level` is the target's position, counted from 1 at the TDI end, and `total` the number of
 // devices. Every device has an 8-bit instruction register; those not addressed are in BYPASS,
@@ -16,18 +16,18 @@ extern "C" {
 // set it to 224, and it stays so.
 extern u32 g_idcode_pub;
 
-// The IDCODE as it was read: a bit string, most significant bit first, or null. Freed by
+// The last IDCODE read: a bit string, most significant bit first, or null. Freed by
 // Quorlan_FreeMemory; a later read overwrites it without freeing it.
 extern u8 *g_chip_idcode;
 
 // Loads the low 8 bits of `instruction` (bit 0 shifted first) into the target and all ones into
-// the others. With a level that is not in the chain all get ones. Nothing is compared. Shifts
-// nothing when memory cannot be had.
+// the others. With a level outside the chain all devices get ones. Nothing is compared. Shifts
+// nothing when out of memory.
 void Quorlan_ExeSirCommand(u32 level, u32 total, u32 instruction);
 
 // Shifts ones through the chain and returns `bits` bits of the target's data register as a new
 // bit string, last one read first, which the caller frees with kfree. Null when nothing was read
-// or memory cannot be had.
+// or when out of memory.
 u8 *Quorlan_ExeSdrRdbkCommand(u32 level, u32 total, s32 bits);
 
 // Reads the target's IDCODE into g_chip_idcode and logs it, or why it could not be read: five
@@ -37,7 +37,7 @@ void Quorlan_ReadIdCode(u32 level, u32 total);
 // The number of IO-status bits; 0 at load, and nothing in the module sets it.
 extern u32 g_io_len;
 
-// The IO status as it was read: a bit string, last bit read first, or null.
+// The last IO status read: a bit string, last bit read first, or null.
 extern u8 *g_chip_io_status;
 
 // The reference, one character an IO ('x': not watched), or null. Nothing in the module sets it.
@@ -48,9 +48,9 @@ extern u8 *g_watch_ios;
 // the kernel log. Does nothing when g_io_len is 0.
 void Quorlan_ReadIOStatus(u32 level, u32 total);
 
-// Prints to the kernel log a row for every watched IO, i being its place in the reference and in
-// the order of reading: reference, level read, and whether they agree. A string that is shorter
-// than g_io_len counts with its terminator; what lies beyond has no row.
+// Prints to the kernel log a row for every watched IO: its index in the reference, which is the
+// order of reading, the reference, the level read, and whether the two agree. In a string shorter
+// than g_io_len the terminator counts as an IO; beyond it there are no rows.
 void Quorlan_PrintIOStatus(void);
 
 // Frees and clears what the engine holds for a download: the vector, the four header/trailer

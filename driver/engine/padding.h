@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Header and trailer registers: the bits that pad every scan through a chain, before the target's
-// own (header, for the devices between target and TDO) and after them (trailer).
+// Header and trailer registers: the bits that pad every scan of a chain before the target's own
+// (header, for the devices between target and TDO) and after them (trailer).
 #pragma once
 
 #include "kernel/kernel.h"
@@ -12,8 +12,8 @@ extern "C" {
 // a record of the same register replaces it. 0 at load.
 extern u32 g_tdr_len, g_tir_len, g_hdr_len, g_hir_len;
 
-// The bytes of each register as its record gave them (ceil(length / 8), then a 0), or null. They
-// stand here with the rest of the register; the interpreter fills, replaces and releases them.
+// The bytes of each register as its record had them (ceil(length / 8), then a 0), or null. The
+// interpreter stores, replaces and frees them.
 extern u8 *g_tdr_data, *g_tir_data, *g_hdr_data, *g_hir_data;
 
 // Each register as vector characters, ready to append, or null. Freed at the normal end of a
@@ -24,10 +24,10 @@ extern u8 *g_tdr_vector, *g_tir_vector, *g_hdr_vector, *g_hir_vector;
 // -1 for any other opcode.
 s32 m7_padding_index(signed char opcode);
 
-// Rebuilds the vector of the register of `opcode` from `bits` bits of `data`, bit d (d = 0 shifted
-// first) being bit 7 - d mod 8 of byte d div 8; null stands for zeros. The last character of a
-// trailer has TMS 1: it is the last of its shift. With 0 bits the register has no vector. Nor has
-// it one when memory cannot be had, or `bits` is negative: the download is stopped then. Any other
-// opcode is reported to the kernel log and changes nothing.
+// Rebuilds the vector of the register of `opcode` from the first `bits` bits of `data` (in the
+// order of util/bit_string.h); null stands for zeros. The last character of a trailer has TMS 1: it
+// ends the shift. With 0 bits the register has no vector. When out of memory, or when `bits` is
+// negative, it has none either and the download is stopped. Any other opcode is reported to the
+// kernel log and changes nothing.
 void Quorlan_GenHeadAndTrailerVec(signed char opcode, s32 bits, const u8 *data);
 }

@@ -53,8 +53,8 @@ void Quorlan_Transfer(const u8 *mask, u32 start, u32 end) {
   }
 }
 
-// Plays the vector and puts what it reads into `capture`, of `room` bytes. Returns how many
-// characters that are, 0 also when g_status was cleared.
+// Plays the vector and stores what it reads in `capture`, of `room` bytes. Returns the number of
+// characters stored; 0 when g_status was cleared.
 static u32 capture_tdo(u8 *capture, u32 room, const u8 *mask, u32 start, u32 end) {
   const u32 n = m7_vector_length();
   u32 count = 0;
@@ -74,7 +74,7 @@ static u32 capture_tdo(u8 *capture, u32 room, const u8 *mask, u32 start, u32 end
 }
 
 u8 *Quorlan_TransferAndReadTDO(const u8 *mask, u32 start, u32 end) {
-  // 0 for the range that holds every index, which then has no room for any of them.
+  // 0 for the range of all indices, which then has no room for any of them.
   const u32 room = end - start + 1;
   u8 *capture = m7_alloc_bytes(room);
   if (!capture)

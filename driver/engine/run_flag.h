@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Whether the download runs, and what stopped it.
+// Whether the download is running, and what stopped it.
 #pragma once
 
 #include "kernel/kernel.h"
@@ -8,15 +8,16 @@
 
 extern "C" {
 
-// 1 while the download runs, 0 once something has failed: nothing is played then. 1 at load; set
+// 1 while the download runs, 0 once something has failed; nothing is played then. 1 at load; set
 // to 1 by TvbToVec for every download.
 extern u32 g_status;
 
-// What stopped the download: 0 for nothing, RESULT_VERIFY_FAILED for a mismatch, that of the last
-// record included, or RESULT_NO_MEMORY. 0 at load and when a download starts; stays readable until
-// the next one does. A malformed file does not show here.
+// What stopped the download: RESULT_VERIFY_FAILED for a mismatch (also in the last record, where
+// the download still completes), RESULT_NO_MEMORY, or 0 for neither. Set to 0 when a download
+// starts, so it can be read until the next one does. 0 at load. Malformed files are not recorded
+// here.
 extern s32 g_stop_code;
 
-// Clears g_status and sets g_stop_code to `code`: nothing more is played.
+// Stops the download: clears g_status and sets g_stop_code to `code`.
 void m7_stop(s32 code);
 }

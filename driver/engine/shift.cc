@@ -63,7 +63,7 @@ static u64 vector_bits(const u8 *vector) {
 static bool build_instruction_shift(struct vector_end *end, u32 bits, const u8 *tdi,
                                     const u8 *tdo) {
   const u64 own = static_cast<u64>(bits) + INSTRUCTION_WALK + CLOSING;
-  // A length may have outlived its vector: it is asked for, but takes no room.
+  // A length that has outlived its vector is requested, but takes no room.
   if (!m7_begin_vector(end, own + g_hir_len + g_tir_len,
                        own + vector_bits(g_hir_vector) + vector_bits(g_tir_vector)))
     return false;
@@ -90,7 +90,7 @@ static bool build_data_shift(struct vector_end *end, u32 bits, const u8 *tdi, co
 }
 
 // The range's end counts back from the vector's, in unsigned 32 bits: a length that has outlived
-// its vector moves the range, and the playback goes by what comes out.
+// its vector moves the range, and the playback takes it as it is.
 static u32 range_end(const struct vector_end *end, u32 trailer) {
   return static_cast<u32>(end->length) - trailer - CLOSING;
 }

@@ -14,15 +14,15 @@ u32 g_vector_size = VECTOR_SIZE_AT_LOAD;
 u32 g_vec_val;
 u8 g_buf[2];
 
-// The buffer that was allocated here last, for g_vector_size may have been raised since.
+// The size of the last buffer allocated here; g_vector_size may have been raised since.
 static struct {
   const u8 *vector;
   u64 room;  // its bytes
   u32 size;  // g_vector_size as it was then
 } g_vector_room;
 
-// g_vector_size is only lowered by a caller, who then has brought a buffer too, maybe to the
-// address of an earlier one.
+// Only a caller lowers g_vector_size. It then brings a buffer too, perhaps at the address of an
+// earlier one.
 static bool is_own_buffer(void) {
   return g_vector_room.vector == g_vector && g_vector_room.size <= g_vector_size;
 }
@@ -31,7 +31,7 @@ static u64 string_length(const u8 *characters) {
   return strlen(reinterpret_cast<const char *>(characters));
 }
 
-// Not by strlen: a buffer may be too small for any terminator, or have lost it to a caller.
+// Not by strlen: the buffer may have no room for a terminator, or a caller may have overwritten it.
 static u64 own_length(void) {
   u64 length = 0;
   while (length < g_vector_room.room && g_vector[length] != 0)
@@ -60,7 +60,7 @@ static void give_up(struct vector_end *end) {
   printk("Error: malloc/realloc failed, size %d\n", static_cast<s32>(g_vector_size));
 }
 
-// Makes `buffer` of `room` bytes, or none, the vector's, which becomes empty.
+// Makes `buffer` (null: none) of `room` bytes the vector's and empties the vector.
 static struct vector_end start_buffer(u8 *buffer, u64 room) {
   g_vector = buffer;
   g_vector_room = {buffer, room, g_vector_size};
@@ -101,7 +101,7 @@ bool m7_begin_vector(struct vector_end *end, u64 asked, u64 needed) {
 struct vector_end m7_replace_vector(void) {
   m7_free(g_vector);
   g_vector = nullptr;
-  // A length that no buffer can have was asked for once; it must not end every later download.
+  // One request for an impossible length must not end every later download.
   const u32 room = g_vector_size <= M7_ALLOC_MAX ? g_vector_size : VECTOR_SIZE_AT_LOAD;
   return start_buffer(m7_alloc_bytes(room), room);
 }
@@ -111,7 +111,7 @@ void m7_forget_vector(void) {
 }
 
 // Returns the size to grow to from `room` for `needed` bytes: what g_vector_size asks for, unless
-// that is too little, or more than the allocator has.
+// that is too little or more than the allocator allows.
 static u64 grown_size(u64 room, u64 needed) {
   const u64 asked = static_cast<u64>(g_vector_size) + 1;
   if (asked >= needed && asked <= M7_ALLOC_MAX)

@@ -3,9 +3,9 @@
 // The vector: a JTAG operation written out before it is played, as a NUL-terminated string with
 // one character a TCK period. No character is 0, for TCK ends every period high.
 //
-// Who builds an operation of many characters holds the vector's end and appends there: nothing is
-// searched. The functions without an end find it themselves, at the vector's terminator as it is
-// when they are called, whoever put it there.
+// A builder of many characters keeps the vector's end and appends there, without a search.
+// Functions that take no end measure the vector first and append at its terminator, wherever a
+// caller put it.
 #pragma once
 
 #include "kernel/kernel.h"
@@ -25,14 +25,14 @@
 extern "C" {
 
 // The vector that is built or played, or null. Allocated for a download and freed at a normal end.
-// A buffer that a caller puts there comes from __kmalloc and holds g_vector_size bytes, and a
-// terminator among them.
+// A caller that brings a buffer of its own frees the old one by Quorlan_FreeMemory; the new one
+// comes from __kmalloc, holds g_vector_size bytes and has a terminator.
 extern u8 *g_vector;
 
-// The longest vector, in characters, that was ever asked for. 3200 at load, never lowered.
+// The longest vector ever requested, in characters. 3200 at load, never lowered.
 extern u32 g_vector_size;
 
-// The levels that the next character will carry; bits without a name are kept. 0 at load.
+// The levels of the next character; bits without a name are kept. 0 at load.
 extern u32 g_vec_val;
 
 // Scratch: byte 0 is the last character made, byte 1 is 0.
@@ -42,7 +42,7 @@ extern u8 g_buf[2];
 struct vector_end {
   u64 length;     // index of the terminator
   u64 room;       // bytes of the buffer
-  bool given_up;  // nothing is appended: there is no buffer, or none that is large enough
+  bool given_up;  // nothing is appended: no buffer, or none large enough
 };
 
 // Empties the vector for one of `length` characters: raises g_vector_size to it, and allocates
@@ -51,16 +51,16 @@ struct vector_end {
 // log and stops the download.
 void Quorlan_MemSet(u32 length);
 
-// Empties the vector for a scan as Quorlan_MemSet(asked) does and sets `end`. Returns false, the
-// download stopped, when `asked` is 2^32 or more, when there is no buffer, or when none can hold
-// the `needed` characters that the scan really has.
+// Empties the vector for a scan as Quorlan_MemSet(asked) does and sets `end`. Returns false, with
+// the download stopped, when `asked` is 2^32 or more, when there is no buffer, or when none can
+// hold the `needed` characters that the scan really has.
 bool m7_begin_vector(struct vector_end *end, u64 asked, u64 needed);
 
 // Replaces the buffer by a new one of g_vector_size bytes, with an empty vector. Returns its end.
-// A failure is reported and stops the download as in Quorlan_MemSet.
+// A failure is reported and stops the download as by Quorlan_MemSet.
 struct vector_end m7_replace_vector(void);
 
-// To be called when g_vector was freed.
+// Call this when g_vector has been freed.
 void m7_forget_vector(void);
 
 // Returns the end of the vector as it is.
@@ -72,9 +72,9 @@ u32 m7_vector_length(void);
 // Sets one LEVEL_… field of g_vec_val to `level` (0 or 1).
 void m7_set_level(u32 field, u32 level);
 
-// The appending functions keep the vector terminated. What does not fit makes the buffer grow, to
-// what g_vector_size asks for; where that cannot be had it is reported as in Quorlan_MemSet, the
-// download is stopped and `end` given up.
+// All functions below keep the vector terminated. When an append does not fit, the buffer grows to
+// what g_vector_size asks for, or more. If it cannot, that is reported as by Quorlan_MemSet, the
+// download is stopped and `end` is given up.
 
 // Appends one character made from g_vec_val.
 void m7_append_levels(struct vector_end *end);

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
 // The only file that sees the kernel's headers. It gives the module its information block and
-// proves, while compiling, that what kernel.h and framework.h declare is what the kernel has:
-// a prototype that differs is a conflicting declaration, a value or an offset that differs fails
-// its assertion.
+// proves at compile time that kernel.h and framework.h declare what the kernel has: a different
+// prototype is a conflicting declaration, a different value or offset fails its assertion.
 #include <linux/build_bug.h>
 #include <linux/ctype.h>
 #include <linux/delay.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// What the driver shares with the framework module `cpldjtag`: records that cross the border
-// between two separately built modules. Their layout is binary, little-endian, with 8-byte
-// pointers, and kept exactly; contract.c asserts every offset that is relied on.
+// What the driver shares with the framework module `cpldjtag`: records that pass between two
+// separately built modules. Their layout is fixed: little-endian, with 8-byte pointers. contract.c
+// asserts every offset that the driver relies on.
 #pragma once
 
 #include "kernel/kernel.h"
@@ -16,11 +16,11 @@ struct tvb_driver {
   u64 framework[2];  // the framework's bookkeeping; never touched by the driver
   const char *name;  // names the driver; the key by which it is unregistered
   void *const *ops;  // five operations; slot 0 is the download, the others are null
-  u32 values[3];     // the framework's meaning
+  u32 values[3];     // their meaning is the framework's
   u8 reserved[36];   // zero
 };
 
-// Which GPIO line is which JTAG signal. More of the framework's fields may follow.
+// The GPIO line of each JTAG signal. More fields of the framework may follow.
 struct pin_config {
   u8 framework[24];
   u32 tdi;
@@ -29,7 +29,7 @@ struct pin_config {
   u32 tck;
 };
 
-// The framework's way to a GPIO line; `gpio` is a line's number in pin_config.
+// The framework's operations on a GPIO line; `gpio` is a line number of pin_config.
 struct pin_operations {
   void *framework[2];
   int (*drive_high)(u32 gpio);  // result ignored

@@ -29,11 +29,11 @@ struct file;
 #define M7_GFP_KERNEL 0xCC0u
 #define M7_GFP_ZERO 0x100u
 
-// The largest block that __kmalloc can give, with the smallest pages. A larger request is not
-// merely refused: the kernel reports it as a bug of the caller.
+// The largest block that __kmalloc allocates, with the smallest pages. The kernel does not only
+// refuse a larger request: it reports a bug of the caller.
 #define M7_ALLOC_MAX (4u << 20)
 
-// Tells an upper-case letter (Latin-1 included) in an entry of _ctype.
+// Marks an upper-case letter (Latin-1 included) in an entry of _ctype.
 #define M7_CTYPE_UPPER 0x01u
 
 // The argument of __const_udelay that waits 100 microseconds.
@@ -42,16 +42,15 @@ struct file;
 // The kernel's character classes, one entry a byte value.
 extern const unsigned char _ctype[];
 
-// Allocates `size` bytes under M7_GFP_… flags. Null when memory cannot be had. The caller frees
-// the block with kfree.
+// Allocates `size` bytes under M7_GFP_… flags. Null when out of memory. The caller frees the block
+// with kfree.
 void *__kmalloc(size_t size, u32 flags);
 
-// Resizes `block` to `size` bytes, keeping its content; bytes that it gains are not set. Returns
-// the block, which may have moved: only the result may be used from then on. Null when memory
-// cannot be had: `block` is as it was.
+// Resizes `block` to `size` bytes and keeps its content; added bytes are uninitialised. The block
+// may move, so use only the result from then on. Null when out of memory: `block` is unchanged.
 void *krealloc(const void *block, size_t size, u32 flags);
 
-// Frees a block. Null is fine.
+// Frees a block; null is allowed.
 void kfree(const void *block);
 
 // Writes to the kernel log. The driver's messages carry no level prefix.

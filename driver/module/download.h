@@ -20,6 +20,6 @@ s32 TvbToVec(struct download_context *context, const u8 *image, u32 length);
 
 // Plays the image in g_tvb_buffer, of `length` bytes: header, TAP reset, pre-scan, records. No
 // byte past `length` is touched. `image` is not read. Returns 0 or the code of what failed: the
-// header's or the interpreter's. g_stop_code tells afterwards what stopped it, if anything did.
+// header's or the interpreter's. Sets g_stop_code.
 s32 Quorlan_HandleTvbContent(const u8 *image, u64 length);
 }

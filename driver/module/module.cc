@@ -8,7 +8,7 @@
 
 extern "C" {
 
-// The load messages' name; it is not the registered one.
+// The name in the load messages, which is not the registered one.
 #define LOAD_NAME "cpldjtag2_drv"
 
 void *g_tvb_funcs[5] = {reinterpret_cast<void *>(TvbToVec)};

@@ -17,6 +17,6 @@ extern struct tvb_driver g_tvb_drv;
 // result; the kernel refuses the load when it is not 0.
 s32 init_module(void);
 
-// Unregisters the driver and frees what downloads have left.
+// Unregisters the driver and frees what downloads have left behind.
 void cleanup_module(void);
 }

@@ -10,7 +10,7 @@
 
 extern "C" {
 
-// The shortest L of a run-test record that has fields: opcode, gate byte and one more.
+// The smallest L of a run-test record with fields: opcode, gate byte and one more.
 #define RUNTEST_LENGTH_MIN 24
 #define RUNTEST_GATE_OPEN 1
 
@@ -29,7 +29,7 @@ static s32 play_runtest(s64 length) {
 
   const u64 fields = g_pos;
   const u64 cycles = Quorlan_ProcessRuntestCmd();
-  // The byte after the last field may be missing at the file's end; the first field may not.
+  // At the end of the file the byte after the last field may be missing, but not the first field.
   const bool has_field = g_pos > fields + 1;
   if (m7_read_past_end(has_field ? 1 : 0))
     return m7_refuse_cut_record();
@@ -133,8 +133,8 @@ s32 m7_play_records(u64 length) {
       return rc;
   }
   end_file();
-  // A mismatch in the last record does not make the download fail. This is meant; that work was not
-  // done for want of memory does.
+  // A mismatch in the last record does not make the download fail, which is deliberate. Work left
+  // undone for lack of memory does.
   return g_status == 0 && g_stop_code == RESULT_NO_MEMORY ? RESULT_NO_MEMORY : 0;
 }
 

@@ -13,8 +13,8 @@ extern "C" {
 static u32 *const g_padding_lengths[] = {&g_tdr_len, &g_tir_len, &g_hdr_len, &g_hir_len};
 static u8 **const g_padding_data[] = {&g_tdr_data, &g_tir_data, &g_hdr_data, &g_hir_data};
 
-// Reads tag and bytes of a register of `bits` bits into a new block, null for another tag than
-// TDI. Returns false when memory cannot be had.
+// Reads tag and bytes of a register of `bits` bits into a new block, null for a tag other than TDI.
+// Returns false when out of memory.
 static bool read_data(u32 bits, u8 **data) {
   if (fgetc() != TAG_TDI)
     return true;
@@ -65,7 +65,7 @@ static void release(u8 **data) {
 }
 
 void m7_release_padding_data(void) {
-  // HIR's bytes only make HDR's be freed, even where these are null. This is meant.
+  // HIR's bytes stay; they only have HDR's freed, null or not. This is deliberate.
   if (g_hir_data || g_hdr_data) {
     kfree(g_hdr_data);
     g_hdr_data = nullptr;

@@ -10,7 +10,7 @@
 
 extern "C" {
 
-#define STRAY_BYTE 1  // read between two records
+#define STRAY_BYTE 1  // discarded between two records
 #define BYPASS 0xFF
 #define IDCODE_INSTRUCTION_E0 0xE0
 
@@ -59,8 +59,8 @@ s32 Quorlan_ReadSirInfo(u32 *after, u32 *before) {
   return target_seen;
 }
 
-// Reads the body of a TDR or HDR record: its length in bits is the number of devices that it
-// passes through.
+// Reads the body of a TDR or HDR record. Returns its length in bits, which is the number of
+// bypassed devices.
 static u32 read_padding_length(void) {
   const u32 bits = static_cast<u32>(Quorlan_ReadNumber());
   if (bits != 0) {
@@ -102,8 +102,8 @@ s32 Quorlan_ReadChipIdcode(void) {
   struct chain chain = {};
   while (fgetc() == RECORD_MARK) {
     const s32 rc = scan_record(&chain);
-    // This takes the next record's mark, so that a well-formed file is scanned no further than
-    // its first record. This is meant.
+    // This takes the next record's mark, so the scan of a well-formed file ends after its first
+    // record. This is deliberate.
     fgetc();
     if (rc)
       break;

@@ -12,8 +12,8 @@
 
 extern "C" {
 
-// The image and its length in bytes. Owned by the framework; the pointer is null after
-// a download, and still there after one that was rejected.
+// The image and its length in bytes. Owned by the framework; the pointer is null after a download,
+// but still set after a rejected one.
 extern const u8 *g_tvb_buffer;
 extern u64 g_tvb_length;
 
@@ -23,7 +23,7 @@ extern u64 g_pos;
 // After every single-byte read: that byte and a 0.
 extern u8 g_buffer[1024];
 
-// Bytes at this index and beyond are not touched and read as 0, while g_pos goes on. The image's
+// From this index on bytes read as 0 without being touched, and g_pos still advances. The image's
 // length during a download, READ_LIMIT_NONE otherwise.
 extern u64 g_read_limit;
 
@@ -36,8 +36,8 @@ extern u64 g_cfg_start_pos;
 // Returns the byte at g_pos (0 to 255), mirrors it into g_buffer and advances g_pos by one.
 u32 fgetc(void);
 
-// Copies `count` bytes of the image at g_pos to `to` and advances g_pos; what lies past the end is
-// 0. g_buffer is left alone.
+// Copies `count` bytes of the image at g_pos to `to` and advances g_pos; bytes past the end are 0.
+// g_buffer is unchanged.
 void m7_read_bytes(u8 *to, u64 count);
 
 // Reads one number at g_pos: groups of 7 bits, least significant first, one a byte, bit 7 set
@@ -54,8 +54,8 @@ bool m7_read_past_end(u64 allowed);
 
 // Skips a record by its length: moves g_pos to `opcode` + `length` / 8, which truncates toward
 // zero. `mark` and `opcode` are the indices of the record's mark and opcode, and the next mark is
-// looked for `gap` bytes behind g_pos. Returns false, nothing moved, when that is before the image,
-// or when there is a mark no later than this record's: the player would come back here for ever.
+// looked for `gap` bytes after g_pos. Returns false and moves nothing when that is before the
+// image, or on a mark no later than this record's, which would bring the player back here for ever.
 bool m7_skip_record(u64 mark, u64 opcode, s64 length, u64 gap);
 
 // Reports to the kernel log that the file ends inside a record. Returns RESULT_MALFORMED.

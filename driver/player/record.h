@@ -35,10 +35,10 @@ extern "C" {
 
 // Reads the body and plays it: OPCODE_SIR as an instruction shift, any other opcode as a data
 // shift. A field that occurs twice replaces the earlier one, which is not freed. A block that
-// cannot be decoded counts as absent; one for which memory is wanting, or which asks for more than
-// there can be, stops the download, and nothing is shifted. Returns 0 whatever the shift's outcome
-// (g_status tells), or RESULT_MALFORMED for an unknown tag, with the blocks read so far not freed,
-// and for a record that the image cuts off.
+// cannot be decoded counts as absent; one that cannot be allocated stops the download, and nothing
+// is shifted. Returns 0 whatever the shift's outcome (g_status tells), or RESULT_MALFORMED for an
+// unknown tag, which leaves the blocks read so far allocated, and for a record that the image cuts
+// off.
 s32 Quorlan_ProcessSirAndSdrCommand(signed char opcode);
 
 // Writes `count` bytes to the kernel log, last one first, each with its bits mirrored:
@@ -49,14 +49,15 @@ s32 Quorlan_PrintData(s32 count, const u8 *bytes);
 // as they stand, and a closing byte that is not tested.
 
 // Reads the body, stores length and bytes in the register of `opcode` (9 to 12), whose earlier
-// bytes are freed, and rebuilds its vector. With another tag than TDI the register holds no bytes
-// and its vector is zeros. A vector that cannot be had stops the download; length and bytes are
-// stored. Returns 0; RESULT_NO_MEMORY when the bytes cannot be had; RESULT_MALFORMED for another
-// opcode and for a record that the image cuts off. Nothing is stored then.
+// bytes are freed, and rebuilds its vector. With a tag other than TDI the register has no bytes and
+// its vector is zeros. When the vector cannot be allocated the download is stopped; length and
+// bytes are stored. Returns 0; RESULT_NO_MEMORY when the bytes cannot be allocated;
+// RESULT_MALFORMED for another opcode and for a record that the image cuts off. In these cases
+// nothing is stored.
 s32 Quorlan_ProcessHeadAndTrailerCommand(signed char opcode);
 
 // Frees and clears the bytes of HDR, TIR and TDR, at the end of a command file. Those of HIR stay
-// until another HIR record replaces them. This is meant.
+// until another HIR record replaces them. This is deliberate.
 void m7_release_padding_data(void);
 
 // Frees and clears the bytes of all four, at unload.
@@ -65,8 +66,8 @@ void m7_release_all_padding_data(void);
 // RUNTEST: after its gate byte, wait times and cycle counts in any order. The first byte that
 // belongs to no field ends the record.
 
-// Reads the fields and returns the TCK periods that they ask for together, times being
-// converted at g_freq; an unset g_freq becomes 1 MHz and stays so. A '^' that ends the record is
+// Reads the fields and returns the sum of the TCK periods that they ask for; times are converted at
+// g_freq. An unset g_freq becomes 1 MHz and stays so. A '^' that ends the record is
 // left for the next one to read.
 u64 Quorlan_ProcessRuntestCmd(void);
 }

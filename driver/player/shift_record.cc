@@ -52,7 +52,7 @@ static s32 read_fields(struct shift_fields *fields, u32 count) {
 }
 
 static void play_fields(signed char opcode, u32 bits, const struct shift_fields *fields) {
-  // A decoder may leave the byte after the register unwritten; a shift may look at it.
+  // A decoder may leave the byte after the register unwritten, and a shift may read it.
   if (fields->mask)
     fields->mask[m7_register_bytes(bits)] = 0;
   if (opcode == OPCODE_SIR)
@@ -69,7 +69,7 @@ s32 Quorlan_ProcessSirAndSdrCommand(signed char opcode) {
   if (rc)
     return rc;
 
-  // A missing mask would pass for a scan that compares nothing.
+  // Without its mask the scan would compare nothing.
   if (g_alloc_failures != failures)
     m7_stop(RESULT_NO_MEMORY);
   else

@@ -12,12 +12,12 @@ extern "C" {
 extern u64 g_freq;
 
 // Stays in Run-Test/Idle for `cycles` TCK periods, and at least as long as they would take at
-// g_freq, of which the low 32 bits count. The periods are clocked as fast as the lines allow; what
-// they fall short is then waited out as by Quorlan_Delay.
+// g_freq, of which the low 32 bits count. The periods are clocked as fast as the lines allow; the
+// time left over is waited as by Quorlan_Delay.
 // TDI and TMS are low afterwards. An unset g_freq becomes 1 MHz and stays so. A negative count
 // clocks nothing and waits for nothing; neither does a frequency whose low 32 bits are 0.
 void Quorlan_KeepCycle(s32 cycles);
 
-// Waits for `us` microseconds: as many whole units of 100 as they hold, and one more.
+// Waits for `us` microseconds, in whole units of 100 and always one more than they hold.
 void Quorlan_Delay(u64 us);
 }

@@ -6,4 +6,4 @@
 #define RESULT_NO_MEMORY (-2)  // also: bad arguments at the entry
 #define RESULT_BAD_HEADER (-7)
 #define RESULT_MALFORMED (-10)
-#define RESULT_VERIFY_FAILED (-17)  // stopped after a failed verification
+#define RESULT_VERIFY_FAILED (-17)  // stopped after a mismatch

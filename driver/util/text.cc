@@ -15,7 +15,7 @@ static bool same_character(u8 a, u8 b, s32 exact) {
   return exact ? a == b : folded(a) == folded(b);
 }
 
-// Returns the length of `pattern` where it can be looked for in `s`, -1 otherwise.
+// Returns the length of `pattern`, -1 when `s` cannot contain it.
 static s32 pattern_length(const u8 *s, const u8 *pattern) {
   if (!s || !pattern || !*s || !*pattern)
     return -1;

@@ -156,6 +156,7 @@ TEST_F(DeviceChainTest, ReadWithoutMemoryIsNull) {
     EXPECT_EQ(shim::LiveRequests(), 1u) << n;
     EXPECT_EQ(pins.Text(), "") << n;
   }
+  EXPECT_EQ(shim::FreesOfNull(), 0u) << "only what was had is freed";
   EXPECT_TRUE(shim::Messages().empty());
   EXPECT_EQ(g_status, 1u);
 }

@@ -62,6 +62,11 @@ TEST_F(InterpreterShift, AnyOtherOpcodeIsADataShift) {
   EXPECT_EQ(watch_.Text(), "DR 10, DR 01");
 }
 
+TEST_F(InterpreterShift, AbsentBlocksAreNotFreed) {
+  EXPECT_EQ(Play(image::Shift(image::kSdr, 8, {})), 0);
+  EXPECT_EQ(shim::FreesOfNull(), 0u);
+}
+
 TEST_F(InterpreterShift, BytesCoverTheBitsRoundedUp) {
   EXPECT_EQ(Run(kSdr, ShiftBody(12, Field(kTagTdi, {0xA5, 0x5F}))), 0);
   EXPECT_EQ(watch_.Text(), "DR 101001010101");

@@ -76,6 +76,7 @@ TEST_F(LzwBlock, WithoutTablesTheBufferIsUnwritten) {
     EXPECT_EQ(g_pos, 1u) << n;
     EXPECT_EQ(shim::LiveRequests(), 1u) << n;
   }
+  EXPECT_EQ(shim::FreesOfNull(), 0u) << "only what was had is freed";
   EXPECT_TRUE(shim::Messages().empty());
 }
 
