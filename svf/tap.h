@@ -32,11 +32,49 @@ enum class TapState : uint8_t {
 };
 constexpr int kTapStates = 16;
 
-// "IRPAUSE".
-std::string_view Name(TapState state);
+// What is known of a state.
+struct TapRow {
+  std::string_view name;           // SVF's: "IRPAUSE"
+  std::string_view standard_name;  // the standard's: "Pause-IR"; at most 16 characters
+  TapState low;                    // the state after a TCK with TMS 0
+  TapState high;                   // the same with TMS 1
+};
 
-// "Pause-IR"; at most 16 characters.
-std::string_view StandardName(TapState state);
+// In the order of the enumeration.
+inline constexpr TapRow kTapTable[kTapStates] = {
+    {"RESET", "Test-Logic-Reset", TapState::kIdle, TapState::kReset},
+    {"IDLE", "Run-Test/Idle", TapState::kIdle, TapState::kDrSelect},
+    {"DRSELECT", "Select-DR-Scan", TapState::kDrCapture, TapState::kIrSelect},
+    {"DRCAPTURE", "Capture-DR", TapState::kDrShift, TapState::kDrExit1},
+    {"DRSHIFT", "Shift-DR", TapState::kDrShift, TapState::kDrExit1},
+    {"DREXIT1", "Exit1-DR", TapState::kDrPause, TapState::kDrUpdate},
+    {"DRPAUSE", "Pause-DR", TapState::kDrPause, TapState::kDrExit2},
+    {"DREXIT2", "Exit2-DR", TapState::kDrShift, TapState::kDrUpdate},
+    {"DRUPDATE", "Update-DR", TapState::kIdle, TapState::kDrSelect},
+    {"IRSELECT", "Select-IR-Scan", TapState::kIrCapture, TapState::kReset},
+    {"IRCAPTURE", "Capture-IR", TapState::kIrShift, TapState::kIrExit1},
+    {"IRSHIFT", "Shift-IR", TapState::kIrShift, TapState::kIrExit1},
+    {"IREXIT1", "Exit1-IR", TapState::kIrPause, TapState::kIrUpdate},
+    {"IRPAUSE", "Pause-IR", TapState::kIrPause, TapState::kIrExit2},
+    {"IREXIT2", "Exit2-IR", TapState::kIrShift, TapState::kIrUpdate},
+    {"IRUPDATE", "Update-IR", TapState::kIdle, TapState::kDrSelect},
+};
+
+inline const TapRow &RowOf(TapState state) {
+  return kTapTable[static_cast<int>(state)];
+}
+
+inline std::string_view Name(TapState state) {
+  return RowOf(state).name;
+}
+inline std::string_view StandardName(TapState state) {
+  return RowOf(state).standard_name;
+}
+
+// The state after one TCK with that level of TMS.
+inline TapState After(TapState state, bool tms) {
+  return tms ? RowOf(state).high : RowOf(state).low;
+}
 
 // The state of that name, in capitals or not.
 std::optional<TapState> FindTapState(std::string_view name);
@@ -57,9 +95,6 @@ inline bool IsShift(TapState state) {
 inline bool IsUpdate(TapState state) {
   return state == TapState::kIrUpdate || state == TapState::kDrUpdate;
 }
-
-// The state after one TCK with that level of TMS.
-TapState After(TapState state, bool tms);
 
 // True if one TCK can lead from one state to the other.
 inline bool Leads(TapState from, TapState to) {

@@ -26,10 +26,19 @@ tool::ChainDescription TwoDevices() {
   return description;
 }
 
-// Notes the changes that a watcher is told, in their order.
-class Notes : public tool::LineWatcher {
+// Notes the changes that it is told, in their order.
+class Notes {
  public:
-  void Changed(const tool::LineChange &change) override {
+  void WatchOn(Lines &lines) {
+    lines.WatchChanges([this](const tool::LineChange &change) { Add(change); });
+  }
+
+  std::vector<std::string> Take() {
+    return std::exchange(notes_, {});
+  }
+
+ private:
+  void Add(const tool::LineChange &change) {
     constexpr const char *kNames[] = {"TCK", "TMS", "TDI", "TDO"};
     notes_.push_back(fmt::format("{} {} {:d}", change.time, kNames[static_cast<int>(change.line)],
                                  change.level));
@@ -38,11 +47,6 @@ class Notes : public tool::LineWatcher {
     }
   }
 
-  std::vector<std::string> Take() {
-    return std::exchange(notes_, {});
-  }
-
- private:
   std::vector<std::string> notes_;
 };
 
@@ -117,7 +121,7 @@ TEST_F(PlayLines, CountsCallsAndClocksAndTakesTimeForEachCall) {
 
 TEST_F(PlayLines, TellsEveryChangeAndNothingElse) {
   Notes notes;
-  lines_.Watch(notes);
+  notes.WatchOn(lines_);
   Clock(false);
   EXPECT_THAT(notes.Take(), testing::ElementsAre("100 TMS 0", "300 TCK 1 Run-Test/Idle"));
   Clock(false, false);
@@ -129,7 +133,7 @@ TEST_F(PlayLines, TellsTdoAsItFalls) {
   for (const bool tms : {false, true, false, false}) {
     Clock(tms);
   }
-  lines_.Watch(notes);
+  notes.WatchOn(lines_);
   // The device nearest TDO is in BYPASS and gives a 0, the one behind it the 1 of its IDCODE.
   Clock(false, false);
   EXPECT_THAT(notes.Take(),
@@ -141,55 +145,41 @@ TEST_F(PlayLines, TellsTdoAsItFalls) {
   EXPECT_THAT(notes.Take(), testing::ElementsAre("2100 TCK 0", "2100 TDO 1", "2300 TCK 1"));
 }
 
-// Keeps the scan that a watcher is told with the last change.
-class LastScan : public tool::LineWatcher {
- public:
-  void Changed(const tool::LineChange &change) override {
-    text_ = fmt::format("{} of {} bits, {}", NameOf(change.scan.which), change.scan.tdo.size(),
-                        change.scan.open ? "open" : "closed");
-  }
-  const std::string &text() const {
-    return text_;
-  }
+std::string Describe(const tool::LineScan &scan) {
+  return fmt::format("{}, {}", tool::ScanText(0, scan), scan.open ? "open" : "closed");
+}
 
- private:
-  std::string text_;
-};
-
-TEST_F(PlayLines, TellsTheScanThatAChangeBelongsTo) {
-  LastScan scan;
-  lines_.Watch(scan);
-  Clock(false);
-  EXPECT_EQ(scan.text(), "IR of 0 bits, closed");
-  for (const bool tms : {true, false, false}) {
+TEST_F(PlayLines, FollowsTheScanAndTellsItWhenItIsUpdated) {
+  std::vector<std::string> told;
+  lines_.WatchScans([&told](const tool::LineScan &scan) { told.push_back(Describe(scan)); });
+  for (const bool tms : {false, true, false, false}) {
     Clock(tms);
   }
-  EXPECT_EQ(scan.text(), "DR of 0 bits, open");
+  EXPECT_EQ(Describe(lines_.scan()), "- DR 0 TDI - TDO -, open");
   Clock(false, false);
   Clock(true, true);
-  EXPECT_EQ(scan.text(), "DR of 2 bits, open");
-  EXPECT_EQ(lines_.scan().tdi.Hex(), "2");
-  EXPECT_EQ(lines_.scan().tdo.Hex(), "2") << "the bits as they stand at the edge";
+  EXPECT_EQ(Describe(lines_.scan()), "- DR 2 TDI 2 TDO 2, open");
+  EXPECT_TRUE(told.empty());
   Clock(true);
-  EXPECT_EQ(scan.text(), "DR of 2 bits, closed");
   Clock(false);
-  EXPECT_EQ(lines_.scan().tdi.size(), 2u) << "it stays until the next begins";
+  EXPECT_THAT(told, testing::ElementsAre("- DR 2 TDI 2 TDO 2, closed"));
+  EXPECT_EQ(Describe(lines_.scan()), told[0]) << "it stays until the next begins";
   Clock(true);
-  EXPECT_EQ(scan.text(), "DR of 0 bits, closed");
+  EXPECT_EQ(Describe(lines_.scan()), "- DR 0 TDI - TDO -, closed");
   for (const bool tms : {true, false, false, true}) {
     Clock(tms);
   }
-  EXPECT_EQ(scan.text(), "IR of 1 bits, open");
+  EXPECT_EQ(Describe(lines_.scan()), "- IR 1 TDI 1 TDO 1, open");
+  EXPECT_EQ(told.size(), 1u);
 }
 
 // What a watcher is told does not depend on who else watches, or came before.
 TEST_F(PlayLines, TellsEveryWatcherTheSame) {
   Notes first;
-  LastScan between;
   Notes last;
-  lines_.Watch(first);
-  lines_.Watch(between);
-  lines_.Watch(last);
+  first.WatchOn(lines_);
+  lines_.WatchScans([](const tool::LineScan &) {});
+  last.WatchOn(lines_);
   for (const bool tms : {false, true, false, false, false, false, true, true, false}) {
     Clock(tms);
   }

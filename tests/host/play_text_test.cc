@@ -189,7 +189,7 @@ class PlayTrace : public ::testing::Test {
 
 TEST_F(PlayTrace, ADumpHasEveryChangeAtItsTime) {
   tool::Vcd vcd(sink_, lines_, 200);
-  lines_.Watch(vcd);
+  lines_.WatchChanges([&vcd](const tool::LineChange &change) { vcd.Add(change); });
   Clocks("01100");
   lines_.Write(tool::Line::kTck, false);
   vcd.Finish(clock_.now());
@@ -216,7 +216,7 @@ TEST_F(PlayTrace, ADumpHasEveryChangeAtItsTime) {
 
 TEST_F(PlayTrace, ADumpCanLeaveOutIdleClocks) {
   tool::Vcd vcd(sink_, lines_, 200, 2);
-  lines_.Watch(vcd);
+  lines_.WatchChanges([&vcd](const tool::LineChange &change) { vcd.Add(change); });
   Clocks("0000000");
   Clocks("1");
   vcd.Finish(clock_.now());
@@ -229,7 +229,7 @@ TEST_F(PlayTrace, ADumpCanLeaveOutIdleClocks) {
 
 TEST_F(PlayTrace, ADumpThatLeavesOutClocksEndsAsTheLinesDo) {
   tool::Vcd vcd(sink_, lines_, 200, 1);
-  lines_.Watch(vcd);
+  lines_.WatchChanges([&vcd](const tool::LineChange &change) { vcd.Add(change); });
   Clocks("00000");
   lines_.Write(tool::Line::kTck, false);
   lines_.Write(tool::Line::kTdi, false);
@@ -253,7 +253,7 @@ TEST_F(PlayTrace, TheUnitOfADumpDividesCallsAndWaits) {
 
 TEST_F(PlayTrace, ScansAreListedAsSvfHasThem) {
   tool::ScanList scans(sink_);
-  lines_.Watch(scans);
+  lines_.WatchScans([&scans](const tool::LineScan &scan) { scans.Add(scan); });
   // The last bit is shifted on the way out. TDI stays high; BYPASS captures a 0.
   Clocks("01100" + std::string("000000001") + "10");
   Clocks("100" + std::string("0001") + "10");

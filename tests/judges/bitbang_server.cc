@@ -44,12 +44,10 @@ void Check(bool good, const char *what) {
 }
 
 // Lists scans by their place in the list.
-class ScanList : public tool::LineWatcher {
+class ScanList {
  public:
-  void Changed(const tool::LineChange &change) override {
-    if (change.entered && svf::IsUpdate(change.state)) {
-      Add(change.scan, "\n");
-    }
+  void Add(const tool::LineScan &scan, const char *end = "\n") {
+    text_ += tool::ScanText(++count_, scan) + end;
   }
 
   void Clear() {
@@ -66,10 +64,6 @@ class ScanList : public tool::LineWatcher {
   }
 
  private:
-  void Add(const tool::LineScan &scan, const char *end) {
-    text_ += tool::ScanText(++count_, scan) + end;
-  }
-
   std::string text_;
   uint64_t count_ = 0;
 };
@@ -80,7 +74,7 @@ class Board {
   explicit Board(const tool::ChainDescription &description, const std::string &name)
       : chain_(description, name), lines_(clock_, 0) {
     lines_.Connect(chain_);
-    lines_.Watch(scans_);
+    lines_.WatchScans([this](const tool::LineScan &scan) { scans_.Add(scan); });
   }
 
   // Carries out a command; false: it is the end. What the client is to read is put into `answers`.

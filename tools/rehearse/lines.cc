@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tools/rehearse/lines.h"
 
+#include <iterator>
 #include <numeric>
+#include <utility>
 
 namespace tool {
 
@@ -16,8 +18,12 @@ void Lines::Connect(Target &target) {
   target_ = &target;
 }
 
-void Lines::Watch(LineWatcher &watcher) {
-  watchers_.push_back(&watcher);
+void Lines::WatchChanges(std::function<void(const LineChange &change)> watcher) {
+  change_watchers_.push_back(std::move(watcher));
+}
+
+void Lines::WatchScans(std::function<void(const LineScan &scan)> watcher) {
+  scan_watchers_.push_back(std::move(watcher));
 }
 
 void Lines::Write(Line line, bool level) {
@@ -35,7 +41,7 @@ void Lines::Write(Line line, bool level) {
   } else {
     target_->Write(line, level);
   }
-  if (!watchers_.empty()) {
+  if (!change_watchers_.empty()) {
     Tell(line, time, entered);
     RefreshTdo(time);
   }
@@ -74,7 +80,7 @@ void Lines::FollowScan(svf::TapState left) {
     scan_.tdi.Clear();
     scan_.tdo.Clear();
   } else if (svf::IsUpdate(state)) {
-    scan_.open = false;
+    EndScan();
   }
 }
 
@@ -84,10 +90,17 @@ void Lines::BeginScan() {
   scan_.of_file = playhead_ == nullptr ? nullptr : playhead_->BeginScan();
 }
 
+void Lines::EndScan() {
+  scan_.open = false;
+  for (const auto &watcher : scan_watchers_) {
+    watcher(scan_);
+  }
+}
+
 void Lines::Tell(Line line, uint64_t time, bool entered) {
-  const LineChange change = {line, level(line), time, tap_.state(), entered, scan_};
-  for (LineWatcher *watcher : watchers_) {
-    watcher->Changed(change);
+  const LineChange change = {line, level(line), time, tap_.state(), entered};
+  for (const auto &watcher : change_watchers_) {
+    watcher(change);
   }
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "svf/tap.h"
@@ -70,20 +71,13 @@ struct LineCounts {
   uint64_t all_clocks() const;
 };
 
-// A change of a line's level, TDO's included, with all that comes of it.
+// A change of a line's level, TDO's included, with what comes of it.
 struct LineChange {
   Line line;
   bool level;
-  uint64_t time;         // the board's
-  svf::TapState state;   // after the change
-  bool entered;          // the change, a rising edge of TCK, has brought the TAP to another state
-  const LineScan &scan;  // the scan that the change belongs to: the one under way or the last
-};
-
-class LineWatcher {
- public:
-  virtual ~LineWatcher() = default;
-  virtual void Changed(const LineChange &change) = 0;
+  uint64_t time;        // the board's
+  svf::TapState state;  // after the change
+  bool entered;         // the change, a rising edge of TCK, has brought the TAP to another state
 };
 
 class Lines {
@@ -96,8 +90,10 @@ class Lines {
   // The target; it outlives the lines. There must be one before the first call.
   void Connect(Target &target);
 
-  // Watchers see each change once, in any order among themselves; they outlive the lines.
-  void Watch(LineWatcher &watcher);
+  // From now on `watcher` is told every change, or every scan when it is updated. Watchers may come
+  // in any order: none is told what depends on another.
+  void WatchChanges(std::function<void(const LineChange &change)> watcher);
+  void WatchScans(std::function<void(const LineScan &scan)> watcher);
 
   // The driver's calls.
   void Write(Line line, bool level);
@@ -115,7 +111,7 @@ class Lines {
     return counts_;
   }
 
-  // Level that a line has now; that of TDO only where somebody watches.
+  // Level that a line has now; that of TDO only where changes are watched.
   bool level(Line line) const {
     return levels_[static_cast<int>(line)];
   }
@@ -124,6 +120,7 @@ class Lines {
   bool Rise();
   void FollowScan(svf::TapState left);
   void BeginScan();
+  void EndScan();
   void Tell(Line line, uint64_t time, bool entered);
   void RefreshTdo(uint64_t time);
 
@@ -135,7 +132,8 @@ class Lines {
   LineScan scan_;
   LineCounts counts_;
   bool levels_[4] = {false, true, true, true};
-  std::vector<LineWatcher *> watchers_;
+  std::vector<std::function<void(const LineChange &)>> change_watchers_;
+  std::vector<std::function<void(const LineScan &)>> scan_watchers_;
 };
 
 }  // namespace tool

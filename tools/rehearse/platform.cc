@@ -92,17 +92,18 @@ void Log(const std::string &text, bool whole) {
 }
 
 // A message of the driver's is at its end when the driver goes on to something else.
-void CountCall() {
-  the_platform->log.Flush();
-  if (++the_platform->calls % kCallsPerTick == 0) {
-    the_platform->on_tick();
+inline void CountCall(PlatformState &platform) {
+  platform.log.Flush();
+  if (++platform.calls % kCallsPerTick == 0) {
+    platform.on_tick();
   }
 }
 
 // The framework's callbacks know a line's number only.
 int Drive(u32 gpio, bool level) {
-  the_platform->lines->Write(static_cast<Line>(gpio), level);
-  CountCall();
+  PlatformState &platform = *the_platform;
+  platform.lines->Write(static_cast<Line>(gpio), level);
+  CountCall(platform);
   return 0;
 }
 
@@ -115,7 +116,7 @@ int DriveLow(u32 gpio) {
 }
 
 int ReadLine(u32) {
-  CountCall();
+  CountCall(*the_platform);
   return the_platform->lines->Read() ? 1 : 0;
 }
 

@@ -20,10 +20,12 @@ Rehearsal::Rehearsal(tvb::Bytes image, const tvb::HeaderView &header, Target *ch
 
 void Rehearsal::Watch(const RehearsalOptions &options, const RehearsalSinks &sinks) {
   if (sinks.vcd) {
-    lines_.Watch(vcd_.emplace(sinks.vcd, lines_, options.pin_ns, options.vcd_idle));
+    vcd_.emplace(sinks.vcd, lines_, options.pin_ns, options.vcd_idle);
+    lines_.WatchChanges([this](const LineChange &change) { vcd_->Add(change); });
   }
   if (sinks.scans) {
-    lines_.Watch(scans_.emplace(sinks.scans));
+    scans_.emplace(sinks.scans);
+    lines_.WatchScans([this](const LineScan &scan) { scans_->Add(scan); });
   }
 }
 

@@ -44,6 +44,8 @@ class Rehearsal {
   // `chain` null: the target is an echo. The header is that of `image` and has no fault.
   Rehearsal(tvb::Bytes image, const tvb::HeaderView &header, Target *chain,
             const RehearsalOptions &options, const RehearsalSinks &sinks);
+  Rehearsal(const Rehearsal &) = delete;
+  Rehearsal &operator=(const Rehearsal &) = delete;
 
   // Plays the image. `on_tick` is called now and then, between two calls of the driver.
   void Run(const std::function<void()> &on_tick);

@@ -20,17 +20,6 @@ std::string_view NameOf(Register which) {
   return which == Register::kIr ? "IR" : "DR";
 }
 
-svf::TapState Tap::Rise(bool tms) {
-  if (shifting()) {
-    ++bits_;
-  }
-  state_ = svf::After(state_, tms);
-  if (svf::IsCapture(state_)) {
-    bits_ = 0;
-  }
-  return state_;
-}
-
 std::optional<uint32_t> FileScan::OwnBit(uint64_t bit) const {
   if (bit < header || bit - header >= bits()) {
     return std::nullopt;

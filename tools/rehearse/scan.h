@@ -25,7 +25,14 @@ std::string_view NameOf(Register which);
 class Tap {
  public:
   // A rising edge of TCK. Returns the state that it leads to.
-  svf::TapState Rise(bool tms);
+  svf::TapState Rise(bool tms) {
+    bits_ += shifting() ? 1 : 0;
+    state_ = svf::After(state_, tms);
+    if (svf::IsCapture(state_)) {
+      bits_ = 0;
+    }
+    return state_;
+  }
 
   svf::TapState state() const {
     return state_;

@@ -29,11 +29,15 @@ void EchoTarget::Write(Line line, bool level) {
 }
 
 bool EchoTarget::Answer() const {
-  const std::optional<uint32_t> bit = at_.own_bit();
-  if (!bit || (at_.scan()->tdo.empty() && !at_.scan()->Compares(*bit))) {
+  const FileScan *scan = at_.scan();
+  if (scan == nullptr) {
     return true;
   }
-  return at_.scan()->Expected(*bit);
+  const std::optional<uint32_t> bit = scan->OwnBit(at_.bit());
+  if (!bit || (scan->tdo.empty() && !scan->Compares(*bit))) {
+    return true;
+  }
+  return scan->Expected(*bit);
 }
 
 void FlippedTarget::Write(Line line, bool level) {
@@ -46,7 +50,8 @@ void FlippedTarget::Write(Line line, bool level) {
 }
 
 bool FlippedTarget::IsThere() const {
-  return at_.scan() != nullptr && at_.scan()->number == scan_ && at_.own_bit() == bit_;
+  const FileScan *scan = at_.scan();
+  return scan != nullptr && scan->number == scan_ && scan->OwnBit(at_.bit()) == bit_;
 }
 
 }  // namespace tool

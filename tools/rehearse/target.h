@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
 #include "tools/cli/bit_row.h"
 #include "tools/rehearse/playhead.h"
@@ -44,9 +43,9 @@ class FileBit {
     return tap_.shifting() ? playhead_.scan() : nullptr;
   }
 
-  // The number of the bit among the record's own; none if it is not one of them.
-  std::optional<uint32_t> own_bit() const {
-    return scan() == nullptr ? std::nullopt : scan()->OwnBit(tap_.bits());
+  // The number of the bit on the lines, header included.
+  uint64_t bit() const {
+    return tap_.bits();
   }
 
  private:

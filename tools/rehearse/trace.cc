@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tools/rehearse/trace.h"
 
+#include <fmt/compile.h>
 #include <fmt/format.h>
 
 #include <cmath>
-#include <iterator>
 
 namespace tool {
 namespace {
@@ -62,7 +62,7 @@ void Vcd::WriteHead(const Lines &lines) {
   text_ += "$end\n";
 }
 
-void Vcd::Changed(const LineChange &change) {
+void Vcd::Add(const LineChange &change) {
   if (change.line == Line::kTms) {
     tms_ = change.level;
   }
@@ -124,7 +124,8 @@ void Vcd::StampTime(uint64_t time) {
   }
   stamped_ = stamp;
   FlushIfLong();
-  fmt::format_to(std::back_inserter(text_), "#{}\n", stamp);
+  char line[24];
+  text_.append(line, fmt::format_to(line, FMT_COMPILE("#{}\n"), stamp));
 }
 
 void Vcd::PutLevel(Line line, bool level) {
@@ -148,10 +149,8 @@ void Vcd::FlushIfLong() {
   }
 }
 
-void ScanList::Changed(const LineChange &change) {
-  if (change.entered && svf::IsUpdate(change.state)) {
-    Write(change.scan, "\n");
-  }
+void ScanList::Add(const LineScan &scan) {
+  Write(scan, "\n");
 }
 
 void ScanList::Finish(const LineScan &scan) {

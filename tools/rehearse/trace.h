@@ -25,13 +25,13 @@ using TextSink = std::function<void(std::string_view text)>;
 //
 // Of a stay in Run-Test/Idle, which may be of millions of clocks, the dump can be told to draw the
 // first ones only: TCK then rests until the TAP goes on, at the time at which it does.
-class Vcd : public LineWatcher {
+class Vcd {
  public:
   // Writes the head with the levels that `lines` has now. `call_time`: what `lines` was made with.
   // `max_idle_clocks`: how many clocks of a stay in Run-Test/Idle are drawn; 0: all.
   Vcd(TextSink sink, const Lines &lines, double call_time, uint64_t max_idle_clocks = 0);
 
-  void Changed(const LineChange &change) override;
+  void Add(const LineChange &change);
 
   // Ends the dump at `time`. Nothing may come after it.
   void Finish(uint64_t time);
@@ -63,11 +63,12 @@ uint64_t VcdUnit(double call_time);
 // The scans, a line each, as ScanText() has them. The number is the one that the file's scans go
 // by, none for a scan that the driver makes of itself. A scan that the driver leaves in its middle
 // ends in "stopped".
-class ScanList : public LineWatcher {
+class ScanList {
  public:
   explicit ScanList(TextSink sink) : sink_(std::move(sink)) {}
 
-  void Changed(const LineChange &change) override;
+  // A scan that has been updated.
+  void Add(const LineScan &scan);
 
   // Writes `scan`, the last on the lines, if it was not left.
   void Finish(const LineScan &scan);
