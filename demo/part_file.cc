@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "demo/part_file.h"
 
-#include <string>
+#include <cstdio>
 
 #include "sim/sim.h"
 
@@ -45,7 +45,7 @@ std::vector<Bits> RowsOfText(const Part &part, const char *text) {
   return rows;
 }
 
-PartFile::PartFile(const Place &place, const Part &part, const tvb::FileHeader &header)
+PartFile::PartFile(const tvb::ChainPlace &place, const Part &part, const tvb::FileHeader &header)
     : place_(place), part_(part), writer_(header) {
   writer_.Opening(place.before, place.after, SIM_IDCODE_6);
   writer_.FreshFrequency(1000000);
@@ -65,13 +65,8 @@ uint32_t PartFile::FramedLength(const Bits &bits) const {
 }
 
 void PartFile::Instruction(uint8_t instruction) {
-  Bits all;
-  Put(all, size_t{place_.after} * 8, true);
-  for (bool bit : BitsOf(instruction, 8)) {
-    all.push_back(bit);
-  }
-  Put(all, size_t{place_.before} * 8, true);
-  writer_.Sir(static_cast<uint32_t>(all.size()), BytesOf(all));
+  const tvb::Buffer instructions = tvb::ChainInstructions(place_, instruction);
+  writer_.Sir(static_cast<uint32_t>(tvb::kInstructionBits * instructions.size()), instructions);
 }
 
 void PartFile::Data(const Bits &bits) {
@@ -123,6 +118,27 @@ void PartFile::Verify(const std::vector<Bits> &rows) {
 tvb::Buffer PartFile::Finish() {
   Instruction(SIM_DISABLE);
   return writer_.Finish();
+}
+
+tvb::Buffer PartFile::Whole(const std::vector<Bits> &rows) {
+  CheckIdcode();
+  Erase();
+  Program(rows);
+  Verify(rows);
+  return Finish();
+}
+
+bool Save(const std::string &path, const tvb::Buffer &bytes) {
+  std::FILE *file = std::fopen(path.c_str(), "wb");
+  bool whole = file != nullptr;
+  if (whole) {
+    whole = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+    whole = std::fclose(file) == 0 && whole;
+  }
+  if (!whole) {
+    std::perror(path.c_str());
+  }
+  return whole;
 }
 
 }  // namespace demo

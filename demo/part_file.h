@@ -5,8 +5,10 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
+#include "tvb/player.h"
 #include "tvb/writer.h"
 
 namespace demo {
@@ -23,12 +25,6 @@ struct Part {
   uint32_t program_clocks = 0;
 };
 
-// Where the part sits: how many devices lie between TDI and it, and between it and TDO.
-struct Place {
-  uint32_t before = 0;
-  uint32_t after = 0;
-};
-
 // Rows of `part` filled with `text`, padded with zero bytes: character i of the text is bytes i of
 // the rows put end to end, each byte's least significant bit shifted first.
 std::vector<Bits> RowsOfText(const Part &part, const char *text);
@@ -39,7 +35,7 @@ class PartFile {
  public:
   // Begins the file with the record that tells the player where the part sits, and sets TCK to
   // 1 MHz.
-  PartFile(const Place &place, const Part &part, const tvb::FileHeader &header = {});
+  PartFile(const tvb::ChainPlace &place, const Part &part, const tvb::FileHeader &header = {});
 
   // Compares the IDCODE.
   void CheckIdcode();
@@ -58,6 +54,9 @@ class PartFile {
   // Leaves programming mode and closes the file.
   tvb::Buffer Finish();
 
+  // All of these steps, one after another.
+  tvb::Buffer Whole(const std::vector<Bits> &rows);
+
   // The writer, for records of one's own.
   tvb::Writer &writer() {
     return writer_;
@@ -73,9 +72,12 @@ class PartFile {
   tvb::Buffer Framed(const Bits &bits, bool padding) const;
   uint32_t FramedLength(const Bits &bits) const;
 
-  Place place_;
+  tvb::ChainPlace place_;
   Part part_;
   tvb::Writer writer_;
 };
+
+// Writes `bytes` to a file. Returns false where it cannot, having said why on standard error.
+bool Save(const std::string &path, const tvb::Buffer &bytes);
 
 }  // namespace demo

@@ -4,20 +4,19 @@
 #include <optional>
 #include <string>
 
-#include "tvb/check_data.h"
-#include "tvb/check_order.h"
-#include "tvb/check_time.h"
 #include "tvb/reader.h"
+#include "tvb/register_check.h"
+#include "tvb/sequence_check.h"
 #include "tvb/text.h"
 
 namespace tvb {
 namespace {
 
-constexpr uint64_t kLongestImage = 0xFFFFFFFF;
+constexpr uint64_t kMaxImage = 0xFFFFFFFF;
 
 // A fault may read to the end of the image before it shows, so going on after each would take for
 // ever in a large file that is no more than noise.
-constexpr int kMostResumes = 100;
+constexpr int kMaxResumes = 100;
 
 bool IsSkippedByLength(const RecordView &record) {
   return record.opcode == kReserved1 || record.opcode == kReserved5 ||
@@ -79,7 +78,7 @@ class Checker {
   // Returns false if what is wrong explains a fault of the record too.
   bool CheckBody(const RecordView &record) {
     if (record.IsShift() || record.IsPad()) {
-      bool sound = CheckData(image_, record, chain_.pads(), findings_);
+      bool sound = CheckRegisters(image_, record, chain_.pads(), findings_);
       if (sound && record.IsPad() && !record.fault) {
         chain_.Pad(record);
       }
@@ -165,7 +164,7 @@ class Checker {
     }
     if (last_ && last_->EndByLength() > static_cast<int64_t>(last_->opcode_offset)) {
       uint64_t by_length = static_cast<uint64_t>(last_->EndByLength());
-      if (by_length != stop && AtRecordOrEnd(by_length) && resumed_ < kMostResumes) {
+      if (by_length != stop && AtRecordOrEnd(by_length) && resumed_ < kMaxResumes) {
         ++resumed_;
         reader_.MoveTo(by_length);
         return by_length < image_.size();
@@ -216,10 +215,10 @@ void CheckHeader(Bytes image, const HeaderView &header, Findings &findings) {
                  "the header's number takes " + Count(header.number.size, "byte") +
                      "; a number of 32 bits takes less");
   }
-  if (image.size() > kLongestImage) {
-    findings.Add(Severity::kBroken, kLongestImage, 0,
+  if (image.size() > kMaxImage) {
+    findings.Add(Severity::kBroken, kMaxImage, 0,
                  "the file has " + std::to_string(image.size()) +
-                     " bytes; the player takes at most " + std::to_string(kLongestImage));
+                     " bytes; the player takes at most " + std::to_string(kMaxImage));
   }
 }
 

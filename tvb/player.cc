@@ -190,7 +190,7 @@ ChainPlace PlaceToldBy(Bytes image, const RecordView &first) {
 }
 
 // What goes out first ends up in the device nearest to TDO.
-Buffer OpeningData(const ChainPlace &place, uint8_t instruction) {
+Buffer ChainInstructions(const ChainPlace &place, uint8_t instruction) {
   Buffer data(place.devices(), kBypass);
   data[place.after] = InstructionByte(instruction);
   return data;

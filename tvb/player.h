@@ -176,9 +176,9 @@ ChainPlace PlaceToldBy(Bytes instructions);
 // the instructions of an SIR, or the bits of a TDR or HDR.
 ChainPlace PlaceToldBy(Bytes image, const RecordView &first);
 
-// The instructions of a first record that tells `place`: `instruction`, which must not be BYPASS,
-// for the target.
-Buffer OpeningData(const ChainPlace &place, uint8_t instruction);
+// The instructions of a scan that loads `instruction` into the target and BYPASS into all other
+// devices. As the first record of a file it tells `place`, if `instruction` is not BYPASS.
+Buffer ChainInstructions(const ChainPlace &place, uint8_t instruction);
 
 // A player, as far as records change it: what it keeps from one file to the next.
 class Player {

@@ -20,6 +20,9 @@ void CheckSize(const char *field, Bytes bytes, uint32_t bits) {
 
 void CheckShift(const Shift &shift) {
   CheckSize("TDI", shift.tdi, shift.bits);
+  if (!shift.care.empty()) {
+    CheckSize("what is known of TDI", shift.care, shift.bits);
+  }
   if (!shift.tdo.empty()) {
     CheckSize("TDO", shift.tdo, shift.bits);
   }
@@ -32,17 +35,24 @@ void CheckShift(const Shift &shift) {
   }
 }
 
-void AppendField(Buffer &body, Tag tag, Bytes data, const BlockFormat &format) {
-  if (data.empty()) {
-    return;
+// Puts fields of a shift at the end of its body.
+struct FieldWriter {
+  Buffer &body;
+  uint32_t bits;
+  const Encoder &encode;
+
+  void Append(Tag tag, Bytes data, Bytes care) const {
+    if (data.empty()) {
+      return;
+    }
+    body.push_back(tag);
+    if (encode) {
+      encode(body, bits, data, care);
+    } else {
+      tvb::Append(body, data);
+    }
   }
-  body.push_back(tag);
-  if (format.plain) {
-    Append(body, data);
-  } else {
-    Append(body, EncodeBlock(data, format.choice));
-  }
-}
+};
 
 constexpr uint8_t kRuns = 1;
 constexpr uint8_t kDoesNotRun = 0;
@@ -92,13 +102,14 @@ void AppendRecord(Buffer &file, uint8_t opcode, Bytes body) {
   Append(file, body);
 }
 
-Buffer ShiftBody(const Shift &shift, const BlockFormat &format) {
+Buffer ShiftBody(const Shift &shift, const Encoder &encode) {
   CheckShift(shift);
   Buffer body;
   AppendNumber(body, shift.bits);
-  AppendField(body, kTagTdi, shift.tdi, format);
-  AppendField(body, kTagTdo, shift.tdo, format);
-  AppendField(body, kTagMask, shift.mask, format);
+  const FieldWriter fields = {body, shift.bits, encode};
+  fields.Append(kTagTdi, shift.tdi, shift.care);
+  fields.Append(kTagTdo, shift.tdo, shift.free_tdo ? shift.mask : Bytes());
+  fields.Append(kTagMask, shift.mask, {});
   body.push_back(kTagEnd);
   return body;
 }

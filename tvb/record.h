@@ -4,8 +4,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
-#include "tvb/block.h"
 #include "tvb/bytes.h"
 #include "tvb/names.h"
 
@@ -24,18 +24,22 @@ struct Shift {
   Bytes tdi;   // must be there if bits > 0
   Bytes tdo;   // the expected bits
   Bytes mask;  // which of them are compared; needs tdo
+
+  // What the encoder may choose: TDI bits that have a 0 in `care`, if that is not empty; and TDO
+  // bits that are not compared.
+  Bytes care = {};
+  bool free_tdo = false;
 };
 
-// How the data of a shift record goes into the file.
-struct BlockFormat {
-  bool plain = false;  // no mode byte: the header's compression byte is kPlainBlocks
-  BlockChoice choice;  // of the encoding, unless plain
-};
+// How the data of a shift goes into the file: puts the data block of `bits` register bits at the
+// end of `out`. Bits that have a 0 in `care`, which is empty or of the same size, may be anything.
+using Encoder = std::function<void(Buffer &out, uint32_t bits, Bytes data, Bytes care)>;
 
-// The body of an SIR or SDR record. Throws Error if a field has another size than `bits` asks for,
-// if TDI is missing (the player would have nothing to shift), or for a mask without TDO (the player
-// would compare with zeros that nobody wrote down).
-Buffer ShiftBody(const Shift &shift, const BlockFormat &format);
+// The body of an SIR or SDR record. `encode`: none in a file of plain blocks, where data stands as
+// it is. Throws Error if a field has another size than `bits` asks for, if TDI is missing (the
+// player would have nothing to shift), or for a mask without TDO (the player would compare with
+// zeros that nobody wrote down).
+Buffer ShiftBody(const Shift &shift, const Encoder &encode);
 
 // The body of an HIR, TIR, HDR or TDR record: the bits of a header or trailer register, always
 // stored raw. `bits` 0 and no data take the register away. Throws Error if `data` is not exactly

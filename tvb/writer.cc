@@ -4,21 +4,31 @@
 #include <string>
 #include <utility>
 
+#include "tvb/block_encoder.h"
 #include "tvb/number.h"
 
 namespace tvb {
 
-Writer::Writer(const FileHeader &header) {
-  format_.plain = header.compression == kPlainBlocks;
+Writer::Writer(const FileHeader &header) : Writer(header, nullptr) {
   AppendHeader(pending_, header);
 }
 
+Writer::Writer(const FileHeader &header, Sink sink)
+    : sink_(std::move(sink)), plain_(header.compression == kPlainBlocks) {
+  if (!plain_) {
+    encode_ = BlockEncoder();
+  }
+}
+
 void Writer::Encode(const BlockChoice &choice) {
-  if (format_.plain) {
+  Encode(BlockEncoder(choice));
+}
+
+void Writer::Encode(Encoder encode) {
+  if (plain_) {
     throw Error("the header says that blocks are plain; no encoding can be chosen");
   }
-  EncodeBlock({}, choice);  // so that a bad choice fails here and not at the first shift
-  format_.choice = choice;
+  encode_ = std::move(encode);
 }
 
 void Writer::Opening(uint32_t before, uint32_t after, uint8_t instruction) {
@@ -32,16 +42,20 @@ void Writer::Opening(uint32_t before, uint32_t after, uint8_t instruction) {
   if (before >= kMaxDevices || after >= kMaxDevices - before) {
     throw Error("a chain of so many devices does not fit into a shift");
   }
-  const Buffer chain = OpeningData({before, after}, instruction);
+  const Buffer chain = ChainInstructions({before, after}, instruction);
   Sir(static_cast<uint32_t>(kInstructionBits * chain.size()), chain);
 }
 
 void Writer::Sir(uint32_t bits, Bytes tdi, Bytes tdo, Bytes mask) {
-  PutShift(kSir, {bits, tdi, tdo, mask});
+  Scan(kSir, {bits, tdi, tdo, mask});
 }
 
 void Writer::Sdr(uint32_t bits, Bytes tdi, Bytes tdo, Bytes mask) {
-  PutShift(kSdr, {bits, tdi, tdo, mask});
+  Scan(kSdr, {bits, tdi, tdo, mask});
+}
+
+void Writer::Scan(Opcode opcode, const Shift &shift) {
+  Put(opcode, ShiftBody(shift, encode_));
 }
 
 void Writer::Hir(uint32_t bits, Bytes data) {
@@ -168,10 +182,11 @@ void Writer::Put(uint8_t opcode, Bytes body) {
   CheckOpen();
   AppendRecord(pending_, opcode, body);
   empty_ = false;
-}
-
-void Writer::PutShift(Opcode opcode, const Shift &shift) {
-  Put(opcode, ShiftBody(shift, format_));
+  if (sink_) {
+    taken_ += pending_.size();
+    sink_(pending_);
+    pending_.clear();
+  }
 }
 
 void Writer::CheckOpen() const {

@@ -5,7 +5,9 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 
+#include "tvb/block.h"
 #include "tvb/bytes.h"
 #include "tvb/error.h"
 #include "tvb/header.h"
@@ -22,12 +24,21 @@ namespace tvb {
 // the frequency (FreshFrequency) and the header and trailer registers (ClearPads).
 class Writer {
  public:
+  // Takes the records as they are written, one a call; the bytes are good during the call.
+  using Sink = std::function<void(Bytes record)>;
+
   // Begins the file with `header`. If that says kPlainBlocks, blocks have no encoding to choose.
+  // What is written is kept for Take() and Finish() to give.
   explicit Writer(const FileHeader &header = {});
 
-  // How the data of later SIR and SDR records is encoded; smallest unless said otherwise. Throws
-  // Error in a file of plain blocks.
+  // The same with every record going to `sink` at once; it has got the header already, by
+  // AppendHeader(). Nothing is left to take.
+  Writer(const FileHeader &header, Sink sink);
+
+  // How the data of later SIR and SDR records is encoded; a BlockEncoder's smallest block unless
+  // said otherwise. Throws Error in a file of plain blocks, and for a choice as EncodeBlock().
   void Encode(const BlockChoice &choice);
+  void Encode(Encoder encode);
 
   // The record that tells the player where the target sits: it looks for that in the first record
   // only, so this must be it (else Error). `before` devices lie between TDI and the target, `after`
@@ -43,6 +54,9 @@ class Writer {
   // Throws Error as ShiftBody() and AppendRecord() do.
   void Sir(uint32_t bits, Bytes tdi, Bytes tdo = {}, Bytes mask = {});
   void Sdr(uint32_t bits, Bytes tdi, Bytes tdo = {}, Bytes mask = {});
+
+  // The same with bits that the encoder may choose. `opcode`: kSir or kSdr.
+  void Scan(Opcode opcode, const Shift &shift);
 
   // The header (shifted before) and trailer (after) of later instruction or data shifts; none with
   // `bits` 0. Throws Error as PadBody() and AppendRecord() do.
@@ -98,14 +112,20 @@ class Writer {
   // The length of the whole file so far in bytes, what has been taken included.
   uint64_t size() const;
 
+  // The frequency that the player is at after what is written, as far as that is certain.
+  const ClockRate &rate() const {
+    return rate_;
+  }
+
  private:
   void Put(uint8_t opcode, Bytes body);
-  void PutShift(Opcode opcode, const Shift &shift);
   void CheckOpen() const;
 
-  Buffer pending_;
+  Sink sink_;       // none: it stays pending
+  Buffer pending_;  // what has not been taken yet
   uint64_t taken_ = 0;
-  BlockFormat format_;
+  Encoder encode_;  // none: blocks are plain
+  bool plain_;
   ClockRate rate_;
   bool empty_ = true;  // no record yet
   bool in_loop_ = false;

@@ -16,7 +16,7 @@ tvb::Buffer CompileSvf(std::string_view svf, const tool::CompileOptions &options
   svf::Parser parser(svf);
   svf::Statement statement;
   while (parser.Next(statement)) {
-    compiler.Take(statement);
+    compiler.Compile(statement);
   }
   compiler.Finish();
   return image;

@@ -58,7 +58,7 @@ struct Compiled {
     svf::Parser parser(text);
     svf::Statement statement;
     while (parser.Next(statement)) {
-      compiler.Take(statement);
+      compiler.Compile(statement);
     }
     compiler.Finish();
     const tvb::HeaderView header = tvb::ReadHeader(image);

@@ -121,7 +121,7 @@ TEST(SvfFold, FoldsAsSoonAsItSaves) {
 }
 
 TEST(SvfFold, TakesBodiesUpToItsLimit) {
-  for (size_t period : {tool::RecordFolder::kLongestBody, tool::RecordFolder::kLongestBody + 1}) {
+  for (size_t period : {tool::RecordFolder::kMaxBody, tool::RecordFolder::kMaxBody + 1}) {
     Records records;
     for (uint32_t copy = 0; copy < 40; ++copy) {
       for (uint32_t i = 0; i < period; ++i) {
@@ -129,7 +129,7 @@ TEST(SvfFold, TakesBodiesUpToItsLimit) {
       }
     }
     const Folded folded(records);
-    EXPECT_EQ(folded.folder.loops(), period <= tool::RecordFolder::kLongestBody ? 1u : 0u);
+    EXPECT_EQ(folded.folder.loops(), period <= tool::RecordFolder::kMaxBody ? 1u : 0u);
     EXPECT_EQ(folded.Unfolded(), records);
   }
 }

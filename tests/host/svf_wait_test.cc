@@ -7,7 +7,7 @@
 #include <random>
 
 #include "host.h"
-#include "tools/compile/run_test_plan.h"
+#include "tools/compile/record_writer.h"
 #include "tvb/player.h"
 #include "tvb/record.h"
 

@@ -158,7 +158,7 @@ class RandomFile {
         return Instructions();
       case 1: {
         const tvb::ChainPlace place = {Below(6), Below(6)};
-        const tvb::Buffer data = tvb::OpeningData(place, static_cast<uint8_t>(Below(255)));
+        const tvb::Buffer data = tvb::ChainInstructions(place, static_cast<uint8_t>(Below(255)));
         return image::Shift(image::kSir, 8 * data.size(), Field(image::kTagTdi, data));
       }
       case 2:
@@ -428,10 +428,28 @@ TEST_F(TvbPlayerNumbers, StoredNumbersReadBack) {
   }
 }
 
+TEST_F(TvbPlayerNumbers, WaitsAreTheDrivers) {
+  pins_.Record(false);
+  for (const uint32_t hz : {1, 7, 999, 1000000, 2000000000}) {
+    for (const uint64_t clocks : {0, 1, 1000, 1123}) {
+      const uint64_t required = 1000 * (clocks * 1000000 / hz + 1);  // nanoseconds
+      for (const uint64_t missing : {0, 1, 400, 999, 1000, 99999, 100000, 100001, 250400, 300000}) {
+        const uint64_t elapsed = required - std::min(required, missing);
+        shim::ResetClock();
+        shim::SetSchedClock({0, elapsed});
+        g_freq = hz;
+        Quorlan_KeepCycle(static_cast<s32>(clocks));
+        EXPECT_EQ(tvb::RunTestWait(clocks, hz, elapsed), 100000 * shim::DelayCount())
+            << clocks << " clocks at " << hz << " Hz, " << missing << " ns missing";
+      }
+    }
+  }
+}
+
 TEST_F(TvbPlayerNumbers, InstructionsAreTheDrivers) {
   EXPECT_EQ(g_idcode_pub, tvb::kIdcode);
   const auto download = [this](uint8_t instruction) {
-    const tvb::Buffer data = tvb::OpeningData({1, 2}, instruction);
+    const tvb::Buffer data = tvb::ChainInstructions({1, 2}, instruction);
     Download(image::Join({image::Header(), image::Sir(8 * data.size(), data)}));
     return g_idcode_pub;
   };

@@ -7,6 +7,7 @@
 #include "lzw_codes.h"
 #include "shim.h"
 #include "tvb/block.h"
+#include "tvb/block_encoder.h"
 #include "tvb/number.h"
 #include "tvb/writer.h"
 #include "tvb_data.h"
@@ -164,6 +165,30 @@ TEST_F(TvbProperty, RandomBlocksOfRandomKinds) {
     BlockChoice choice =
         BlockChoice::As(tvb::Encodings()[random() % tvb::Encodings().size()].encoding);
     ExpectDecoded(tvb::EncodeBlock(data, choice), data, "round " + std::to_string(round));
+  }
+}
+
+// The encoder of the writer remembers blocks and chooses bits that may be anything.
+TEST_F(TvbProperty, BlocksOfTheWritersEncoder) {
+  std::mt19937 random(20241122);
+  tvb::BlockEncoder encoder;
+  for (int round = 0; round < 3000; ++round) {
+    const std::vector<tvb_data::Sample> samples = tvb_data::Samples(1 + random() % 40);
+    const Buffer &data = samples[random() % samples.size()].bytes;
+    Buffer care(random() % 2 == 0 ? data.size() : 0);
+    for (uint8_t &byte : care) {
+      byte = static_cast<uint8_t>(random() % 3 == 0 ? random() : 0xFF);
+    }
+    Buffer block;
+    encoder(block, static_cast<uint32_t>(8 * data.size()), data, care);
+    Load(block);
+    u8 *decoded = Quorlan_ProcessData(static_cast<u32>(data.size()));
+    ASSERT_NE(decoded, nullptr);
+    EXPECT_EQ(g_pos, block.size());
+    for (size_t i = 0; i < data.size(); ++i) {
+      EXPECT_EQ((decoded[i] ^ data[i]) & (care.empty() ? 0xFF : care[i]), 0) << round;
+    }
+    kfree(decoded);
   }
 }
 

@@ -15,41 +15,33 @@ using demo::Bits;
 using demo::PartFile;
 
 constexpr demo::Part kPart = {0x0A014C35, 8, 32, 100, 20};
-constexpr demo::Place kAlone = {0, 0};
-constexpr demo::Place kSecondOfThree = {1, 1};
+constexpr tvb::ChainPlace kAlone = {0, 0};
+constexpr tvb::ChainPlace kSecondOfThree = {1, 1};
 // The memory's 32 bytes, in order.
 constexpr char kText[] = "0123456789abcdefGHIJKLMNOPQRSTUV";
 
-// Every step there is, for the part at `place`.
-tvb::Buffer Whole(PartFile &file) {
-  const std::vector<Bits> rows = demo::RowsOfText(kPart, kText);
-  file.CheckIdcode();
-  file.Erase();
-  file.Program(rows);
-  file.Verify(rows);
-  return file.Finish();
+const std::vector<Bits> &Rows() {
+  static const std::vector<Bits> rows = demo::RowsOfText(kPart, kText);
+  return rows;
 }
 
 tvb::Buffer Alone() {
-  PartFile file(kAlone, kPart);
-  return Whole(file);
+  return PartFile(kAlone, kPart).Whole(Rows());
 }
 
 tvb::Buffer SecondOfThree() {
-  PartFile file(kSecondOfThree, kPart);
-  return Whole(file);
+  return PartFile(kSecondOfThree, kPart).Whole(Rows());
 }
 
 template <tvb::Encoding encoding>
 tvb::Buffer Encoded() {
   PartFile file(kAlone, kPart);
   file.writer().Encode(tvb::BlockChoice::As(encoding));
-  return Whole(file);
+  return file.Whole(Rows());
 }
 
 tvb::Buffer Plain() {
-  PartFile file(kAlone, kPart, tvb::FileHeader::Plain());
-  return Whole(file);
+  return PartFile(kAlone, kPart, tvb::FileHeader::Plain()).Whole(Rows());
 }
 
 // Compares the IDCODE of the second of three devices and nothing more.
@@ -70,11 +62,10 @@ tvb::Buffer WrongIdcode() {
 
 // Waits one clock less than the part needs after each row.
 tvb::Buffer ShortWait() {
-  const std::vector<Bits> rows = demo::RowsOfText(kPart, kText);
   PartFile file(kAlone, kPart);
   file.Erase();
-  file.Program(rows, kPart.program_clocks - 1);
-  file.Verify(rows);
+  file.Program(Rows(), kPart.program_clocks - 1);
+  file.Verify(Rows());
   return file.Finish();
 }
 
@@ -97,7 +88,6 @@ tvb::Buffer Loop() {
 
 // The second of three devices, the others being covered by header and trailer registers.
 tvb::Buffer Padded() {
-  const std::vector<Bits> rows = demo::RowsOfText(kPart, kText);
   PartFile file(kAlone, kPart);
   file.writer().Hir(8, tvb::Buffer{0xFF});
   file.writer().Tir(8, tvb::Buffer{0xFF});
@@ -105,8 +95,8 @@ tvb::Buffer Padded() {
   file.writer().Tdr(1, tvb::Buffer{0x80});
   file.CheckIdcode();
   file.Erase();
-  file.Program(rows);
-  file.Verify(rows);
+  file.Program(Rows());
+  file.Verify(Rows());
   file.Instruction(SIM_DISABLE);
   file.writer().ClearPads();
   return file.writer().Finish();
@@ -171,15 +161,6 @@ constexpr File kFiles[] = {
     {"empty.tvb", Empty},
 };
 
-bool Save(const std::string &path, const tvb::Buffer &bytes) {
-  std::FILE *file = std::fopen(path.c_str(), "wb");
-  if (file == nullptr) {
-    return false;
-  }
-  const bool whole = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-  return std::fclose(file) == 0 && whole;
-}
-
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -190,8 +171,7 @@ int main(int argc, char **argv) {
   try {
     for (const File &file : kFiles) {
       const std::string path = std::string(argv[1]) + "/" + file.name;
-      if (!Save(path, file.make())) {
-        std::perror(path.c_str());
+      if (!demo::Save(path, file.make())) {
         return 1;
       }
     }

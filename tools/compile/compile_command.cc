@@ -68,7 +68,7 @@ void CompileText(Compiler &compiler, InputFile &input, SourceNotes &notes) {
   try {
     svf::Statement statement;
     while (parser.Next(statement)) {
-      compiler.Take(statement);
+      compiler.Compile(statement);
       progress.Update(parser.offset());
       input.Forget(parser.offset());
     }

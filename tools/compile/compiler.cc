@@ -6,7 +6,6 @@
 #include <algorithm>
 
 #include "svf/text.h"
-#include "tools/compile/run_test_plan.h"
 #include "tvb/number.h"
 #include "tvb/record.h"
 
@@ -16,14 +15,14 @@ namespace {
 using svf::Field;
 using svf::Register;
 
-uint8_t OpcodeOf(Register scan) {
+tvb::Opcode OpcodeOf(Register scan) {
   return scan == Register::kSir ? tvb::kSir : tvb::kSdr;
 }
 
 // The place that the player would read off an instruction scan as a file's first record. Nothing
 // unless the scan can only be meant so: BYPASS for all devices but one, and nothing compared.
-std::optional<ChainPlace> PlaceToldBy(const ScanData &scan) {
-  if (scan.bits % tvb::kInstructionBits != 0 || scan.tdi.size() < 2 || scan.compares) {
+std::optional<ChainPlace> PlaceToldBy(const tvb::Shift &scan) {
+  if (scan.bits % tvb::kInstructionBits != 0 || scan.tdi.size() < 2 || !scan.mask.empty()) {
     return std::nullopt;
   }
   const ChainPlace place = tvb::PlaceToldBy(scan.tdi);
@@ -50,9 +49,9 @@ Compiler::Compiler(const CompileOptions &options, SourceNotes &notes, RecordFold
       writer_(options.plain, options.blocks, options.pin_ns, std::move(sink)),
       tap_(notes, options.pause_as_idle) {}
 
-void Compiler::Take(const svf::Statement &statement) {
+void Compiler::Compile(const svf::Statement &statement) {
   offset_ = statement.offset;
-  std::visit([this](const auto &what) { Do(what); }, statement.what);
+  std::visit([this](const auto &what) { Compile(what); }, statement.what);
 }
 
 void Compiler::Finish() {
@@ -61,13 +60,13 @@ void Compiler::Finish() {
   if (counts.instruction_scans + counts.data_scans + counts.run_tests == 0) {
     notes_.Warning(offset_, "the file has no scan and no RUNTEST; nothing will be played");
   }
-  if (!writer_.settled()) {
+  if (!writer_.is_open()) {
     Open(nullptr, nullptr);
   }
   writer_.Finish();
 }
 
-void Compiler::Do(const svf::ScanStatement &scan) {
+void Compiler::Compile(const svf::ScanStatement &scan) {
   if (svf::IsPad(scan.which)) {
     LoadPad(scan);
     return;
@@ -75,12 +74,13 @@ void Compiler::Do(const svf::ScanStatement &scan) {
   const bool instruction = scan.which == Register::kSir;
   CheckLength(scan);
   tap_.BeginScan(instruction, offset_);
-  Of(scan.which).Load(scan);
-  const ScanData data =
-      instruction ? joiner_.Join(Of(Register::kHir), Of(Register::kSir), Of(Register::kTir))
-                  : joiner_.Join(Of(Register::kHdr), Of(Register::kSdr), Of(Register::kTdr));
-  if (writer_.settled() || !Open(&scan, &data)) {
-    writer_.Scan(instruction, data);
+  Loaded(scan.which).Load(scan);
+  const tvb::Shift joined =
+      instruction
+          ? joiner_.Join(Loaded(Register::kHir), Loaded(Register::kSir), Loaded(Register::kTir))
+          : joiner_.Join(Loaded(Register::kHdr), Loaded(Register::kSdr), Loaded(Register::kTdr));
+  if (writer_.is_open() || !Open(&scan, &joined)) {
+    writer_.Scan(OpcodeOf(scan.which), joined);
   }
   tap_.EndScan(instruction, instruction ? end_ir_ : end_dr_, offset_);
 }
@@ -98,13 +98,13 @@ void Compiler::LoadPad(const svf::ScanStatement &pad) {
                      fmt::format("no scan could hold {} bits of {}; it is at most {} clocks long",
                                  pad.bits, Name(pad.which), tvb::kMaxScanClocks));
   }
-  Of(pad.which).Load(pad);
+  Loaded(pad.which).Load(pad);
 }
 
 void Compiler::CheckLength(const svf::ScanStatement &scan) const {
   const bool instruction = scan.which == Register::kSir;
-  const uint64_t pads = instruction ? Of(Register::kHir).bits() + Of(Register::kTir).bits()
-                                    : Of(Register::kHdr).bits() + Of(Register::kTdr).bits();
+  const uint64_t pads = instruction ? Loaded(Register::kHir).bits() + Loaded(Register::kTir).bits()
+                                    : Loaded(Register::kHdr).bits() + Loaded(Register::kTdr).bits();
   if (pads + scan.bits == 0) {
     throw svf::Error(scan.bits_offset, fmt::format("an {} of 0 bits shifts nothing and would leave "
                                                    "the player's TAP in a pause; take it out",
@@ -121,17 +121,17 @@ void Compiler::CheckLength(const svf::ScanStatement &scan) const {
   }
 }
 
-void Compiler::Do(const svf::EndStatement &end) {
+void Compiler::Compile(const svf::EndStatement &end) {
   (end.instruction ? end_ir_ : end_dr_) = end.state;
 }
 
-void Compiler::Do(const svf::StateStatement &state) {
+void Compiler::Compile(const svf::StateStatement &state) {
   if (const uint64_t clocks = tap_.Walk(state, offset_)) {
     writer_.RunTest(0, clocks);
   }
 }
 
-void Compiler::Do(const svf::RunTestStatement &run) {
+void Compiler::Compile(const svf::RunTestStatement &run) {
   if (run.run) {
     run_ = run.run->state;
     run_end_ = run_;
@@ -176,7 +176,7 @@ void Compiler::CheckMaximum(const svf::RunTestStatement &run, uint64_t clocks) {
   }
 }
 
-void Compiler::Do(const svf::FrequencyStatement &frequency) {
+void Compiler::Compile(const svf::FrequencyStatement &frequency) {
   uint32_t hz = 0;
   if (frequency.hertz) {
     // It is an upper bound, so a lower one will do.
@@ -190,7 +190,7 @@ void Compiler::Do(const svf::FrequencyStatement &frequency) {
   writer_.SetFrequency(hz);
 }
 
-void Compiler::Do(const svf::TrstStatement &trst) {
+void Compiler::Compile(const svf::TrstStatement &trst) {
   if (trst.mode == svf::TrstStatement::Mode::kOn) {
     throw svf::Error(offset_,
                      "TRST ON has no form in a TVB file: the player has no TRST line and "
@@ -198,38 +198,50 @@ void Compiler::Do(const svf::TrstStatement &trst) {
   }
 }
 
-void Compiler::Do(const svf::ParallelStatement &) {
+void Compiler::Compile(const svf::ParallelStatement &) {
   throw svf::Error(offset_,
                    "PIO and PIOMAP have no form in a TVB file: the player drives TCK, TMS "
                    "and TDI alone; take them out, or have the tool write none");
 }
 
-// Settles the first record, at the first scan or at the end: the player looks for the target's
-// place there and nowhere else, and files state their pads late, some after a RUNTEST. True if the
-// scan has become that record.
-bool Compiler::Open(const svf::ScanStatement *scan, const ScanData *data) {
-  const auto place = Place();
-  const bool is_instruction = scan != nullptr && scan->which == Register::kSir;
-  const auto told =
-      is_instruction && writer_.counts().run_tests == 0 ? PlaceToldBy(*data) : std::nullopt;
-  if (told && (!place || *told == *place)) {
-    writer_.Settle(data);
+// Decides what the first record is, at the first scan or at the end: the player looks for the
+// target's place there and nowhere else, and files state their pads late, some after a RUNTEST.
+// True if the scan has become that record.
+bool Compiler::Open(const svf::ScanStatement *scan, const tvb::Shift *joined) {
+  const auto place = TargetPlace();
+  if (scan != nullptr && IsToldBy(*scan, *joined, place)) {
+    writer_.Open(joined);
     return true;
   }
   if (!place || place->IsAlone() || !FitsOpening(*place)) {
-    writer_.Settle(nullptr);
+    writer_.Open(nullptr);
     return false;
   }
-  // A file that reads the IDCODE by the other instruction says so with its first scan.
-  const svf::ScanRegister &sir = Of(Register::kSir);
-  const bool other = is_instruction && sir.bits() == tvb::kInstructionBits &&
-                     sir.tdi() == tvb::OpeningData({}, tvb::kOtherIdcode);
-  const tvb::Buffer tdi = tvb::OpeningData(*place, other ? tvb::kOtherIdcode : tvb::kIdcode);
-  ScanData opening;
+  const tvb::Buffer tdi = tvb::ChainInstructions(*place, IdcodeInstruction(scan));
+  tvb::Shift opening;
   opening.bits = static_cast<uint32_t>(tvb::kInstructionBits * tdi.size());
   opening.tdi = tdi;
-  writer_.Settle(&opening);
+  writer_.Open(&opening);
   return false;
+}
+
+// True if the scan, the first of the file, tells that place itself, or any place if none is known.
+bool Compiler::IsToldBy(const svf::ScanStatement &scan, const tvb::Shift &joined,
+                        const std::optional<ChainPlace> &place) const {
+  if (scan.which != Register::kSir || writer_.counts().run_tests != 0) {
+    return false;
+  }
+  const auto told = PlaceToldBy(joined);
+  return told && (!place || *told == *place);
+}
+
+// A file that reads the IDCODE by the other instruction says so with its first scan.
+uint8_t Compiler::IdcodeInstruction(const svf::ScanStatement *scan) const {
+  const svf::ScanRegister &sir = Loaded(Register::kSir);
+  const bool other = scan != nullptr && scan->which == Register::kSir &&
+                     sir.bits() == tvb::kInstructionBits &&
+                     sir.tdi() == tvb::ChainInstructions({}, tvb::kOtherIdcode);
+  return other ? tvb::kOtherIdcode : tvb::kIdcode;
 }
 
 bool Compiler::FitsOpening(const ChainPlace &place) {
@@ -240,12 +252,12 @@ bool Compiler::FitsOpening(const ChainPlace &place) {
   return false;
 }
 
-std::optional<ChainPlace> Compiler::Place() {
+std::optional<ChainPlace> Compiler::TargetPlace() {
   if (options_.chain) {
     return options_.chain;
   }
-  const tvb::PadBits pads = {Of(Register::kHir).bits(), Of(Register::kTir).bits(),
-                             Of(Register::kHdr).bits(), Of(Register::kTdr).bits()};
+  const tvb::PadBits pads = {Loaded(Register::kHir).bits(), Loaded(Register::kTir).bits(),
+                             Loaded(Register::kHdr).bits(), Loaded(Register::kTdr).bits()};
   const auto place = PlaceOfPads(pads);
   if (place && (pads.hir != uint64_t{tvb::kInstructionBits} * place->after ||
                 pads.tir != uint64_t{tvb::kInstructionBits} * place->before)) {

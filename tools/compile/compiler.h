@@ -10,12 +10,12 @@
 #include "svf/parser.h"
 #include "svf/scan_register.h"
 #include "tools/compile/joined_scan.h"
-#include "tools/compile/record_folder.h"
 #include "tools/compile/record_writer.h"
 #include "tools/compile/source_notes.h"
 #include "tools/compile/tap_tracker.h"
 #include "tvb/block.h"
 #include "tvb/player.h"
+#include "tvb/record.h"
 
 namespace tool {
 
@@ -36,7 +36,8 @@ class Compiler {
   // `notes` must live as long as the object.
   Compiler(const CompileOptions &options, SourceNotes &notes, RecordFolder::Sink sink);
 
-  void Take(const svf::Statement &statement);
+  // The next statement.
+  void Compile(const svf::Statement &statement);
 
   // The end of the SVF file; call it once, at last.
   void Finish();
@@ -46,26 +47,29 @@ class Compiler {
   }
 
  private:
-  void Do(const svf::ScanStatement &scan);
-  void Do(const svf::EndStatement &end);
-  void Do(const svf::StateStatement &state);
-  void Do(const svf::RunTestStatement &run);
-  void Do(const svf::FrequencyStatement &frequency);
-  void Do(const svf::TrstStatement &trst);
-  void Do(const svf::ParallelStatement &);
+  void Compile(const svf::ScanStatement &scan);
+  void Compile(const svf::EndStatement &end);
+  void Compile(const svf::StateStatement &state);
+  void Compile(const svf::RunTestStatement &run);
+  void Compile(const svf::FrequencyStatement &frequency);
+  void Compile(const svf::TrstStatement &trst);
+  void Compile(const svf::ParallelStatement &);
 
   void LoadPad(const svf::ScanStatement &pad);
   void CheckLength(const svf::ScanStatement &scan) const;
-  svf::ScanRegister &Of(svf::Register which) {
+  svf::ScanRegister &Loaded(svf::Register which) {
     return registers_[static_cast<size_t>(which)];
   }
-  const svf::ScanRegister &Of(svf::Register which) const {
+  const svf::ScanRegister &Loaded(svf::Register which) const {
     return registers_[static_cast<size_t>(which)];
   }
 
-  bool Open(const svf::ScanStatement *scan, const ScanData *data);
+  bool Open(const svf::ScanStatement *scan, const tvb::Shift *joined);
+  bool IsToldBy(const svf::ScanStatement &scan, const tvb::Shift &joined,
+                const std::optional<ChainPlace> &place) const;
+  uint8_t IdcodeInstruction(const svf::ScanStatement *scan) const;
   bool FitsOpening(const ChainPlace &place);
-  std::optional<ChainPlace> Place();
+  std::optional<ChainPlace> TargetPlace();
 
   void CheckMaximum(const svf::RunTestStatement &run, uint64_t clocks);
 

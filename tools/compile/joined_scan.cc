@@ -41,38 +41,42 @@ class BitQueue {
   uint64_t bits_ = 0;
 };
 
-ScanData WithoutPads(const svf::ScanRegister &scan) {
-  ScanData data;
-  data.bits = scan.bits();
-  data.tdi = scan.tdi();
-  data.has_free_bits = scan.has_free_bits();
-  data.smask = scan.smask();
-  data.compares = scan.compares();
-  data.tdo = scan.tdo();
-  data.mask = scan.mask();
-  return data;
+tvb::Shift WithoutPads(const svf::ScanRegister &scan) {
+  tvb::Shift joined;
+  joined.bits = scan.bits();
+  joined.tdi = scan.tdi();
+  if (scan.has_free_bits()) {
+    joined.care = scan.smask();
+  }
+  if (scan.compares()) {
+    joined.tdo = scan.tdo();
+    joined.mask = scan.mask();
+  }
+  return joined;
 }
 
 }  // namespace
 
-ScanData ScanJoiner::Join(const svf::ScanRegister &header, const svf::ScanRegister &scan,
-                          const svf::ScanRegister &trailer) {
+tvb::Shift ScanJoiner::Join(const svf::ScanRegister &header, const svf::ScanRegister &scan,
+                            const svf::ScanRegister &trailer) {
   if (header.bits() == 0 && trailer.bits() == 0) {
     return WithoutPads(scan);
   }
-  ScanData data;
-  data.bits = header.bits() + scan.bits() + trailer.bits();
+  tvb::Shift joined;
+  joined.bits = header.bits() + scan.bits() + trailer.bits();
   BitQueue tdi(tdi_);
   BitQueue smask(smask_);
+  bool has_free_bits = false;
   for (const svf::ScanRegister *part : {&header, &scan, &trailer}) {
     tdi.Append(part->tdi(), part->bits());
     smask.Append(part->smask(), part->bits());
-    data.has_free_bits |= part->bits() > 0 && part->has_free_bits();
+    has_free_bits |= part->bits() > 0 && part->has_free_bits();
   }
-  data.tdi = tdi_;
-  data.smask = smask_;
-  data.compares = scan.compares() && scan.bits() > 0;
-  if (data.compares) {
+  joined.tdi = tdi_;
+  if (has_free_bits) {
+    joined.care = smask_;
+  }
+  if (scan.compares() && scan.bits() > 0) {
     BitQueue tdo(tdo_);
     BitQueue mask(mask_);
     tdo.AppendZeros(header.bits());
@@ -81,10 +85,10 @@ ScanData ScanJoiner::Join(const svf::ScanRegister &header, const svf::ScanRegist
     mask.Append(scan.mask(), scan.bits());
     tdo.AppendZeros(trailer.bits());
     mask.AppendZeros(trailer.bits());
-    data.tdo = tdo_;
-    data.mask = mask_;
+    joined.tdo = tdo_;
+    joined.mask = mask_;
   }
-  return data;
+  return joined;
 }
 
 }  // namespace tool

@@ -5,7 +5,7 @@
 #include <array>
 #include <utility>
 
-#include "tools/compile/hash.h"
+#include "tvb/hash.h"
 #include "tvb/number.h"
 #include "tvb/record.h"
 
@@ -30,13 +30,13 @@ size_t LoopOverhead(uint64_t copies) {
 }
 
 // For each period, how many records from one entry on equal the one a period later.
-using EqualRuns = std::array<uint32_t, RecordFolder::kLongestBody>;  // period 1 first
+using EqualRuns = std::array<uint32_t, RecordFolder::kMaxBody>;  // period 1 first
 
 // Goes from the entry behind to this one, whose hash and those after it are `hashes`. True if a
 // whole period repeats here. Made so that the compiler takes many periods at once.
 bool GoBack(const uint32_t *hashes, EqualRuns &runs) {
   uint32_t repeats = 0;
-  for (size_t i = 0; i < RecordFolder::kLongestBody; ++i) {
+  for (size_t i = 0; i < RecordFolder::kMaxBody; ++i) {
     const uint32_t all_if_equal = hashes[0] == hashes[i + 1] ? ~0u : 0;
     runs[i] = (runs[i] + 1) & all_if_equal;
     repeats |= runs[i] > i ? ~0u : 0;
@@ -60,7 +60,7 @@ void RecordFolder::Put(tvb::Bytes record) {
   Append(record);
   if (IsFull()) {
     // Loops that begin near the end had better be looked at when more of them has come.
-    constexpr size_t kHeldBack = 4 * kLongestBody;
+    constexpr size_t kHeldBack = 4 * kMaxBody;
     PassOn(std::max(size() / 2, size() - std::min(kHeldBack, size())));
   }
 }
@@ -88,7 +88,7 @@ bool RecordFolder::IsFull() const {
 
 void RecordFolder::Append(tvb::Bytes record) {
   starts_.push_back(bytes_.size());
-  hashes_.push_back(static_cast<uint32_t>(Hash(record)) | 1);
+  hashes_.push_back(static_cast<uint32_t>(tvb::Hash(record)) | 1);
   tvb::Append(bytes_, record);
 }
 
@@ -98,14 +98,14 @@ std::vector<RecordFolder::Choice> RecordFolder::Choose() const {
   std::vector<Choice> choices(size());
   std::vector<uint64_t> cost(size() + 1);
   std::vector<uint32_t> hashes = hashes_;
-  hashes.resize(size() + kLongestBody);  // with 0, which no record has
+  hashes.resize(size() + kMaxBody);  // with 0, which no record has
   EqualRuns equal{};
   for (size_t entry = size(); entry-- > 0;) {
     cost[entry] = cost[entry + 1] + Start(entry + 1) - Start(entry);
     if (!GoBack(&hashes[entry], equal)) {
       continue;
     }
-    for (uint32_t period = 1; period <= kLongestBody; ++period) {
+    for (uint32_t period = 1; period <= kMaxBody; ++period) {
       const uint32_t copies = equal[period - 1] / period + 1;
       if (copies == 1) {
         continue;

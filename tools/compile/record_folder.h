@@ -13,13 +13,13 @@
 namespace tool {
 
 // Takes records and passes them on, with runs of equal stretches replaced by a loop where that is
-// smaller. A loop holds up to kLongestBody records; loops do not nest, so of loops that overlap
+// smaller. A loop holds up to kMaxBody records; loops do not nest, so of loops that overlap
 // those are taken that save most. What comes out depends on the records alone, not on how fast they
 // come. Records are looked at through a window: memory is about three times kWindowBytes, or what
 // one loop's body takes if that is more.
 class RecordFolder {
  public:
-  static constexpr size_t kLongestBody = 64;  // records
+  static constexpr size_t kMaxBody = 64;  // records
   static constexpr size_t kWindowRecords = 2048;
   static constexpr size_t kWindowBytes = 1 << 22;
 

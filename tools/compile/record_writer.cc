@@ -3,14 +3,21 @@
 
 #include <algorithm>
 #include <bit>
+#include <chrono>
+#include <functional>
 
 #include "tvb/header.h"
-#include "tvb/number.h"
 #include "tvb/player.h"
 #include "tvb/record.h"
 
 namespace tool {
 namespace {
+
+constexpr uint64_t kMicrosecondsInSecond = 1000000;
+
+tvb::FileHeader Header(bool plain) {
+  return plain ? tvb::FileHeader::Plain() : tvb::FileHeader();
+}
 
 bool AnyBit(tvb::Bytes bytes) {
   return std::any_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte != 0; });
@@ -24,46 +31,128 @@ uint64_t CountBits(tvb::Bytes bytes) {
   return count;
 }
 
+// The scan as it is written.
+tvb::Shift Reduced(tvb::Shift scan) {
+  if (!AnyBit(scan.mask)) {
+    scan.tdo = {};
+    scan.mask = {};
+  }
+  scan.free_tdo = true;
+  return scan;
+}
+
 }  // namespace
+
+std::optional<RunTestPlan> PlanRunTest(uint64_t count, const svf::Decimal &seconds, uint32_t hz) {
+  const uint64_t microseconds = seconds.TimesUp(kMicrosecondsInSecond);
+  if (microseconds > tvb::kMaxTime) {
+    return std::nullopt;
+  }
+  const uint64_t clocks_of_time = seconds.TimesUp(hz);
+  if (clocks_of_time <= count) {
+    return RunTestPlan{0, count};
+  }
+  const bool whole = seconds.TimesDown(kMicrosecondsInSecond) == microseconds;
+  const uint64_t clocks = tvb::RunTestClocks(microseconds, 0, tvb::IsWholeKilohertz(hz), hz);
+  if (whole && clocks >= clocks_of_time && clocks <= tvb::kMaxCycles) {
+    return RunTestPlan{microseconds, clocks};
+  }
+  return RunTestPlan{0, clocks_of_time};
+}
+
+void PlayCost::AddScan(tvb::Opcode opcode, uint64_t bits, uint64_t compared, uint32_t hz) {
+  const uint64_t clocks = tvb::ScanClocks(opcode, bits);
+  AddClocks(clocks, hz);
+  AddCalls(tvb::ScanPinCalls(clocks, bits, compared));
+}
+
+void PlayCost::AddRunTest(uint64_t clocks, uint32_t hz) {
+  AddClocks(clocks, hz);
+  run_test_clocks_ += clocks;
+  AddCalls(tvb::RunTestPinCalls(clocks));
+  const double taken = 2.0 * static_cast<double>(clocks) * pin_ns_;
+  time_of_pins_ += static_cast<double>(tvb::RunTestWait(clocks, hz, static_cast<uint64_t>(taken)));
+}
+
+void PlayCost::AddCalls(uint64_t calls) {
+  pin_calls_ += calls;
+  time_of_pins_ += static_cast<double>(calls) * pin_ns_;
+}
+
+void PlayCost::AddClocks(uint64_t clocks, uint32_t hz) {
+  clocks_ += clocks;
+  time_at_frequency_ += static_cast<double>(clocks) * 1e9 / hz;
+}
 
 RecordWriter::RecordWriter(bool plain, const tvb::BlockChoice &blocks, double pin_ns,
                            RecordFolder::Sink sink)
-    : sink_(std::move(sink)), folder_(sink_), encoder_(plain, blocks), cost_(pin_ns) {
+    : folder_(sink),
+      encoder_(blocks),
+      writer_(Header(plain), [this](tvb::Bytes record) { HoldBack(record); }),
+      cost_(pin_ns) {
+  if (!plain) {
+    encode_ = std::ref(encoder_);
+    writer_.Encode(encode_);
+  }
   tvb::Buffer header;
-  tvb::AppendHeader(header, plain ? tvb::FileHeader::Plain() : tvb::FileHeader());
-  sink_(header);
+  tvb::AppendHeader(header, Header(plain));
+  sink(header);
 }
 
-void RecordWriter::Settle(const ScanData *opening) {
+void RecordWriter::Open(const tvb::Shift *first) {
   Begin();
-  settled_ = true;
-  if (opening != nullptr) {
-    Scan(true, *opening);
+  if (first != nullptr) {
+    const tvb::Shift scan = Reduced(*first);
+    tvb::Buffer record;
+    tvb::AppendRecord(record, tvb::kSir, tvb::ShiftBody(scan, encode_));
+    folder_.Put(record);
+    AccountForScan(tvb::kSir, scan);
   }
-  size_t start = 0;
-  for (size_t end : early_ends_) {
-    folder_.Put({early_bytes_.data() + start, end - start});
-    start = end;
-  }
-  early_bytes_.clear();
-  early_ends_.clear();
+  LetGo();
 }
 
-void RecordWriter::Finish() {
-  folder_.Flush();
-  Put(tvb::kRunTest, tvb::IdleRunTestBody());
-  folder_.Flush();
+void RecordWriter::Scan(tvb::Opcode opcode, const tvb::Shift &scan) {
+  Begin();
+  const tvb::Shift reduced = Reduced(scan);
+  writer_.Scan(opcode, reduced);
+  AccountForScan(opcode, reduced);
+}
+
+void RecordWriter::RunTest(uint64_t microseconds, uint64_t clocks) {
+  if (clocks == 0) {
+    return;
+  }
+  Begin();
+  ++counts_.run_tests;
+  NoteRate();
+  if (microseconds > 0) {
+    writer_.RunTest(std::chrono::microseconds(microseconds));
+    cost_.AddRunTest(clocks, hz());
+    return;
+  }
+  while (clocks > 0) {
+    const uint64_t piece = std::min(clocks, tvb::kMaxCycles);
+    writer_.RunTest(piece);
+    cost_.AddRunTest(piece, hz());
+    clocks -= piece;
+  }
 }
 
 void RecordWriter::SetFrequency(uint32_t hz) {
   hz_ = hz;
   if (begun_) {
-    TellFrequency();
+    WriteFrequency();
   }
 }
 
 uint32_t RecordWriter::hz() const {
   return hz_ != 0 ? hz_ : tvb::kDefaultHz;
+}
+
+void RecordWriter::Finish() {
+  folder_.Flush();
+  writer_.Finish();
+  folder_.Flush();
 }
 
 // The player keeps the lengths of header and trailer registers from one file to the next, and the
@@ -74,90 +163,55 @@ void RecordWriter::Begin() {
     return;
   }
   begun_ = true;
-  for (tvb::Opcode pad : {tvb::kHir, tvb::kTir, tvb::kHdr, tvb::kTdr}) {
-    Put(pad, tvb::PadBody(0, {}));
-  }
-  Put(tvb::kFrequency, tvb::NumberBody(0));
-  TellFrequency();
+  writer_.ClearPads();
+  writer_.Frequency(0);
+  WriteFrequency();
 }
 
-void RecordWriter::Scan(bool instruction, const ScanData &data) {
-  Begin();
-  const bool compares = data.compares && AnyBit(data.mask);
-  body_.clear();
-  tvb::AppendNumber(body_, data.bits);
-  body_.push_back(tvb::kTagTdi);
-  if (data.has_free_bits) {
-    encoder_.AppendFree(body_, data.bits, data.tdi, data.smask);
-  } else {
-    encoder_.Append(body_, data.tdi);
-  }
-  if (compares) {
-    body_.push_back(tvb::kTagTdo);
-    encoder_.AppendFree(body_, data.bits, data.tdo, data.mask);
-    body_.push_back(tvb::kTagMask);
-    encoder_.Append(body_, data.mask);
-  }
-  body_.push_back(tvb::kTagEnd);
-  const tvb::Opcode opcode = instruction ? tvb::kSir : tvb::kSdr;
-  Put(opcode, body_);
-
-  ++(instruction ? counts_.instruction_scans : counts_.data_scans);
-  counts_.bits += data.bits;
-  NoteRate();
-  cost_.AddScan(opcode, data.bits, compares ? CountBits(data.mask) : 0, hz());
-}
-
-void RecordWriter::RunTest(uint64_t microseconds, uint64_t clocks) {
-  if (clocks == 0) {
+// The player takes a lower frequency only, unless it is told 0 before. At 0 it sets its own with
+// the next run-test.
+void RecordWriter::WriteFrequency() {
+  if (hz_ == written_hz_) {
     return;
   }
-  Begin();
-  ++counts_.run_tests;
-  NoteRate();
-  players_hz_ = hz();
-  if (microseconds > 0) {
-    Put(tvb::kRunTest, tvb::RunTestBody(microseconds, 0, tvb::IsWholeKilohertz(hz())));
-    cost_.AddRunTest(clocks, hz());
-    return;
-  }
-  while (clocks > 0) {
-    const uint64_t piece = std::min(clocks, tvb::kMaxCycles);
-    Put(tvb::kRunTest, tvb::RunTestBody(0, piece, false));
-    cost_.AddRunTest(piece, hz());
-    clocks -= piece;
-  }
-}
-
-// The player takes a lower frequency only, unless it is told 0 before, which makes it forget. At 0
-// it sets its own with the next run-test.
-void RecordWriter::TellFrequency() {
-  if (hz_ == told_hz_) {
-    return;
-  }
-  if (players_hz_ != 0) {
-    Put(tvb::kFrequency, tvb::NumberBody(0));
+  if (writer_.rate().Exact()) {
+    writer_.Frequency(0);
   }
   if (hz_ != 0) {
-    Put(tvb::kFrequency, tvb::NumberBody(hz_));
+    writer_.Frequency(hz_);
   }
-  told_hz_ = hz_;
-  players_hz_ = hz_;
+  written_hz_ = hz_;
 }
 
-void RecordWriter::Put(uint8_t opcode, const tvb::Buffer &body) {
-  constexpr size_t kMostEarlyBytes = 1 << 20;
-  if (settled_) {
-    record_.clear();
-    tvb::AppendRecord(record_, opcode, body);
-    folder_.Put(record_);
+void RecordWriter::HoldBack(tvb::Bytes record) {
+  constexpr size_t kMaxHeldBytes = 1 << 20;
+  if (is_open_) {
+    folder_.Put(record);
     return;
   }
-  tvb::AppendRecord(early_bytes_, opcode, body);
-  early_ends_.push_back(early_bytes_.size());
-  if (early_bytes_.size() > kMostEarlyBytes) {
-    Settle(nullptr);
+  tvb::Append(held_bytes_, record);
+  held_ends_.push_back(held_bytes_.size());
+  if (held_bytes_.size() > kMaxHeldBytes) {
+    LetGo();
   }
+}
+
+void RecordWriter::LetGo() {
+  is_open_ = true;
+  size_t start = 0;
+  for (size_t end : held_ends_) {
+    folder_.Put({held_bytes_.data() + start, end - start});
+    start = end;
+  }
+  held_bytes_ = {};
+  held_ends_ = {};
+}
+
+void RecordWriter::AccountForScan(tvb::Opcode opcode, const tvb::Shift &scan) {
+  ++(opcode == tvb::kSir ? counts_.instruction_scans : counts_.data_scans);
+  counts_.bits += scan.bits;
+  NoteRate();
+  cost_.AddScan(opcode, scan.bits, CountBits(scan.mask), hz());
 }
 
 void RecordWriter::NoteRate() {

@@ -1,21 +1,34 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Writes the records of a TVB file: scans, run-tests and frequencies, in the smallest form, and
-// what the player needs around them.
+// Writes the records of a compiled file, with what the player needs around them, and accounts for
+// what playing them will cost.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
-#include "tools/compile/block_encoder.h"
-#include "tools/compile/joined_scan.h"
-#include "tools/compile/play_cost.h"
+#include "svf/number.h"
 #include "tools/compile/record_folder.h"
 #include "tvb/block.h"
-#include "tvb/bytes.h"
+#include "tvb/block_encoder.h"
+#include "tvb/writer.h"
 
 namespace tool {
+
+// A run-test as one record says it: for a time or, if that is 0, for a number of clocks.
+struct RunTestPlan {
+  uint64_t microseconds = 0;
+  uint64_t clocks = 0;  // that the player will give, either way
+};
+
+// The player adds a record's time and count up, so one of the two is written: whichever is longer
+// at `hz`, the frequency that the player is at. It makes clocks of a time, rounding down, and then
+// makes every clock last its period; so a time is kept to only if it gives all the clocks that fill
+// it. Where rounding would lose one, the count of clocks that is long enough is written in its
+// place. Nothing if the time is longer than a record can hold.
+std::optional<RunTestPlan> PlanRunTest(uint64_t count, const svf::Decimal &seconds, uint32_t hz);
 
 // What was written.
 struct WrittenCounts {
@@ -25,27 +38,79 @@ struct WrittenCounts {
   uint64_t bits = 0;  // shifted, pads included
 };
 
+// Adds up what the player does for scans and run-tests, its reset and its query of the IDCODE
+// before the file left out. Times are in nanoseconds.
+class PlayCost {
+ public:
+  // `pin_ns`: what one call of a pin callback takes.
+  explicit PlayCost(double pin_ns) : pin_ns_(pin_ns) {}
+
+  // A scan (opcode kSir or kSdr) without header and trailer, of which `compared` bits are compared,
+  // while the clock is at `hz`. The player does not hold scans to that frequency; `hz` only counts
+  // for time_at_frequency().
+  void AddScan(tvb::Opcode opcode, uint64_t bits, uint64_t compared, uint32_t hz);
+
+  // A run-test of so many clocks at `hz`, which the player does wait for.
+  void AddRunTest(uint64_t clocks, uint32_t hz);
+
+  uint64_t clocks() const {
+    return clocks_;
+  }
+  uint64_t run_test_clocks() const {
+    return run_test_clocks_;
+  }
+  uint64_t pin_calls() const {
+    return pin_calls_;
+  }
+
+  // If every clock took its period at the frequency in force.
+  double time_at_frequency() const {
+    return time_at_frequency_;
+  }
+
+  // If nothing took time but pin calls and the waits of run-tests.
+  double time_of_pins() const {
+    return time_of_pins_;
+  }
+
+ private:
+  void AddCalls(uint64_t calls);
+  void AddClocks(uint64_t clocks, uint32_t hz);
+
+  double pin_ns_;
+  uint64_t clocks_ = 0;
+  uint64_t run_test_clocks_ = 0;
+  uint64_t pin_calls_ = 0;
+  double time_at_frequency_ = 0;
+  double time_of_pins_ = 0;
+};
+
 // Gives the bytes of the file to a sink as they become final, header first.
 //
 // What the player keeps from earlier downloads does not matter to the file: it begins by taking
 // away header and trailer registers and by setting the frequency anew. Only the first record can
 // come before that, for the player looks at it before it plays anything; since files tell late what
-// it has to be, everything is held back until Settle().
+// it has to be, everything is held back until Open().
 class RecordWriter {
  public:
   // `plain`: the header says that blocks are raw, and `blocks` is not looked at. `pin_ns`: what a
   // pin call takes, for cost().
   RecordWriter(bool plain, const tvb::BlockChoice &blocks, double pin_ns, RecordFolder::Sink sink);
+  RecordWriter(const RecordWriter &) = delete;
+  RecordWriter &operator=(const RecordWriter &) = delete;
 
-  // Settles the first record: `opening`, an instruction scan, or none in particular where that is
-  // null. Call it once; after a megabyte of records it has happened by itself.
-  void Settle(const ScanData *opening);
-  bool settled() const {
-    return settled_;
+  // Makes `first`, an instruction scan, the first record, or none in particular where that is null,
+  // and lets go of what was held back. Call it once, while nothing is_open().
+  void Open(const tvb::Shift *first);
+
+  // True after Open(), or when more than a megabyte of records would have been held back: whatever
+  // the first record is, that is too late to be changed.
+  bool is_open() const {
+    return is_open_;
   }
 
   // A scan. A comparison under a mask of zeros is none; bits that may be anything are chosen.
-  void Scan(bool instruction, const ScanData &data);
+  void Scan(tvb::Opcode opcode, const tvb::Shift &scan);
 
   // A run-test of so many clocks at hz(); it is written as a time if that is not 0. None if there
   // are no clocks.
@@ -58,7 +123,7 @@ class RecordWriter {
   uint32_t hz() const;
 
   // Closes the file with a record that does nothing: the player sees a failed comparison when the
-  // next record starts. It must be settled.
+  // next record starts. It must be open.
   void Finish();
 
   const WrittenCounts &counts() const {
@@ -78,28 +143,28 @@ class RecordWriter {
 
  private:
   void Begin();
-  void TellFrequency();
-  void Put(uint8_t opcode, const tvb::Buffer &body);
+  void WriteFrequency();
+  void HoldBack(tvb::Bytes record);
+  void LetGo();
+  void AccountForScan(tvb::Opcode opcode, const tvb::Shift &scan);
   void NoteRate();
 
-  RecordFolder::Sink sink_;
   RecordFolder folder_;
-  BlockEncoder encoder_;
+  tvb::BlockEncoder encoder_;
+  tvb::Encoder encode_;  // encoder_, or none
+  tvb::Writer writer_;
   PlayCost cost_;
   WrittenCounts counts_;
 
   bool begun_ = false;  // there are records
-  bool settled_ = false;
-  tvb::Buffer early_bytes_;  // records that are held back
-  std::vector<size_t> early_ends_;
+  bool is_open_ = false;
+  tvb::Buffer held_bytes_;  // records that are held back
+  std::vector<size_t> held_ends_;
 
   uint32_t hz_ = 0;          // 0: not bounded
-  uint32_t told_hz_ = 0;     // of that, what the player has been told
-  uint32_t players_hz_ = 0;  // that it is at; 0: not set
-  uint32_t clocked_hz_ = 0;  // at which the last clocks were
+  uint32_t written_hz_ = 0;  // of that, what the file says
+  uint32_t clocked_hz_ = 0;  // of the last clocks; 0: none yet
   bool several_rates_ = false;
-  tvb::Buffer body_;
-  tvb::Buffer record_;
 };
 
 }  // namespace tool

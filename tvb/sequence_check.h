@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Checks what records mean together: loops, the chain, and the end of the file.
+// Checks what records mean together: loops, the chain, frequencies and run-tests, and the end of
+// the file.
 #pragma once
 
 #include <cstdint>
@@ -51,6 +52,27 @@ class ChainCheck {
   PadBits pads_;
   std::optional<RecordView> first_pad_;
   std::optional<RecordView> last_pad_;
+};
+
+// Follows the frequency through the file.
+class TimeCheck {
+ public:
+  explicit TimeCheck(Findings &findings) : findings_(findings) {}
+
+  // A FREQUENCY record.
+  void Frequency(const RecordView &record);
+
+  // A RUNTEST record.
+  void RunTest(const RecordView &record);
+
+ private:
+  void CheckGate(const RecordView &record);
+  bool CheckFields(const RecordView &record);
+  void CheckCarryOver(const RecordView &record);
+
+  Findings &findings_;
+  ClockRate rate_;
+  bool told_carry_over_ = false;
 };
 
 // A failed comparison shows when the next record starts.

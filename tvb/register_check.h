@@ -15,6 +15,6 @@ namespace tvb {
 // Checks the blocks and registers of a shift, header or trailer record. `pads`: what is in force
 // for it. Returns false if something is broken that explains whatever else is wrong with the
 // record.
-bool CheckData(Bytes image, const RecordView &record, const PadBits &pads, Findings &findings);
+bool CheckRegisters(Bytes image, const RecordView &record, const PadBits &pads, Findings &findings);
 
 }  // namespace tvb

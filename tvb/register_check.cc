@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-#include "tvb/check_data.h"
+#include "tvb/register_check.h"
 
 #include <algorithm>
 #include <string>
@@ -10,7 +10,7 @@
 namespace tvb {
 namespace {
 
-std::string Place(const FieldView &field) {
+std::string DataName(const FieldView &field) {
   return std::string(TagName(field.tag)) + " data";
 }
 
@@ -34,11 +34,13 @@ std::string Surplus(const BlockView &block) {
 bool CheckBlock(const RecordView &record, const FieldView &field, Findings &findings) {
   const BlockView &block = *field.block;
   if (block.fault) {
-    findings.Broken(record, block.fault->offset, Place(field) + ": " + block.fault->message);
+    findings.Broken(record, block.fault->offset, DataName(field) + ": " + block.fault->message);
   } else if (block.written < block.count) {
-    findings.Broken(record, block.offset, Place(field) + EncodedAs(block) + ": " + Shortage(block));
+    findings.Broken(record, block.offset,
+                    DataName(field) + EncodedAs(block) + ": " + Shortage(block));
   } else if (block.surplus > 0) {
-    findings.Broken(record, block.offset, Place(field) + EncodedAs(block) + ": " + Surplus(block));
+    findings.Broken(record, block.offset,
+                    DataName(field) + EncodedAs(block) + ": " + Surplus(block));
   }
   return block.Exact();
 }
@@ -149,7 +151,8 @@ bool CheckPad(const RecordView &record, Findings &findings) {
 
 }  // namespace
 
-bool CheckData(Bytes image, const RecordView &record, const PadBits &pads, Findings &findings) {
+bool CheckRegisters(Bytes image, const RecordView &record, const PadBits &pads,
+                    Findings &findings) {
   if (!CheckRegisterLength(record, findings) || !CheckBlocks(record, findings)) {
     return false;
   }

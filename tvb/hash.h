@@ -8,10 +8,10 @@
 
 #include "tvb/bytes.h"
 
-namespace tool {
+namespace tvb {
 
 // Equal bytes have equal hashes; differing ones almost never. The value depends on the machine.
-inline uint64_t Hash(tvb::Bytes bytes) {
+inline uint64_t Hash(Bytes bytes) {
   constexpr uint64_t kOdd = 0x9E3779B97F4A7C15;
   const uint8_t *at = bytes.data();
   size_t left = bytes.size();
@@ -30,4 +30,4 @@ inline uint64_t Hash(tvb::Bytes bytes) {
   return hash ^ hash >> 29;
 }
 
-}  // namespace tool
+}  // namespace tvb

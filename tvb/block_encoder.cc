@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tvb/block_encoder.h"
+
+#include <algorithm>
+#include <array>
+
+#include "tvb/hash.h"
+
+namespace tvb {
+namespace {
+
+constexpr size_t kEntries = 1 << 9;
+constexpr size_t kMaxKnown = 1 << 14;
+
+uint8_t Merge(uint8_t data, uint8_t care, uint8_t filler) {
+  return static_cast<uint8_t>((data & care) | (filler & ~care));
+}
+
+Buffer FilledWith(Bytes data, Bytes care, uint8_t filler) {
+  Buffer filled(data.size());
+  for (size_t i = 0; i < data.size(); ++i) {
+    filled[i] = Merge(data[i], care[i], filler);
+  }
+  return filled;
+}
+
+Buffer FilledFromBefore(Bytes data, Bytes care) {
+  Buffer filled(data.size());
+  uint8_t before = 0;
+  for (size_t i = 0; i < data.size(); ++i) {
+    before = Merge(data[i], care[i], before);
+    filled[i] = before;
+  }
+  return filled;
+}
+
+// The lowest of the bytes that occur most often among those without a free bit.
+uint8_t MostFrequent(Bytes data, Bytes care) {
+  std::array<size_t, 256> counts{};
+  for (size_t i = 0; i < data.size(); ++i) {
+    counts[data[i]] += care[i] == 0xFF;
+  }
+  return static_cast<uint8_t>(std::max_element(counts.begin(), counts.end()) - counts.begin());
+}
+
+bool AllOnes(Bytes bytes) {
+  return std::all_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte == 0xFF; });
+}
+
+// The unused bits of the last byte stay as they are.
+Buffer WithUnusedBits(Bytes care, uint32_t bits) {
+  Buffer all(care.begin(), care.end());
+  if (bits % 8 != 0) {
+    all.back() |= static_cast<uint8_t>(0xFF >> bits % 8);
+  }
+  return all;
+}
+
+}  // namespace
+
+std::vector<Buffer> FreeBitVersions(Bytes data, Bytes care) {
+  std::vector<Buffer> versions;
+  versions.emplace_back(data.begin(), data.end());
+  versions.push_back(FilledWith(data, care, 0x00));
+  versions.push_back(FilledWith(data, care, 0xFF));
+  versions.push_back(FilledFromBefore(data, care));
+  versions.push_back(FilledWith(data, care, MostFrequent(data, care)));
+  return versions;
+}
+
+BlockEncoder::BlockEncoder(const BlockChoice &choice) : choice_(choice) {
+  EncodeBlock({}, choice);  // so that a bad choice fails here and not at the first shift
+}
+
+void BlockEncoder::operator()(Buffer &out, uint32_t bits, Bytes data, Bytes care) {
+  if (IsAlwaysRaw(data)) {
+    out.push_back(static_cast<uint8_t>(Encoding::kRaw));
+    Append(out, data);
+    return;
+  }
+  if (!care.empty() && !RawIsSmallest(data.size())) {
+    const Buffer all_care = WithUnusedBits(care, bits);
+    if (!AllOnes(all_care)) {
+      AppendSmallest(out, data, all_care);
+      return;
+    }
+  }
+  Append(out, Encode(data));
+}
+
+bool BlockEncoder::IsAlwaysRaw(Bytes data) const {
+  return choice_.encoding == Encoding::kRaw || (!choice_.encoding && RawIsSmallest(data.size()));
+}
+
+void BlockEncoder::AppendSmallest(Buffer &out, Bytes data, Bytes care) {
+  Buffer best;
+  for (const Buffer &version : FreeBitVersions(data, care)) {
+    const Buffer &block = Encode(version);
+    if (best.empty() || block.size() < best.size()) {
+      best = block;
+    }
+  }
+  Append(out, best);
+}
+
+const Buffer &BlockEncoder::Encode(Bytes data) {
+  if (RawIsSmallest(data.size()) || data.size() > kMaxKnown) {
+    last_ = EncodeBlock(data, choice_);
+    return last_;
+  }
+  known_.resize(kEntries);
+  const uint64_t hash = Hash(data);
+  Known &known = known_[hash % kEntries];
+  if (known.block.empty() || known.hash != hash ||
+      !std::equal(data.begin(), data.end(), known.data.begin(), known.data.end())) {
+    known.block = EncodeBlock(data, choice_);
+    known.data.assign(data.begin(), data.end());
+    known.hash = hash;
+  }
+  return known.block;
+}
+
+}  // namespace tvb
