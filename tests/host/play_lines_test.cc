@@ -162,7 +162,7 @@ TEST_F(PlayLines, FollowsTheScanAndTellsItWhenItIsUpdated) {
   EXPECT_TRUE(told.empty());
   Clock(true);
   Clock(false);
-  EXPECT_THAT(told, testing::ElementsAre("- DR 2 TDI 2 TDO 2, closed"));
+  ASSERT_THAT(told, testing::ElementsAre("- DR 2 TDI 2 TDO 2, closed"));
   EXPECT_EQ(Describe(lines_.scan()), told[0]) << "it stays until the next begins";
   Clock(true);
   EXPECT_EQ(Describe(lines_.scan()), "- DR 0 TDI - TDO -, closed");
