@@ -18,11 +18,6 @@ constexpr uint64_t kMaxImage = 0xFFFFFFFF;
 // ever in a large file that is no more than noise.
 constexpr int kMaxResumes = 100;
 
-bool IsSkippedByLength(const RecordView &record) {
-  return record.opcode == kReserved1 || record.opcode == kReserved5 ||
-         record.opcode == kReserved6 || record.opcode == kReserved19;
-}
-
 class Checker {
  public:
   Checker(Bytes image, const HeaderView &header, Findings &findings)
@@ -112,7 +107,7 @@ class Checker {
   }
 
   void CheckLength(const RecordView &record) {
-    if (IsSkippedByLength(record)) {
+    if (IsReserved(record.opcode)) {
       CheckSkipped(record);
       return;
     }

@@ -141,8 +141,7 @@ void Writer::EndLoop() {
 }
 
 void Writer::Reserved(uint8_t opcode, Bytes body) {
-  if (opcode != kReserved1 && opcode != kReserved5 && opcode != kReserved6 &&
-      opcode != kReserved19) {
+  if (!IsReserved(opcode)) {
     throw Error("the reserved opcodes are 1, 5, 6 and 19, not " + std::to_string(opcode));
   }
   Put(opcode, body);

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr double kMostClocks = 100000;
+constexpr double kMaxClocks = 100000;
 
 uint32_t the_noise;
 
@@ -53,7 +53,7 @@ tvb::Buffer GoodFile() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-  if (fuzz::Budget(std::vector<uint8_t>(data, data + size)).cost() > kMostClocks) {
+  if (fuzz::Budget(std::vector<uint8_t>(data, data + size)).cost() > kMaxClocks) {
     return 0;
   }
   static const tvb::Buffer good = GoodFile();

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr uint32_t kLargest = 4 << 20;  // the largest block in bytes
+constexpr uint32_t kMaxBlock = 4 << 20;  // the largest block in bytes
 
 class ShiftMemoryTest : public EngineTest {
  protected:
@@ -81,22 +81,22 @@ TEST_F(ShiftMemoryTest, AfterAFailureTheNextShiftIsPlayed) {
 
 TEST_F(ShiftMemoryTest, TheLongestShift) {
   pins.Record(false);
-  const uint32_t bits = kLargest - 1 - 5;
+  const uint32_t bits = kMaxBlock - 1 - 5;
   Quorlan_SvfShiftDataRegister(bits, nullptr, nullptr, nullptr);
   EXPECT_EQ(g_status, 1u);
   EXPECT_EQ(pins.writes(), 3ull * bits + 10 + 7);
-  EXPECT_EQ(shim::SizeOf(g_vector), kLargest);
+  EXPECT_EQ(shim::SizeOf(g_vector), kMaxBlock);
 }
 
 TEST_F(ShiftMemoryTest, ShiftsThatNoBlockHoldsAreAbandoned) {
-  for (const uint32_t bits : {kLargest - 5, kLargest, 0x7FFFFFFFu, 0x80000000u}) {
+  for (const uint32_t bits : {kMaxBlock - 5, kMaxBlock, 0x7FFFFFFFu, 0x80000000u}) {
     ExpectAbandoned(bits);
   }
 }
 
 TEST_F(ShiftMemoryTest, TheyAreAbandonedWithABufferToo) {
   Quorlan_MemSet(100);
-  for (const uint32_t bits : {kLargest - 5, 0x80000000u}) {
+  for (const uint32_t bits : {kMaxBlock - 5, 0x80000000u}) {
     ExpectAbandoned(bits);
   }
 }
