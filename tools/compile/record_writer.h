@@ -100,11 +100,11 @@ class RecordWriter {
   RecordWriter &operator=(const RecordWriter &) = delete;
 
   // Makes `first`, an instruction scan, the first record, or none in particular where that is null,
-  // and lets go of what was held back. Call it once, while nothing is_open().
+  // and lets go of what was held back. Call it once, and only while not is_open().
   void Open(const tvb::Shift *first);
 
-  // True after Open(), or when more than a megabyte of records would have been held back: whatever
-  // the first record is, that is too late to be changed.
+  // True after Open(), and once more than a megabyte of records was held back: it is too late then
+  // to put one before them.
   bool is_open() const {
     return is_open_;
   }
