@@ -23,7 +23,7 @@ tool::CompileOptions PlainOptions() {
   tool::CompileOptions options;
   options.plain = true;
   options.pause_as_idle = true;
-  options.chain = tool::ChainPlace{2, 1};
+  options.chain = tvb::ChainPlace{2, 1};
   return options;
 }
 

@@ -57,9 +57,9 @@ TEST(SvfCompile, TakesPadsAwayAgain) {
 TEST(SvfCompile, OpensWithTheTargetsPlace) {
   // The last byte of the number goes out first, to the device nearest TDO.
   tool::CompileOptions options;
-  options.chain = tool::ChainPlace{1, 2};
+  options.chain = tvb::ChainPlace{1, 2};
   EXPECT_EQ(Compiled("SDR 8 TDI (12);", options).Texts()[0], "SIR 32 FF06FFFF");
-  options.chain = tool::ChainPlace{0, 0};
+  options.chain = tvb::ChainPlace{0, 0};
   EXPECT_EQ(Compiled("SDR 8 TDI (12);", options).Texts()[0], "PAD 12 0");
   EXPECT_EQ(Compiled("HIR 8 TDI (FF); HDR 1 TDI (0); SDR 8 TDI (12);").Texts()[0], "SIR 16 06FF");
   EXPECT_EQ(Compiled("RUNTEST 5 TCK; TIR 8 TDI (FF); TDR 1 TDI (0); SDR 8 TDI (12);").Texts()[0],
@@ -85,7 +85,7 @@ TEST(SvfCompile, TakesAFirstScanThatTellsThePlaceForTheOpening) {
   EXPECT_EQ(Compiled("SIR 16 TDI (FFFF);").Texts()[0], "PAD 12 0");
   EXPECT_EQ(Compiled("SIR 12 TDI (FF1);").Texts()[0], "PAD 12 0");
   tool::CompileOptions options;
-  options.chain = tool::ChainPlace{0, 1};
+  options.chain = tvb::ChainPlace{0, 1};
   EXPECT_EQ(Compiled("SIR 16 TDI (FF10);", options).Texts()[0], "SIR 16 06FF");
 }
 

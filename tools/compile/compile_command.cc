@@ -97,9 +97,9 @@ int Compile(const CompileCommand &command) {
 }
 
 // "BEFORE,AFTER".
-std::optional<ChainPlace> ParsePlace(std::string_view text) {
+std::optional<tvb::ChainPlace> ParsePlace(std::string_view text) {
   constexpr uint32_t kMaxDevices = 100000;
-  ChainPlace place;
+  tvb::ChainPlace place;
   const char *end = text.data() + text.size();
   const auto before = std::from_chars(text.data(), end, place.before);
   if (before.ec != std::errc() || before.ptr == end || *before.ptr != ',') {

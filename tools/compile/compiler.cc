@@ -21,22 +21,22 @@ tvb::Opcode OpcodeOf(Register scan) {
 
 // The place that the player would read off an instruction scan as a file's first record. Nothing
 // unless the scan can only be meant so: BYPASS for all devices but one, and nothing compared.
-std::optional<ChainPlace> PlaceToldBy(const tvb::Shift &scan) {
+std::optional<tvb::ChainPlace> PlaceToldBy(const tvb::Shift &scan) {
   if (scan.bits % tvb::kInstructionBits != 0 || scan.tdi.size() < 2 || !scan.mask.empty()) {
     return std::nullopt;
   }
-  const ChainPlace place = tvb::PlaceToldBy(scan.tdi);
+  const tvb::ChainPlace place = tvb::PlaceToldBy(scan.tdi);
   return place.devices() == scan.tdi.size() ? std::optional(place) : std::nullopt;
 }
 
 // The place that header and trailer lengths tell: data registers of bypassed devices have one bit
 // each. Nothing if all four are 0.
-std::optional<ChainPlace> PlaceOfPads(const tvb::PadBits &pads) {
+std::optional<tvb::ChainPlace> PlaceOfPads(const tvb::PadBits &pads) {
   if (pads.hdr != 0 || pads.tdr != 0) {
-    return ChainPlace{pads.tdr, pads.hdr};
+    return tvb::ChainPlace{pads.tdr, pads.hdr};
   }
   if (pads.hir != 0 || pads.tir != 0) {
-    return ChainPlace{pads.tir / tvb::kInstructionBits, pads.hir / tvb::kInstructionBits};
+    return tvb::ChainPlace{pads.tir / tvb::kInstructionBits, pads.hir / tvb::kInstructionBits};
   }
   return std::nullopt;
 }
@@ -227,7 +227,7 @@ bool Compiler::Open(const svf::ScanStatement *scan, const tvb::Shift *joined) {
 
 // True if the scan, the first of the file, tells that place itself, or any place if none is known.
 bool Compiler::IsToldBy(const svf::ScanStatement &scan, const tvb::Shift &joined,
-                        const std::optional<ChainPlace> &place) const {
+                        const std::optional<tvb::ChainPlace> &place) const {
   if (scan.which != Register::kSir || writer_.counts().run_tests != 0) {
     return false;
   }
@@ -244,7 +244,7 @@ uint8_t Compiler::IdcodeInstruction(const svf::ScanStatement *scan) const {
   return other ? tvb::kOtherIdcode : tvb::kIdcode;
 }
 
-bool Compiler::FitsOpening(const ChainPlace &place) {
+bool Compiler::FitsOpening(const tvb::ChainPlace &place) {
   if (tvb::ScanClocks(tvb::kSir, tvb::kInstructionBits * place.devices()) <= tvb::kMaxScanClocks) {
     return true;
   }
@@ -252,7 +252,7 @@ bool Compiler::FitsOpening(const ChainPlace &place) {
   return false;
 }
 
-std::optional<ChainPlace> Compiler::TargetPlace() {
+std::optional<tvb::ChainPlace> Compiler::TargetPlace() {
   if (options_.chain) {
     return options_.chain;
   }

@@ -19,10 +19,8 @@
 
 namespace tool {
 
-using tvb::ChainPlace;
-
 struct CompileOptions {
-  std::optional<ChainPlace> chain;  // where the target is, if the file's pads are not to tell
+  std::optional<tvb::ChainPlace> chain;  // where the target is, if the file's pads are not to tell
   bool pause_as_idle = false;
   bool plain = false;       // the header says that blocks are raw and have no mode byte
   tvb::BlockChoice blocks;  // if they are not plain
@@ -66,10 +64,10 @@ class Compiler {
 
   bool Open(const svf::ScanStatement *scan, const tvb::Shift *joined);
   bool IsToldBy(const svf::ScanStatement &scan, const tvb::Shift &joined,
-                const std::optional<ChainPlace> &place) const;
+                const std::optional<tvb::ChainPlace> &place) const;
   uint8_t IdcodeInstruction(const svf::ScanStatement *scan) const;
-  bool FitsOpening(const ChainPlace &place);
-  std::optional<ChainPlace> TargetPlace();
+  bool FitsOpening(const tvb::ChainPlace &place);
+  std::optional<tvb::ChainPlace> TargetPlace();
 
   void CheckMaximum(const svf::RunTestStatement &run, uint64_t clocks);
 

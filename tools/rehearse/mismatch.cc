@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "tools/cli/text.h"
+#include "tvb/player.h"
 
 namespace tool {
 namespace {
@@ -33,15 +34,6 @@ uint32_t RevisionOf(uint32_t idcode) {
 
 bool CanBe(uint32_t idcode) {
   return (idcode & 1) != 0 && ManufacturerOf(idcode) != kNoManufacturer;
-}
-
-// In a file's bytes the bit that is shifted first, an instruction's lowest, is the highest.
-uint8_t InstructionOf(uint8_t byte) {
-  uint8_t instruction = 0;
-  for (int bit = 0; bit < 8; ++bit) {
-    instruction |= static_cast<uint8_t>((byte >> bit & 1) << (7 - bit));
-  }
-  return instruction;
 }
 
 // 32 bits of a row as a number, bit `first` being its lowest.
@@ -235,12 +227,10 @@ std::optional<size_t> FindIdcode(const BitRow &expected, const BitRow &mask) {
 }
 
 bool SelectsIdcode(const tvb::Buffer &instructions) {
-  for (const uint8_t byte : instructions) {
-    if (InstructionOf(byte) == 6 || InstructionOf(byte) == 224) {
-      return true;
-    }
-  }
-  return false;
+  return std::any_of(instructions.begin(), instructions.end(), [](uint8_t byte) {
+    return byte == tvb::InstructionByte(tvb::kIdcode) ||
+           byte == tvb::InstructionByte(tvb::kOtherIdcode);
+  });
 }
 
 std::string DescribeIdcodes(uint32_t expected, uint32_t read) {
