@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// make_demo_file FILE: writes the command file of the demo. It programs a part of 64 rows of 128
-// bits, the second of three devices, with a text, and verifies it.
+// make_demo_file FILE: writes the command file of the demo, which programs a text into a part of 64
+// rows of 128 bits, the second of three devices, and verifies it.
 #include <cstdio>
 #include <exception>
 

@@ -8,7 +8,7 @@
 namespace demo {
 namespace {
 
-// The low `count` bits of `value`, the least significant one first.
+// The low `count` bits of `value`, least significant first.
 Bits BitsOf(uint64_t value, uint32_t count) {
   Bits bits;
   for (uint32_t i = 0; i < count; ++i) {
@@ -17,7 +17,7 @@ Bits BitsOf(uint64_t value, uint32_t count) {
   return bits;
 }
 
-// The bytes of a file: the first bit is the most significant one of the first byte.
+// The bits as bytes of a file: the first bit is the most significant bit of the first byte.
 tvb::Buffer BytesOf(const Bits &bits) {
   tvb::Buffer bytes((bits.size() + 7) / 8);
   for (size_t i = 0; i < bits.size(); ++i) {
@@ -28,7 +28,7 @@ tvb::Buffer BytesOf(const Bits &bits) {
   return bytes;
 }
 
-// `count` times `bit`, put at the end of `bits`.
+// Appends `count` copies of `bit` to `bits`.
 void Put(Bits &bits, size_t count, bool bit) {
   bits.insert(bits.end(), count, bit);
 }
@@ -51,7 +51,7 @@ PartFile::PartFile(const tvb::ChainPlace &place, const Part &part, const tvb::Fi
   writer_.FreshFrequency(1000000);
 }
 
-// The bits of the devices nearest TDO go in, and come out, before the part's.
+// The bits of the devices nearest to TDO go in, and come out, before the part's bits.
 tvb::Buffer PartFile::Framed(const Bits &bits, bool padding) const {
   Bits all;
   Put(all, place_.after, padding);

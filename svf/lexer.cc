@@ -8,7 +8,7 @@
 namespace svf {
 namespace {
 
-// Some editors put it before everything else.
+// Some editors write it before everything else.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool IsSign(char c) {
@@ -101,8 +101,8 @@ size_t Lexer::WordLength() const {
   return end - at_;
 }
 
-// A number goes on as long as anything that could have been meant as a part of it, so that messages
-// show all of it.
+// A number extends over everything that may have been meant as part of it, so that messages show
+// all of it.
 size_t Lexer::NumberLength() const {
   size_t end = at_ + 1;
   for (; end < text_.size(); ++end) {

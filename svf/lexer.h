@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Cuts SVF text into tokens.
+// Splits SVF text into tokens.
 #pragma once
 
 #include <cstddef>
@@ -13,8 +13,8 @@ namespace svf {
 
 enum class TokenKind {
   kWord,       // letters, digits and '_', beginning with a letter
-  kNumber,     // what begins with a digit, a point or a sign
-  kData,       // hexadecimal data, its parentheses included
+  kNumber,     // begins with a digit, a point or a sign
+  kData,       // hexadecimal data, including its parentheses
   kSemicolon,  // ';'
   kEnd,        // the end of the text
 };
@@ -22,26 +22,26 @@ enum class TokenKind {
 struct Token {
   TokenKind kind = TokenKind::kEnd;
   size_t offset = 0;
-  std::string_view text;  // as it stands in the file; empty at the end
+  std::string_view text;  // as in the file; empty at the end
   HexText hex;            // kData only
 };
 
-// True if a token is that word, in capitals or not; `word` is given in capitals.
+// True if the token is `word`, in any case; `word` itself is given in capitals.
 bool Is(const Token &token, std::string_view word);
 
-// A token as a message names it: 'SDR', "hexadecimal data", or "the end of the file".
+// A token as it appears in messages: 'SDR', "hexadecimal data", or "the end of the file".
 std::string Quoted(const Token &token);
 
-// Goes through a text once, from its beginning; nothing of it is copied and nothing is kept, so a
-// text may have any length, and so may its lines and its data. Blanks, line ends and comments ('!'
-// or "//" to the end of the line) may stand between tokens and between the digits of data.
+// Reads a text once, from its beginning. It copies and keeps nothing of it, so the text, its lines
+// and its data may have any length. Blanks, line ends and comments ('!' or "//" to the end of the
+// line) may stand between tokens and between the digits of data.
 class Lexer {
  public:
   // `text` must live as long as the object and the tokens.
   explicit Lexer(std::string_view text);
 
-  // The next token; kEnd at the end, as often as it is asked for. Throws Error at a character that
-  // begins nothing.
+  // The next token; kEnd at the end, as often as called. Throws Error at a character that cannot
+  // begin a token.
   Token Next();
 
   // How far the text has been read, in bytes.

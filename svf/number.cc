@@ -12,7 +12,7 @@
 namespace svf {
 namespace {
 
-// Beyond these every product is 0 or too large.
+// Beyond this exponent every product is 0 or too large.
 constexpr int kMaxExponent = 1000;
 constexpr uint64_t kMaxDigits = 999'999'999'999'999'999;  // one more digit still fits
 
@@ -20,7 +20,7 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// Reads an exponent, sign and all, to the end of `text`.
+// Parses an exponent, including its sign, to the end of `text`.
 std::optional<int> ParseExponent(std::string_view text) {
   if (!text.empty() && text.front() == '+') {
     text.remove_prefix(1);
@@ -115,7 +115,7 @@ namespace {
 
 constexpr size_t kNone = static_cast<size_t>(-1);
 
-// The four bits of each hex digit turned round; other characters give 0.
+// The four bits of each hex digit, reversed; 0 for other characters.
 constexpr std::array<uint8_t, 256> MakeTurnedDigits() {
   std::array<uint8_t, 256> turned{};
   constexpr uint8_t kTurned[16] = {0x0, 0x8, 0x4, 0xC, 0x2, 0xA, 0x6, 0xE,
@@ -149,17 +149,17 @@ constexpr uint64_t Each(uint8_t byte) {
   return 0x0101010101010101 * byte;
 }
 
-// Of characters that are digits or blanks: true if all eight are digits. Digits have bit 4 or bit 6
+// True if all eight characters, each a digit or a blank, are digits. Digits have bit 4 or bit 6
 // set, blanks neither.
 bool AllDigits(uint64_t characters) {
   return ((characters | characters >> 2) & Each(0x10)) == Each(0x10);
 }
 
-// Eight digits, the leftmost in the lowest byte, into four register bytes.
+// Converts eight digits, the leftmost in the lowest byte, into four register bytes.
 void StoreFourBytes(uint64_t digits, uint8_t *bytes) {
   // Values of 0 to 15; letters have bit 6 set and count from 9.
   uint64_t values = (digits & Each(0x0F)) + 9 * (digits >> 6 & Each(0x01));
-  values = __builtin_bswap64(values);  // the rightmost digit's in the lowest byte
+  values = __builtin_bswap64(values);  // the rightmost digit's value in the lowest byte
   uint64_t pairs = (values | values >> 4) & 0x00FF00FF00FF00FF;
   pairs = (pairs | pairs >> 8) & 0x0000FFFF0000FFFF;
   auto word = static_cast<uint32_t>(pairs | pairs >> 16);
@@ -171,7 +171,7 @@ void StoreFourBytes(uint64_t digits, uint8_t *bytes) {
   }
 }
 
-// The same text with blanks for the comments, so that every digit keeps its offset.
+// The same text with comments replaced by blanks, so that every digit keeps its offset.
 std::string WithoutComments(std::string_view text) {
   std::string plain(text);
   for (size_t at = 0; at < plain.size(); ++at) {
@@ -184,7 +184,7 @@ std::string WithoutComments(std::string_view text) {
   return plain;
 }
 
-// The digits of a text of digits and blanks, from the right.
+// The digits of a text that consists of digits and blanks, from the right.
 class DigitsFromRight {
  public:
   explicit DigitsFromRight(std::string_view text)
@@ -204,7 +204,8 @@ class DigitsFromRight {
     return at_ == begin_;
   }
 
-  // Converts runs of eight digits into `bytes` while there are both; returns the bytes made.
+  // Converts runs of eight digits into `bytes` while there are digits and room; returns the number
+  // of bytes written.
   size_t ConvertRuns(uint8_t *bytes, size_t room) {
     size_t made = 0;
     while (room - made >= 4 && at_ - begin_ >= 8) {
@@ -224,7 +225,7 @@ class DigitsFromRight {
   const char *at_;
 };
 
-// One byte of the one or two digits that are left, if any.
+// One byte from the next one or two digits; 0 if none are left.
 uint8_t ConvertPair(std::string_view text, DigitsFromRight &digits) {
   const size_t low = digits.Next();
   const size_t high = digits.Next();
@@ -241,7 +242,7 @@ bool AnyOtherThanZero(std::string_view text, DigitsFromRight digits) {
   return false;
 }
 
-// The offset of the first digit from the right that has a 1 beyond the register; there must be one.
+// The offset of the first digit from the right with a 1 beyond the register; there must be one.
 size_t FindBeyond(std::string_view text, uint32_t bits) {
   DigitsFromRight digits(text);
   for (uint64_t bit = 0;; bit += 4) {

@@ -240,7 +240,7 @@ void Parser::ReadTrst(Statement &statement) {
   FailExpected("ON, OFF, Z or ABSENT after TRST");
 }
 
-// What PIO and PIOMAP have in their parentheses is no hexadecimal data, so it cannot be read on.
+// The parentheses of PIO and PIOMAP do not hold hexadecimal data, so parsing cannot continue.
 void Parser::ReadParallel(Statement &statement) {
   statement.what.emplace<ParallelStatement>();
 }
@@ -305,8 +305,8 @@ TapState Parser::TakeStableState(const std::string &what) {
   return *state;
 }
 
-// The statement's last token; it is not read past, so that the lexer's offset is the statement's
-// end.
+// Checks the statement's last token without reading past it, so that the lexer's offset is the end
+// of the statement.
 void Parser::ExpectSemicolon(const std::string &or_what) {
   if (token_.kind != TokenKind::kSemicolon) {
     FailExpected(or_what + Quote(";"));

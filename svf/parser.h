@@ -18,17 +18,17 @@
 
 namespace svf {
 
-// Statements say what they say by themselves: nothing here knows of an earlier one. Every offset is
-// in bytes from the start of the text.
+// Each statement is parsed on its own, independent of earlier ones. Every offset is in bytes from
+// the start of the text.
 
-// The six registers that data is stated for.
+// The six registers that statements give data for.
 enum class Register : uint8_t { kSir, kSdr, kHir, kTir, kHdr, kTdr };
 constexpr size_t kRegisters = 6;
 
 // "SIR".
 std::string_view Name(Register which);
 
-// True for the four that are stored and go with every later scan.
+// True for the four that are stored and surround every later scan.
 inline bool IsPad(Register which) {
   return which != Register::kSir && which != Register::kSdr;
 }
@@ -56,7 +56,7 @@ struct ScanStatement {
   }
 };
 
-// A state and where it is named.
+// A state and the offset of its name.
 struct NamedState {
   TapState state;
   size_t offset;
@@ -69,12 +69,12 @@ struct EndStatement {
   size_t state_offset = 0;
 };
 
-// STATE: a state, or a path to it; the last is stable.
+// STATE: a state, or a path to it; the last state is stable.
 struct StateStatement {
   std::vector<NamedState> path;  // at least one
 };
 
-// RUNTEST. A count or a minimum time is there, or both.
+// RUNTEST. At least one of count and minimum time is present.
 struct RunTestStatement {
   struct Time {
     Decimal seconds;
@@ -93,7 +93,7 @@ struct RunTestStatement {
   std::optional<NamedState> end;
 };
 
-// FREQUENCY; without a number back to full speed.
+// FREQUENCY; without a number it restores full speed.
 struct FrequencyStatement {
   std::optional<Decimal> hertz;
   size_t hertz_offset = 0;
@@ -105,26 +105,26 @@ struct TrstStatement {
   Mode mode = Mode::kZ;
 };
 
-// PIO and PIOMAP; their contents are not looked at.
+// PIO and PIOMAP; their contents are not parsed.
 struct ParallelStatement {};
 
 struct Statement {
   size_t offset = 0;      // of its first word
-  std::string_view name;  // that word as it stands in the file
+  std::string_view name;  // that word as in the file
   std::variant<ScanStatement, EndStatement, StateStatement, RunTestStatement, FrequencyStatement,
                TrstStatement, ParallelStatement>
       what;
 };
 
-// Knows the grammar, and nothing of what carries over from statement to statement: that is
-// ScanRegister's part. Memory does not depend on the length of the text.
+// Knows the grammar only; ScanRegister handles what carries over from statement to statement.
+// Memory use does not depend on the length of the text.
 class Parser {
  public:
   // `text` must live as long as the object and the statements.
   explicit Parser(std::string_view text) : lexer_(text) {}
 
-  // Reads the next statement into `statement`; false, and nothing read, at the end of the text.
-  // Throws Error for what is no statement; nothing can be read after that.
+  // Reads the next statement into `statement`; returns false, with nothing read, at the end of the
+  // text. Throws Error for anything that is not a statement; nothing can be read after that.
   bool Next(Statement &statement);
 
   // How far the text has been read, in bytes.
@@ -173,7 +173,7 @@ class Parser {
   void RefuseOddNumber(const std::string &what) const;
 
   Lexer lexer_;
-  Token token_;  // the one to look at next
+  Token token_;  // the next one to parse
 };
 
 }  // namespace svf

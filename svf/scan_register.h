@@ -10,18 +10,18 @@
 
 namespace svf {
 
-// Register data: register bit d, d = 0 being shifted first, is bit 7 - (d mod 8) of byte d / 8.
+// Register data: register bit d, where d = 0 is shifted first, is bit 7 - (d mod 8) of byte d / 8.
 // Unused bits of the last byte are 0.
 using RegisterBytes = std::vector<uint8_t>;
 
-// One of the six registers that statements give data for, with what it remembers: TDI, MASK and
-// SMASK as long as the length stays the same. MASK and SMASK are all ones until they are given and
-// again when the length changes. TDO is good for its own statement only.
+// One of the six registers that statements give data for, with what carries over: TDI, MASK and
+// SMASK, as long as the length stays the same. MASK and SMASK are all ones until given, and again
+// when the length changes. TDO applies to its own statement only.
 class ScanRegister {
  public:
-  // Takes over what a statement for this register says. Throws Error for data that does not fit its
-  // length, and for a length above 0 that is new and comes without TDI. The memory this takes is
-  // about bits / 2 bytes; a caller that cannot use a long scan refuses it before.
+  // Applies a statement for this register. Throws Error for data that does not fit its length, and
+  // for a new length above 0 without TDI. Uses about bits / 2 bytes of memory; a caller that cannot
+  // use a long scan should reject it first.
   void Load(const ScanStatement &scan);
 
   uint32_t bits() const {
@@ -31,7 +31,7 @@ class ScanRegister {
     return tdi_;
   }
 
-  // True if the last statement gave a TDO, to be compared under the mask.
+  // True if the last statement gave a TDO, which is compared under the mask.
   bool compares() const {
     return compares_;
   }
@@ -42,7 +42,7 @@ class ScanRegister {
     return mask_.bytes;
   }
 
-  // True if TDI bits are free: those that have a 0 in smask().
+  // True if some TDI bits are don't-care: those with a 0 in smask().
   bool has_free_bits() const {
     return !smask_.all_ones;
   }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The states of the TAP: the names that SVF has for them, those of IEEE 1149.1, and which follows
-// which.
+// The states of the TAP: their names in SVF and in IEEE 1149.1, and the transitions between them.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +9,8 @@
 
 namespace svf {
 
-// In the order of the standard's state diagram; the data column's states and the instruction
-// column's stand in the same order.
+// In the order of the standard's state diagram; the states of the data column and of the
+// instruction column are in the same order.
 enum class TapState : uint8_t {
   kReset,
   kIdle,
@@ -32,12 +31,12 @@ enum class TapState : uint8_t {
 };
 constexpr int kTapStates = 16;
 
-// What is known of a state.
+// The names and transitions of a state.
 struct TapRow {
   std::string_view name;           // SVF's: "IRPAUSE"
   std::string_view standard_name;  // the standard's: "Pause-IR"; at most 16 characters
   TapState low;                    // the state after a TCK with TMS 0
-  TapState high;                   // the same with TMS 1
+  TapState high;                   // the state after a TCK with TMS 1
 };
 
 // In the order of the enumeration.
@@ -71,12 +70,12 @@ inline std::string_view StandardName(TapState state) {
   return RowOf(state).standard_name;
 }
 
-// The state after one TCK with that level of TMS.
+// The state after one TCK with this level of TMS.
 inline TapState After(TapState state, bool tms) {
   return tms ? RowOf(state).high : RowOf(state).low;
 }
 
-// The state of that name, in capitals or not.
+// The state with this name, in any case; none if there is no such state.
 std::optional<TapState> FindTapState(std::string_view name);
 
 // True for the four states that a statement may end in: RESET, IDLE, IRPAUSE and DRPAUSE.

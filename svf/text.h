@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// SVF text: what is wrong with it, where in it something stands, and its characters.
+// SVF text: its errors, positions and characters.
 #pragma once
 
 #include <array>
@@ -12,8 +12,8 @@
 
 namespace svf {
 
-// Thrown for text that is no SVF. The message says what was expected and what to do; the offset, in
-// bytes from the start of the text, says where.
+// Thrown for text that is not valid SVF. The message says what was expected and what to do; the
+// offset, in bytes from the start of the text, says where.
 class Error : public std::runtime_error {
  public:
   Error(size_t offset, const std::string &message) : std::runtime_error(message), offset_(offset) {}
@@ -26,20 +26,20 @@ class Error : public std::runtime_error {
   size_t offset_;
 };
 
-// A line and a column in it, both from 1; a column is a byte.
+// A line and a column in it, both from 1; a column counts bytes.
 struct Position {
   size_t line = 1;
   size_t column = 1;
 };
 
-// Makes positions of offsets. Lines are counted when a position is asked for, from the one before;
-// asking in rising order walks through the text once. A line ends at LF, CR LF or CR.
+// Converts offsets to positions. Lines are counted from the previous position asked for, so asking
+// in ascending order walks through the text once. A line ends at LF, CR LF or CR.
 class LineIndex {
  public:
   // `text` must live as long as the object.
   explicit LineIndex(std::string_view text) : text_(text) {}
 
-  // The position of an offset into the text, at most its size.
+  // The position of an offset into the text; the offset is at most the text's size.
   Position At(size_t offset);
 
  private:
@@ -56,7 +56,7 @@ enum class CharacterClass : uint8_t {
   kOpen,
   kClose,
   kSemicolon,
-  kComment,  // '!'; and '/', of which it takes two
+  kComment,  // '!'; and '/', which takes two
   kOther,
 };
 
@@ -118,10 +118,10 @@ inline size_t EndOfComment(std::string_view text, size_t at) {
   return at;
 }
 
-// True if a text is that word, in capitals or not; `word` is given in capitals.
+// True if `text` is `word`, in any case; `word` itself is given in capitals.
 bool IsWord(std::string_view text, std::string_view word);
 
-// The character at an offset as a message names it: 'x', byte 0x07, or "the end of the file".
+// The character at an offset as it appears in messages: 'x', byte 0x07, or "the end of the file".
 std::string Quoted(std::string_view text, size_t at);
 
 }  // namespace svf

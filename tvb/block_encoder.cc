@@ -34,7 +34,7 @@ Buffer FilledFromBefore(Bytes data, Bytes care) {
   return filled;
 }
 
-// The lowest of the bytes that occur most often among those without a free bit.
+// The most frequent byte among those without don't-care bits; the lowest of equals.
 uint8_t MostFrequent(Bytes data, Bytes care) {
   std::array<size_t, 256> counts{};
   for (size_t i = 0; i < data.size(); ++i) {
@@ -47,7 +47,7 @@ bool AllOnes(Bytes bytes) {
   return std::all_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte == 0xFF; });
 }
 
-// The unused bits of the last byte stay as they are.
+// Keeps the unused bits of the last byte as they are.
 Buffer WithUnusedBits(Bytes care, uint32_t bits) {
   Buffer all(care.begin(), care.end());
   if (bits % 8 != 0) {
@@ -69,7 +69,7 @@ std::vector<Buffer> FreeBitVersions(Bytes data, Bytes care) {
 }
 
 BlockEncoder::BlockEncoder(const BlockChoice &choice) : choice_(choice) {
-  EncodeBlock({}, choice);  // so that a bad choice fails here and not at the first shift
+  EncodeBlock({}, choice);  // makes a bad choice fail here, not at the first shift
 }
 
 void BlockEncoder::operator()(Buffer &out, uint32_t bits, Bytes data, Bytes care) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Encodes the data of many shifts, most of which files repeat, and chooses bits that may be
-// anything.
+// Encodes the data of shifts, which files often repeat, and chooses values for don't-care bits.
 #pragma once
 
 #include <cstdint>
@@ -12,22 +11,22 @@
 
 namespace tvb {
 
-// Versions of `data` that differ only in bits that have a 0 in `care`, which has the same size:
-// `data` as it is, then the bits filled with zeros, with ones, with those of the byte before, with
-// those of the most frequent byte. One of them is likely to be about the smallest in any encoding.
-// All but the first depend on nothing but the bits that `care` has a 1 for.
+// Versions of `data` that differ only in the don't-care bits, those with a 0 in `care`, which has
+// the same size: `data` unchanged, then with these bits filled with zeros, with ones, from the
+// previous byte, and from the most frequent byte. In any encoding one of them is likely to be close
+// to the smallest. All but the first depend only on the bits that have a 1 in `care`.
 std::vector<Buffer> FreeBitVersions(Bytes data, Bytes care);
 
-// An Encoder. Blocks that took work to make are remembered, as many as 16 MB hold: masks above all
-// come again and again.
+// An Encoder. It caches up to 16 MB of blocks that were costly to make, since masks in particular
+// recur often.
 class BlockEncoder {
  public:
-  // Throws Error as EncodeBlock().
+  // Throws Error as EncodeBlock() does.
   explicit BlockEncoder(const BlockChoice &choice = {});
 
-  // Puts the block of `bits` register bits at the end of `out`. Where `care` is not empty, bits
-  // that have a 0 there may be anything: it is the smallest block of FreeBitVersions(), the first
-  // of several, or that of the data as it stands where nothing could make it smaller.
+  // Appends the block of `bits` register bits to `out`. If `care` is not empty, bits with a 0 in it
+  // are don't-care: the result is the smallest block of FreeBitVersions(), the first of equals, or
+  // that of the unchanged data if nothing can make it smaller.
   void operator()(Buffer &out, uint32_t bits, Bytes data, Bytes care);
 
  private:
@@ -43,7 +42,7 @@ class BlockEncoder {
 
   BlockChoice choice_;
   std::vector<Known> known_;  // by hash
-  Buffer last_;               // a block that is not worth remembering, or too large
+  Buffer last_;               // a block too cheap or too large to cache
 };
 
 }  // namespace tvb

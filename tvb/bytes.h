@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Runs of bytes: the view that arguments are passed by and the buffer that results are kept in.
+// Byte sequences: the view used for arguments and the buffer used for results.
 #pragma once
 
 #include <cstddef>
@@ -12,21 +12,21 @@ namespace tvb {
 
 using Buffer = std::vector<uint8_t>;
 
-// A view of bytes that somebody else owns. Where no contract says otherwise it is read during the
-// call it is passed to and kept by nobody, so a temporary buffer may stand in an argument.
+// A view of bytes owned by someone else. Unless a contract says otherwise, a function reads it only
+// during the call and does not keep it, so a temporary buffer may be passed.
 //
-// Register data in these bytes has the order of the file and of the player: register bit d, d = 0
-// being shifted first, is bit 7 - (d mod 8) of byte d / 8. So the first byte goes out first, each
-// byte from its most significant bit down, and the unused bits of a partial last byte are its
+// Register data in these bytes has the bit order of the file and of the player: register bit d,
+// where d = 0 is shifted first, is bit 7 - (d mod 8) of byte d / 8. So the first byte goes out
+// first, each byte most significant bit first, and the unused bits of a partial last byte are its
 // lowest ones.
 using Bytes = std::span<const uint8_t>;
 
-// Puts all of `bytes`, which must not lie in `out` itself, at the end of `out`.
+// Appends `bytes`, which must not lie in `out` itself, to `out`.
 inline void Append(Buffer &out, Bytes bytes) {
   out.insert(out.end(), bytes.begin(), bytes.end());
 }
 
-// How many bytes a register of `bits` bits takes.
+// The number of bytes that hold a register of `bits` bits.
 inline size_t BytesOfBits(uint32_t bits) {
   return (static_cast<size_t>(bits) + 7) / 8;
 }

@@ -14,8 +14,8 @@ namespace {
 
 constexpr uint64_t kMaxImage = 0xFFFFFFFF;
 
-// A fault may read to the end of the image before it shows, so going on after each would take for
-// ever in a large file that is no more than noise.
+// A fault may show only at the end of the image, so resuming after every fault would take forever
+// in a large file of noise.
 constexpr int kMaxResumes = 100;
 
 class Checker {
@@ -70,7 +70,7 @@ class Checker {
     }
   }
 
-  // Returns false if what is wrong explains a fault of the record too.
+  // Returns false if its findings also explain a fault of the record.
   bool CheckBody(const RecordView &record) {
     if (record.IsShift() || record.IsPad()) {
       bool sound = CheckRegisters(image_, record, chain_.pads(), findings_);
@@ -146,8 +146,8 @@ class Checker {
     return offset >= image_.size() || image_[static_cast<size_t>(offset)] == '^';
   }
 
-  // The walk has stopped; returns true if it can go on, at the end that the last record's length
-  // tells.
+  // The walk has stopped. Returns true if it can continue at the end given by the last record's
+  // length.
   bool FindNextRecord() {
     uint64_t stop = reader_.position();
     bool stopped_by_fault = last_ && last_->fault;
@@ -178,7 +178,7 @@ class Checker {
             Count(image_.size() - offset, "byte"));
   }
 
-  // What is missing at the end of a file means nothing where the end could not be found.
+  // Anything missing at the end of a file is meaningless if that end was not found.
   void CheckEnd() {
     if (unchecked_ != 0 || (last_ && last_->fault && reader_.position() >= image_.size())) {
       return;
@@ -199,7 +199,7 @@ class Checker {
   LoopCheck loops_;
   ChainCheck chain_;
   std::optional<RecordView> last_;
-  bool explained_ = false;  // why no record follows the last one
+  bool explained_ = false;  // a finding says why no record follows the last one
   int resumed_ = 0;
   uint64_t unchecked_ = 0;
 };

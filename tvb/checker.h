@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Finds what is wrong with a file without playing it.
+// Checks a file without playing it.
 #pragma once
 
 #include <cstdint>
@@ -12,18 +12,17 @@
 namespace tvb {
 
 struct CheckResult {
-  bool is_tvb = false;  // the header is one; else the only finding is what is wrong with it
+  bool is_tvb = false;  // the header is valid; if not, its fault is the only finding
   uint64_t records = 0;
-  uint64_t errors = 0;  // broken things included
+  uint64_t errors = 0;  // including broken things
   uint64_t warnings = 0;
-  uint64_t unchecked = 0;  // bytes at the end that no record could be found in
+  uint64_t unchecked = 0;  // bytes at the end in which no record was found
 };
 
-// Reports everything that is wrong with `image`, in the order of the file but for what shows only
-// at its end. One fault is one finding: what merely follows from it is not reported. Past a fault
-// the check goes on at the end that the record's own length tells, if a record begins there.
-// Takes time linear in the image. `progress`, if given, is called with the offset that the check
-// has come to.
+// Reports everything that is wrong with `image`, in file order except for what shows only at its
+// end. Each fault is reported once, without its consequences. After a fault the check continues at
+// the end given by the record's own length, if a record begins there. Takes time linear in the
+// image. `progress`, if given, is called with the offset reached.
 CheckResult CheckImage(Bytes image, const Findings::Report &report,
                        const std::function<void(uint64_t)> &progress = {});
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The encodings of data blocks: the table of all, and what each of them gives to it.
+// The encodings of data blocks: the table of all encodings, and what each one supplies.
 //
-// An encoding is one file in encodings/, which defines its Codec, and one row of the table.
-// Whatever lists, names, writes, reads or checks encodings goes by the table.
+// An encoding is one file in encodings/, which defines its Codec, and one row of the table. All
+// code that lists, names, writes, reads or checks encodings uses the table.
 #pragma once
 
 #include <algorithm>
@@ -18,8 +18,9 @@
 
 namespace tvb {
 
-// One row an encoding: mode byte, identifier, name. A codec of that identifier must exist, and a
-// file of that name ('-' being '_') in encodings/. Rows go by mode bytes, which leave no gap.
+// One row per encoding: mode byte, identifier, name. Each needs a codec with that identifier and a
+// file in encodings/ with that name ('-' replaced by '_'). Rows are in the order of mode bytes,
+// without gaps.
 #define TVB_ENCODINGS(ROW)         \
   ROW(0, kRaw, "raw")              \
   ROW(1, kRunLength, "run-length") \
@@ -28,18 +29,17 @@ namespace tvb {
   ROW(4, kLzw, "lzw")              \
   /* end of the table */
 
-// The values are the mode bytes of the file.
+// The values are the mode bytes in the file.
 #define TVB_ENCODING_VALUE(mode, identifier, name) identifier = mode,
 enum class Encoding : uint8_t { TVB_ENCODINGS(TVB_ENCODING_VALUE) };
 #undef TVB_ENCODING_VALUE
 
 struct BlockView;
 
-// Counts the bytes that decoding gives and keeps the first `count` of them, if there is a place to
-// keep them.
+// Counts decoded bytes and, given a buffer, keeps the first `count` of them.
 class Decoded {
  public:
-  // `out`: gets the bytes at its end; null: they are only counted. It must outlive this object.
+  // `out`: the bytes are appended to it; null: they are only counted. It must outlive this object.
   explicit Decoded(uint64_t count, Buffer *out = nullptr) : count_(count), out_(out) {}
 
   bool keeps() const {
@@ -52,7 +52,7 @@ class Decoded {
     return full() ? 0 : count_ - total_;
   }
 
-  // `times` copies of one byte.
+  // Adds `times` copies of `byte`; keeps those that fit.
   void Put(uint8_t byte, uint64_t times = 1) {
     if (out_) {
       out_->insert(out_->end(), static_cast<size_t>(std::min(times, room())), byte);
@@ -60,7 +60,7 @@ class Decoded {
     total_ += times;
   }
 
-  // All of `bytes`, or as much of them as is kept.
+  // Adds `bytes`; keeps those that fit.
   void Put(Bytes bytes) {
     if (out_) {
       size_t kept = static_cast<size_t>(std::min<uint64_t>(bytes.size(), room()));
@@ -69,7 +69,7 @@ class Decoded {
     total_ += bytes.size();
   }
 
-  // `size` bytes of which nobody wants to know the values.
+  // Counts `size` bytes without their values.
   void Skip(uint64_t size) {
     total_ += size;
   }
@@ -90,31 +90,32 @@ class Decoded {
   Buffer *out_;
 };
 
-// Both directions of an encoding. A payload is what stands in a block behind the mode byte.
+// Both directions of an encoding. The payload of a block is everything after its mode byte.
 struct Codec {
-  // Puts the payload of `data` at the end of `out`: with the parameter that is given, else with the
-  // one that makes the payload smallest, the lowest of several. Takes time linear in the data.
-  // Throws Error, nothing being written, for a parameter with which `data` cannot be encoded.
+  // Appends the payload of `data` to `out`, with the given parameter or, without one, with the
+  // parameter that makes the payload smallest, the lowest of equals. Takes time linear in the data.
+  // Throws Error, with nothing written, for a parameter that cannot encode `data`.
   void (*encode)(Buffer &out, Bytes data, std::optional<int64_t> parameter);
 
-  // Reads a payload that should give `decoded.count()` bytes; the cursor goes to where the player
-  // would be behind it. Stops where the image ends, which the caller sees by the cursor. Sets the
-  // block's parameter and, where the payload makes no sense, its fault.
+  // Reads a payload that should give `decoded.count()` bytes and leaves the cursor where the player
+  // would be after it. Stops at the end of the image, which the caller detects by the cursor. Sets
+  // the block's parameter and, if the payload makes no sense, its fault.
   void (*decode)(Cursor &cursor, Decoded &decoded, BlockView &block);
 
-  // The fewest bytes of a payload that is not of empty data.
+  // The smallest size in bytes of a payload of data that is not empty.
   size_t min_size;
 
-  // What `parameter` above is called, in one word, and how it is told ("escape 0xFF"); null for an
-  // encoding without one.
+  // The parameter's name, in one word, and its value as text ("escape 0xFF"); null for an encoding
+  // without a parameter.
   const char *parameter_name = nullptr;
   std::string (*parameter_text)(uint64_t parameter) = nullptr;
 
-  // What is said of a block that decodes to less than it should; null: how much it gives.
+  // The message for a block that decodes to fewer bytes than it should; null: the number of bytes
+  // it gives.
   std::string (*shortage_text)(const BlockView &block) = nullptr;
 };
 
-// Each defined in the encoding's own file, by its full name: const Codec codecs::kRaw = {...};
+// Each is defined in the encoding's own file, by its full name: const Codec codecs::kRaw = {...};
 namespace codecs {
 #define TVB_ENCODING_CODEC(mode, identifier, name) extern const Codec identifier;
 TVB_ENCODINGS(TVB_ENCODING_CODEC)
@@ -124,20 +125,20 @@ TVB_ENCODINGS(TVB_ENCODING_CODEC)
 // A row of the table.
 struct EncodingRow {
   Encoding encoding;
-  const char *name;  // on the command line and in what is shown
+  const char *name;  // on the command line and in output
   const Codec *codec;
 };
 
 // All rows, in the order of their mode bytes.
 std::span<const EncodingRow> Encodings();
 
-// The row of a mode byte; null for none of the table's.
+// The row of a mode byte; null if the table has none.
 const EncodingRow *FindEncoding(uint8_t mode);
 
-// "raw", "run-length", ...; "unknown" for none of the table's.
+// "raw", "run-length", ...; "unknown" if the table has no such row.
 const char *EncodingName(uint8_t mode);
 
-// A parameter that is a byte of the file. Throws Error for other numbers.
+// Converts a parameter that is stored as one byte. Throws Error if it does not fit.
 uint8_t ByteParameter(int64_t parameter);
 
 }  // namespace tvb

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The one error of this library.
+// The only exception of this library.
 #pragma once
 
 #include <stdexcept>
@@ -8,9 +8,9 @@
 
 namespace tvb {
 
-// Thrown for every use that no file could express or that no one can have meant. The message says
-// what was wrong and what to do instead. Whatever threw it has written nothing: the file so far is
-// whole and can be continued.
+// Thrown for every use that no file can express or that cannot be intended. The message says what
+// was wrong and what to do instead. The function that throws has written nothing: the file so far
+// is intact and can be continued.
 class Error : public std::invalid_argument {
  public:
   explicit Error(const std::string &message) : std::invalid_argument(message) {}

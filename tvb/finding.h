@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// What is wrong with a file, one thing at a time.
+// Findings: what is wrong with a file, one problem at a time.
 #pragma once
 
 #include <cstdint>
@@ -12,19 +12,19 @@
 namespace tvb {
 
 enum class Severity {
-  kWarning,  // it plays as it says, but hardly as it is meant
-  kError,    // the player makes something else of it, or does not see that it fails
-  kBroken,   // an error that leaves nothing that could be played as the file says
+  kWarning,  // plays as written, but hardly as intended
+  kError,    // the player does something else, or misses a failure
+  kBroken,   // an error that leaves nothing playable as written
 };
 
 struct Finding {
   Severity severity = Severity::kWarning;
   uint64_t offset = 0;  // from the start of the image
-  uint64_t record = 0;  // number of the record; 0: it belongs to none
-  std::string message;  // what is there, what was expected and what to do
+  uint64_t record = 0;  // number of the record; 0: none
+  std::string message;  // what was found, what was expected and what to do
 };
 
-// Takes findings as they are made and counts them.
+// Passes findings on as they are made and counts them.
 class Findings {
  public:
   using Report = std::function<void(const Finding &)>;

@@ -10,7 +10,7 @@
 
 namespace tvb {
 
-// Equal bytes have equal hashes; differing ones almost never. The value depends on the machine.
+// Equal bytes have equal hashes; different bytes almost never do. The value depends on the machine.
 inline uint64_t Hash(Bytes bytes) {
   constexpr uint64_t kOdd = 0x9E3779B97F4A7C15;
   const uint8_t *at = bytes.data();

@@ -12,11 +12,11 @@
 
 namespace tvb {
 
-// The compression byte that says that data blocks are raw and have no mode byte. Any other value
-// says that each has one.
+// The compression byte of a file whose data blocks are raw and have no mode byte. With any other
+// value each block has one.
 constexpr uint8_t kPlainBlocks = 0xF2;
 
-// What a header holds. Of all this the player looks at the compression byte alone.
+// The contents of a header. The player uses only the compression byte.
 struct FileHeader {
   std::array<uint8_t, 2> mark{};
   std::array<uint8_t, 8> stamp{};
@@ -30,11 +30,11 @@ struct FileHeader {
   }
 };
 
-// Puts the header at the end of `file`.
+// Appends the header to `file`.
 void AppendHeader(Buffer &file, const FileHeader &header);
 
-// The header as it stands in an image. With a fault it is no TVB file; what stands behind the fault
-// is not filled in.
+// The header of an image. With a fault, the image is not a TVB file and the members after the fault
+// are not filled in.
 struct HeaderView {
   FileHeader header;
   NumberView number;

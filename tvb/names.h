@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The opcodes and tags of the file, and what they are called. Encodings have a table of their own:
-// see tvb/encoding.h.
+// The opcodes and tags of the file, and their names. Encodings have their own table: see
+// tvb/encoding.h.
 #pragma once
 
 #include <cstdint>
@@ -40,10 +40,10 @@ enum Tag : uint8_t {
   kTagTime = 24,
 };
 
-// "SDR", "RUNTEST"; "RESERVED" for those that the player skips, "UNKNOWN" for none of the file's.
+// "SDR", "RUNTEST"; "RESERVED" for those that the player skips, "UNKNOWN" for any other value.
 const char *OpcodeName(uint8_t opcode);
 
-// "TDI", "TDO", "MASK", "PASS", "CYCLES", "END", "TIME"; "UNKNOWN" for none of them.
+// "TDI", "TDO", "MASK", "PASS", "CYCLES", "END", "TIME"; "UNKNOWN" for any other value.
 const char *TagName(uint8_t tag);
 
 }  // namespace tvb

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The file's variable-length numbers: groups of 7 bits, least significant group first, one group a
-// byte, bit 7 of a byte saying that another follows. And the cursor that reads them from an image.
+// The file's variable-length numbers: groups of 7 bits, least significant group first, one group
+// per byte; bit 7 of a byte is set if another byte follows. Also the cursor that reads them from an
+// image.
 #pragma once
 
 #include <cstddef>
@@ -12,41 +13,41 @@
 
 namespace tvb {
 
-// Numbers are 32-bit quantities, but the player extends bit 31 as a sign. Wherever a value is a
-// length, a count or a rate, this is therefore the largest that means itself.
+// Numbers have 32 bits, but the player treats bit 31 as a sign. So this is the largest length,
+// count or rate that the player reads as written.
 constexpr uint32_t kMaxNumber = 0x7FFFFFFF;
 
-// Puts `value` at the end of `out` in its shortest form, one to five bytes.
+// Appends `value` to `out` in its shortest form, one to five bytes.
 void AppendNumber(Buffer &out, uint32_t value);
 
-// How many bytes AppendNumber() writes for `value`.
+// The number of bytes that AppendNumber() writes for `value`.
 size_t NumberSize(uint32_t value);
 
-// Something that does not fit where it stands.
+// Something invalid in an image.
 struct Fault {
   uint64_t offset = 0;  // from the start of the image
-  std::string message;  // what was found there and what was expected
+  std::string message;  // what was found and what was expected
 };
 
-// A number as it stands in an image.
+// A number in an image.
 struct NumberView {
-  int64_t value = 0;    // as the player takes it: each group within 32 bits, bit 31 being a sign
+  int64_t value = 0;    // as the player reads it: groups in 32 bits, bit 31 the sign
   uint64_t offset = 0;  // of its first byte
   uint64_t size = 0;    // in bytes
-  bool lossy = false;   // it has bits beyond 32, which do not count as what they say
-  bool padded = false;  // it ends in groups of 0 that a shorter form would not have
+  bool lossy = false;   // it has bits beyond 32, which do not keep their value
+  bool padded = false;  // it ends in groups of 0 that a shorter form omits
 
-  // What the player takes where it wants 32 bits.
+  // The value that the player uses where it needs 32 bits.
   uint32_t low() const {
     return static_cast<uint32_t>(value);
   }
 };
 
-// A position in an image. A byte at or past the image's end reads as 0, the position still
-// advancing; that it was wanted is remembered.
+// A read position in an image. A byte at or past the end of the image reads as 0 and the position
+// still advances; the cursor remembers that it was read.
 class Cursor {
  public:
-  // The image stays the caller's and must outlive the cursor.
+  // The caller owns the image, which must outlive the cursor.
   Cursor(Bytes image, uint64_t position) : image_(image), position_(position) {}
 
   uint8_t Byte() {
@@ -58,11 +59,11 @@ class Cursor {
 
   NumberView Number();
 
-  // The next `count` bytes, or as many of them as the image has. Goes over all `count`, as if each
-  // were read.
+  // The next `count` bytes, or as many as the image has. Advances by `count`, as if each byte were
+  // read.
   Bytes Slice(uint64_t count);
 
-  // Leaves the byte just read unread.
+  // Puts the byte just read back.
   void StepBack() {
     --position_;
   }
@@ -77,7 +78,7 @@ class Cursor {
   uint64_t left() const {
     return AtEnd() ? 0 : image_.size() - position_;
   }
-  // True once a byte at or past the end was wanted.
+  // True once a byte at or past the end was read.
   bool past_end() const {
     return past_end_;
   }

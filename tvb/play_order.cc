@@ -6,7 +6,7 @@
 namespace tvb {
 namespace {
 
-// How often the body of a loop is played.
+// The number of times that the body of a loop is played.
 uint64_t PassesOf(const RecordView &loop) {
   return static_cast<uint64_t>(std::max(static_cast<int32_t>(loop.bits()), 1));
 }

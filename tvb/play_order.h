@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The records of an image in the order in which they are played.
+// The records of an image in play order.
 #pragma once
 
 #include <cstdint>
@@ -12,28 +12,30 @@
 
 namespace tvb {
 
-// A record at the time it is played.
+// A record as it is played.
 struct PlayedRecord {
   RecordView record;
-  uint64_t step = 0;    // how many records have been played, this one included
-  uint64_t loop = 0;    // number of the LOOP record that it is repeated by; 0 outside of loops
-  uint64_t pass = 1;    // which pass of that loop this is, from 1
-  uint64_t passes = 1;  // of how many
-  uint64_t clocks = 0;  // that the player makes of it; 0 if it has a fault
+  uint64_t step = 0;    // number of records played, including this one
+  uint64_t loop = 0;    // number of the LOOP record that repeats it; 0 outside loops
+  uint64_t pass = 1;    // pass of that loop, from 1
+  uint64_t passes = 1;  // total passes of that loop
+  uint64_t clocks = 0;  // TCK clocks of the record; 0 if it has a fault
 };
 
-// Follows loops as the player does: it has one counter, which a LOOP inside a loop overwrites, and
-// plays the body of a loop once where the count is not positive. The LOOP record itself is played
-// once, ENDLOOP with every pass. Records are read again with each pass; nothing is kept of them.
+// Follows loops as the player does: it has a single counter, which a LOOP inside a loop overwrites,
+// and it plays the body of a loop once if the count is not positive. The LOOP record itself is
+// played once, ENDLOOP in every pass. Records are read again in each pass; nothing of them is kept.
 class PlayOrder {
  public:
-  // As Reader. `player`: the one that is to play the file, with what earlier files have left.
+  // As for Reader. `player`: the player that is to play the file, with the state left by earlier
+  // files.
   PlayOrder(Bytes image, const HeaderView &header, const Player &player = {});
 
-  // The next record; none at the end, as Reader::Next().
+  // The next record; none at the end, as for Reader::Next().
   std::optional<PlayedRecord> Next();
 
-  // The player after the record given last, and the header and trailer registers in force for it.
+  // The player after the record returned last, and the header and trailer registers in force for
+  // that record.
   const Player &player() const {
     return player_;
   }
@@ -61,15 +63,15 @@ class PlayOrder {
   uint64_t passes_ = 1;
 };
 
-// How long a file is to play.
+// How long a file takes to play.
 struct PlayLength {
   uint64_t clocks = 0;
   uint64_t records = 0;
 };
 
-// Clocks and records of a file in a player that has just been loaded, each pass of a loop taken to
-// be as long as the first; what the player does before the first record is left out. A file that is
-// not well-formed counts as far as it is. Takes time linear in the image.
+// The clocks and records of a file in a freshly loaded player, assuming that each pass of a loop is
+// as long as the first; what the player does before the first record is not counted. A malformed
+// file counts up to its fault. Takes time linear in the image.
 PlayLength MeasurePlay(Bytes image, const HeaderView &header);
 
 }  // namespace tvb

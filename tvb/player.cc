@@ -6,14 +6,14 @@
 namespace tvb {
 namespace {
 
-// Clocks from Run-Test/Idle to the Shift state, and from its last bit back.
+// Clocks from Run-Test/Idle to the Shift state, and from the last bit back.
 constexpr uint64_t kWalkToShiftIr = 4;
 constexpr uint64_t kWalkToShiftDr = 3;
 constexpr uint64_t kWalkBack = 2;
 
 constexpr uint64_t kWaitUnit = 100;  // microseconds
 
-// In the player's arithmetic, which is modulo 2^64.
+// Uses the player's arithmetic, modulo 2^64.
 RunTestField TimeField(uint64_t stored) {
   RunTestField field;
   const uint64_t time = stored - kRunTestOffset;
@@ -28,7 +28,7 @@ RunTestField CyclesField(uint64_t stored) {
   return field;
 }
 
-// None for a field that holds no number.
+// All 0 for a field without a number.
 RunTestField AnyField(const FieldView &view) {
   if (!view.number) {
     return {};
@@ -65,8 +65,8 @@ uint64_t ScanClocks(const RecordView &record, const PadBits &pads) {
                                        pads.trailer(record.opcode));
 }
 
-// TCK is written twice a clock, TDI with each of the record's bits. TMS is written with all other
-// clocks, at the first bit and at the last.
+// TCK is written twice per clock, TDI with each of the record's bits. TMS is written with all other
+// clocks, and at the first and the last bit.
 uint64_t ScanPinCalls(uint64_t clocks, uint64_t bits, uint64_t compared) {
   return 2 * clocks + bits + (clocks - bits) + std::min<uint64_t>(bits, 2) + compared;
 }
@@ -77,7 +77,7 @@ RunTestField ReadRunTestField(const FieldView &view) {
     return {};
   }
   RunTestField field = AnyField(view);
-  // A cycle count that bears the marker may still be below the offset.
+  // A cycle count with the marker may still be below the offset.
   field.valid = field.cycles <= kMaxCycles;
   return field.valid ? field : RunTestField();
 }
@@ -107,7 +107,7 @@ uint64_t RunTestClocks(const RecordView &record, uint64_t hz) {
   return clocks;
 }
 
-// TDI and TMS are put low before the first clock.
+// TDI and TMS are set low before the first clock.
 uint64_t RunTestPinCalls(uint64_t clocks) {
   return 2 + 2 * clocks;
 }
@@ -161,7 +161,7 @@ uint8_t InstructionByte(uint8_t instruction) {
 ChainPlace PlaceToldBy(Bytes instructions) {
   ChainPlace place;
   bool target_seen = false;
-  // What went in last is nearest to TDI.
+  // The last one shifted in is nearest to TDI.
   for (size_t i = instructions.size(); i-- > 0;) {
     if (instructions[i] != kBypass) {
       target_seen = true;
@@ -189,7 +189,7 @@ ChainPlace PlaceToldBy(Bytes image, const RecordView &first) {
   return {};
 }
 
-// What goes out first ends up in the device nearest to TDO.
+// The first one shifted out ends up in the device nearest to TDO.
 Buffer ChainInstructions(const ChainPlace &place, uint8_t instruction) {
   Buffer data(place.devices(), kBypass);
   data[place.after] = InstructionByte(instruction);

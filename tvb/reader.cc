@@ -81,7 +81,7 @@ class BodyReader {
     if (!record_.Runs()) {
       return;
     }
-    // At the end of the image the player looks at one byte more, which ends the body.
+    // At the end of the image the player reads one more byte, which ends the body.
     while (!cursor_.AtEnd() && !record_.fault) {
       FieldView field = NextTag();
       if (field.tag == kMark) {
@@ -128,7 +128,7 @@ class BodyReader {
   RecordView &record_;
 };
 
-// What of a record the image's end has cut off.
+// The part of a record that the image's end cuts off.
 std::string LastPart(const RecordView &record) {
   if (record.fields.empty() || !record.fields.back().block || !record.fields.back().block->fault) {
     return "this record";

@@ -35,7 +35,7 @@ void CheckShift(const Shift &shift) {
   }
 }
 
-// Puts fields of a shift at the end of its body.
+// Appends the fields of a shift to its body.
 struct FieldWriter {
   Buffer &body;
   uint32_t bits;

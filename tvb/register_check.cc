@@ -45,7 +45,7 @@ bool CheckBlock(const RecordView &record, const FieldView &field, Findings &find
   return block.Exact();
 }
 
-// A block that the image's end cuts off is the record's own fault.
+// A block cut off by the end of the image is reported as the record's own fault.
 bool IsCutOff(const RecordView &record, const BlockView &block) {
   return record.fault && block.offset + block.size > record.fault->offset;
 }
@@ -113,8 +113,7 @@ void CheckShift(Bytes image, const RecordView &record, const PadBits &pads, Find
   if (!CheckHeld(record, ScanClocks(record, pads), findings)) {
     return;
   }
-  // The last bit carries the TMS level that leaves Shift; with no bit at all there is none to do
-  // so.
+  // The last bit carries the TMS level that leaves Shift; without a bit, nothing leaves it.
   if (record.bits() == 0 && pads.trailer(record.opcode) == 0) {
     findings.Broken(
         record, record.offset,
@@ -127,7 +126,7 @@ void CheckShift(Bytes image, const RecordView &record, const PadBits &pads, Find
   CheckCompared(image, record, findings);
 }
 
-// Returns false if it is broken.
+// Returns false if the record is broken.
 bool CheckPad(const RecordView &record, Findings &findings) {
   if (!CheckHeld(record, record.bits(), findings)) {
     return false;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Checks the registers that records carry: shifts, headers and trailers.
+// Checks the registers in records: shifts, headers and trailers.
 #pragma once
 
 #include <cstdint>
@@ -12,9 +12,8 @@
 
 namespace tvb {
 
-// Checks the blocks and registers of a shift, header or trailer record. `pads`: what is in force
-// for it. Returns false if something is broken that explains whatever else is wrong with the
-// record.
+// Checks the blocks and registers of a shift, header or trailer record. `pads`: those in force for
+// it. Returns false if something is broken that explains everything else wrong with the record.
 bool CheckRegisters(Bytes image, const RecordView &record, const PadBits &pads, Findings &findings);
 
 }  // namespace tvb

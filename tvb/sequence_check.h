@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Checks what records mean together: loops, the chain, frequencies and run-tests, and the end of
-// the file.
+// Checks rules that span records: loops, the chain, frequencies and run-tests, and the end of the
+// file.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@
 
 namespace tvb {
 
-// Loops do not nest: the player has one counter.
+// Checks loops, which do not nest: the player has a single counter.
 class LoopCheck {
  public:
   explicit LoopCheck(Findings &findings) : findings_(findings) {}
@@ -28,7 +28,8 @@ class LoopCheck {
   std::optional<RecordView> open_;
 };
 
-// Headers and trailers tell what the first record should have told, and outlive the file.
+// Checks headers and trailers, which may reveal a place in the chain that the first record should
+// have given, and which outlive the file.
 class ChainCheck {
  public:
   explicit ChainCheck(Findings &findings) : findings_(findings) {}
@@ -40,7 +41,7 @@ class ChainCheck {
   void Pad(const RecordView &record);
   void EndOfFile();
 
-  // What is in force.
+  // The header and trailer lengths in force.
   const PadBits &pads() const {
     return pads_;
   }
@@ -54,7 +55,7 @@ class ChainCheck {
   std::optional<RecordView> last_pad_;
 };
 
-// Follows the frequency through the file.
+// Tracks the frequency through the file and checks run-tests.
 class TimeCheck {
  public:
   explicit TimeCheck(Findings &findings) : findings_(findings) {}
@@ -75,7 +76,7 @@ class TimeCheck {
   bool told_carry_over_ = false;
 };
 
-// A failed comparison shows when the next record starts.
+// Checks the last record: the player sees a failed comparison only when the next record starts.
 void CheckLastRecord(const RecordView &record, Findings &findings);
 
 }  // namespace tvb

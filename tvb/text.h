@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// How numbers of the file appear in messages.
+// Numbers of the file as text for messages.
 #pragma once
 
 #include <cstdint>
@@ -13,10 +13,10 @@ namespace tvb {
 // "0x5E": upper case, at least two digits.
 std::string Hex(uint64_t value);
 
-// The value in decimal; "a number of more than 32 bits" where it is lossy.
+// The value in decimal; "a number of more than 32 bits" if it is lossy.
 std::string NumberText(const NumberView &number);
 
-// "a length of 24 bits"; "a length that takes more than 32 bits" where it is lossy.
+// "a length of 24 bits"; "a length that takes more than 32 bits" if it is lossy.
 std::string LengthText(const NumberView &length);
 
 // "1 byte", "7 bytes".

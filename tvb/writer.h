@@ -16,103 +16,103 @@
 
 namespace tvb {
 
-// One file in the making. Every call puts whole records of exact length at its end; a call that
-// throws Error puts none. Register data in arguments has the order told at Bytes: the first bit out
-// is the most significant bit of the first byte.
+// A file being written. Every call appends whole records of exact length; a call that throws Error
+// appends none. See Bytes for the bit order of register data in arguments: the first bit out is the
+// most significant bit of the first byte.
 //
-// What the player keeps from one download to the next is the caller's concern, with help from here:
-// the frequency (FreshFrequency) and the header and trailer registers (ClearPads).
+// The caller must deal with what the player keeps from one download to the next; FreshFrequency()
+// helps with the frequency and ClearPads() with the header and trailer registers.
 class Writer {
  public:
-  // Takes the records as they are written, one a call; the bytes are good during the call.
+  // Receives the records as they are written, one per call; the bytes are valid during the call
+  // only.
   using Sink = std::function<void(Bytes record)>;
 
-  // Begins the file with `header`. If that says kPlainBlocks, blocks have no encoding to choose.
-  // What is written is kept for Take() and Finish() to give.
+  // Begins the file with `header`. If that says kPlainBlocks, blocks have no choice of encoding.
+  // The output is kept for Take() and Finish().
   explicit Writer(const FileHeader &header = {});
 
-  // The same with every record going to `sink` at once; it has got the header already, by
-  // AppendHeader(). Nothing is left to take.
+  // The same, but passes every record to `sink` at once. The sink must already have the header,
+  // from AppendHeader(). Nothing is left for Take().
   Writer(const FileHeader &header, Sink sink);
 
-  // How the data of later SIR and SDR records is encoded; a BlockEncoder's smallest block unless
-  // said otherwise. Throws Error in a file of plain blocks, and for a choice as EncodeBlock().
+  // Sets how the data of later SIR and SDR records is encoded; the default is a BlockEncoder's
+  // smallest block. Throws Error in a file of plain blocks, and for a choice as EncodeBlock() does.
   void Encode(const BlockChoice &choice);
   void Encode(Encoder encode);
 
-  // The record that tells the player where the target sits: it looks for that in the first record
-  // only, so this must be it (else Error). `before` devices lie between TDI and the target, `after`
-  // between the target and TDO. It shifts all-ones (BYPASS) into each of them and `instruction`
-  // into the target, every instruction register having 8 bits, and compares nothing. `instruction`:
-  // its least significant bit goes out first. It should do no harm, as IDCODE; 0xE0 makes the
-  // player read the IDCODE with that instruction from now on. 0xFF could not be told from BYPASS:
-  // Error.
+  // Writes the record that tells the player where the target is in the chain. The player looks only
+  // at the first record for this, so it must be the first; otherwise throws Error. `before` devices
+  // lie between TDI and the target, `after` between the target and TDO. The record shifts all ones
+  // (BYPASS) into each of them and `instruction` into the target, with 8 bits for every instruction
+  // register, and compares nothing. `instruction` goes out least significant bit first. It should
+  // be harmless, such as IDCODE; 0xE0 makes the player read the IDCODE with that instruction from
+  // now on. Throws Error for 0xFF, which is indistinguishable from BYPASS.
   void Opening(uint32_t before, uint32_t after, uint8_t instruction = kIdcode);
 
-  // Shifts of the instruction or the data register: `bits` bits of `tdi`. TDO is compared with
+  // Shifts `bits` bits of `tdi` through the instruction or the data register. TDO is compared with
   // `tdo` where `mask` has a 1; without a mask nothing is compared. An empty argument is absent.
   // Throws Error as ShiftBody() and AppendRecord() do.
   void Sir(uint32_t bits, Bytes tdi, Bytes tdo = {}, Bytes mask = {});
   void Sdr(uint32_t bits, Bytes tdi, Bytes tdo = {}, Bytes mask = {});
 
-  // The same with bits that the encoder may choose. `opcode`: kSir or kSdr.
+  // The same with don't-care bits, which the encoder may choose. `opcode`: kSir or kSdr.
   void Scan(Opcode opcode, const Shift &shift);
 
-  // The header (shifted before) and trailer (after) of later instruction or data shifts; none with
-  // `bits` 0. Throws Error as PadBody() and AppendRecord() do.
+  // Sets the header (shifted before) or trailer (after) of later instruction or data shifts; `bits`
+  // 0 removes it. Throws Error as PadBody() and AppendRecord() do.
   void Hir(uint32_t bits, Bytes data);
   void Tir(uint32_t bits, Bytes data);
   void Hdr(uint32_t bits, Bytes data);
   void Tdr(uint32_t bits, Bytes data);
 
-  // Takes all four away. The player keeps their lengths beyond the end of the file, and they would
+  // Removes all four. The player keeps their lengths beyond the end of the file, where they would
   // displace the shifts of the next one: a file that sets them should end with this.
   void ClearPads();
 
   // Idle clocks for `cycles` periods of TCK, for `time` at the frequency in force, or for the sum
   // of both. See RunTestBody(). Throws Error for a negative time, for a number that does not fit,
-  // and where the clocks of all at the highest frequency that can be in force, as far as that is
-  // known, are more than the player can count.
+  // and if the total at the highest frequency that can be in force, as far as it is known, is more
+  // clocks than the player can count.
   void RunTest(uint64_t cycles, std::chrono::microseconds time = std::chrono::microseconds(0));
   void RunTest(std::chrono::microseconds time);
 
   // Limits TCK to `hz`: the player keeps the lowest frequency of all files since it was loaded. 0
-  // makes it forget them all. Throws Error for 2^31 and more.
+  // makes it forget them all. Throws Error for 2^31 and above.
   void Frequency(uint32_t hz);
 
-  // Sets TCK to `hz`, whatever was before: a FREQUENCY of 0 and one of `hz`.
+  // Sets TCK to `hz` regardless of earlier settings: a FREQUENCY of 0 and one of `hz`.
   void FreshFrequency(uint32_t hz);
 
-  // What is written between these two is played `count` times. Throws Error for a count of 0 (the
-  // player would still play it once) or of 2^31 and more, for a loop within a loop (the player has
-  // one counter), and for an end without a beginning.
+  // Records between these two are played `count` times. Throws Error for a count of 0 (the player
+  // would still play them once) or of 2^31 and above, for a loop within a loop (the player has a
+  // single counter), and for an end without a beginning.
   void BeginLoop(uint32_t count);
   void EndLoop();
 
-  // A record that the player skips. `opcode` is 1, 5, 6 or 19, else Error.
+  // A record that the player skips. Throws Error unless `opcode` is 1, 5, 6 or 19.
   void Reserved(uint8_t opcode, Bytes body);
 
-  // Any record at all, unchecked but for its length; what it means is not kept track of.
+  // Any record, with only its length checked; the writer does not track its effect.
   void Record(uint8_t opcode, Bytes body);
 
-  // Closes the file and gives what of it has not been taken yet. The player sees a failed
-  // comparison when the next record starts, so a harmless record ends the file: a run-test that
-  // says itself that it does not run. The player passes over it without driving a line, and it
-  // leaves no trace in the frequency, the registers or the loop counter. Throws Error if a loop is
-  // open. Nothing can be written afterwards.
+  // Closes the file and returns what has not been taken yet. The player sees a failed comparison
+  // only when the next record starts, so a harmless record ends the file: a run-test marked not to
+  // run. The player skips it without driving a pin, and it does not affect the frequency, the
+  // registers or the loop counter. Throws Error if a loop is open. Nothing can be written
+  // afterwards.
   Buffer Finish();
 
-  // The same without that record: a failed comparison in the last record goes unseen.
+  // The same without that record: a failed comparison in the last record goes unnoticed.
   Buffer FinishUnguarded();
 
-  // Gives what has been written since the last Take(), and keeps it no longer: for files too long
-  // to be held.
+  // Returns the output since the last Take() and releases it, for files too long to hold in memory.
   Buffer Take();
 
-  // The length of the whole file so far in bytes, what has been taken included.
+  // The length of the whole file so far in bytes, including what has been taken.
   uint64_t size() const;
 
-  // The frequency that the player is at after what is written, as far as that is certain.
+  // The frequency that the player has after these records, as far as that is certain.
   const ClockRate &rate() const {
     return rate_;
   }
@@ -121,8 +121,8 @@ class Writer {
   void Put(uint8_t opcode, Bytes body);
   void CheckOpen() const;
 
-  Sink sink_;       // none: it stays pending
-  Buffer pending_;  // what has not been taken yet
+  Sink sink_;       // none: records stay pending
+  Buffer pending_;  // output not taken yet
   uint64_t taken_ = 0;
   Encoder encode_;  // none: blocks are plain
   bool plain_;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// One-symbol bit coding: one bit for the block's most frequent byte, nine for any other. The
-// payload is the symbol, which is the parameter, then bits, most significant bit of each byte
-// first: 0 for the symbol, 1 and eight bits, most significant first, for another byte. The bits
-// left over in the last byte are 0.
+// One-symbol bit coding: one bit for the block's most frequent byte, nine bits for any other. The
+// payload is the symbol, which is the parameter, then bits that fill each byte from its most
+// significant bit down: 0 for the symbol; 1 and eight bits, most significant first, for another
+// byte. Unused bits of the last byte are 0.
 #include <algorithm>
 #include <array>
 
@@ -13,12 +13,12 @@
 namespace tvb {
 namespace {
 
-// Gathers bits, most significant first, into bytes.
+// Packs bits into bytes, most significant first.
 class BitPacker {
  public:
   explicit BitPacker(Buffer &out) : out_(out) {}
 
-  // The low `count` bits of `bits`, highest of them first; at most 9 at a time.
+  // Appends the low `count` bits of `bits`, most significant first; at most 9 at a time.
   void Put(uint32_t bits, int count) {
     held_ = held_ << count | bits;
     held_count_ += count;
@@ -40,7 +40,7 @@ class BitPacker {
   int held_count_ = 0;
 };
 
-// Takes bits from the image, each byte from its highest bit down.
+// Reads bits from the image, each byte from its most significant bit down.
 class BitReader {
  public:
   explicit BitReader(Cursor &cursor) : cursor_(cursor) {}
@@ -68,7 +68,7 @@ class BitReader {
   int left_ = 0;
 };
 
-// The most frequent byte, the lowest of several.
+// The most frequent byte; the lowest of equals.
 uint8_t BestSymbol(Bytes data) {
   std::array<size_t, 256> seen{};
   for (uint8_t byte : data) {

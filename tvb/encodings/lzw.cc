@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// LZW with one end code that moves. The payload is a byte k, the parameter, then codes: 0 to 255
-// are bytes, 256 restarts the dictionary, 257 and up are strings, and the value of the code counter
+// LZW with an end code that moves. The payload is a byte k, the parameter, then codes: 0 to 255 are
+// bytes, 256 restarts the dictionary, 257 and up are strings, and the value of the code counter
 // itself ends the stream. The dictionary holds 512 << k codes.
 //
-// The counter starts at 257 and goes up by one with every data code. When it would reach the size
-// of the dictionary it goes back to 257 of itself, with no code in the stream, and the dictionary
-// starts afresh. A code is one of the values 0 to the counter, in truncated binary: w bits where
-// the value is below (2 << w) - counter - 1 and w + 1 bits above, w being 8, 9, 10 or 11 for a
-// counter below 512, 1024, 2048 or above. Bits fill each byte from its lowest bit up; the unused
-// bits of the last byte are 0.
+// The counter starts at 257 and increases by one with every data code. When it would reach the size
+// of the dictionary it wraps to 257, with no code in the stream, and the dictionary starts empty
+// again. A code is one of the values 0 to the counter, in truncated binary: w bits if the value is
+// below (2 << w) - counter - 1 and w + 1 bits otherwise, where w is 8, 9, 10 or 11 for a counter
+// below 512, below 1024, below 2048, or above. Bits fill each byte from its lowest bit up; the
+// unused bits of the last byte are 0.
 #include <algorithm>
 #include <vector>
 
@@ -24,7 +24,7 @@ constexpr uint32_t kClear = 256;
 constexpr uint32_t kFirstString = 257;
 constexpr int kMaxK = 3;
 
-// The code counter and what it means for the next code; both directions step it alike.
+// The code counter and the properties of the next code; encoder and decoder step it alike.
 class CodeCounter {
  public:
   explicit CodeCounter(int k) : codes_(512u << k) {}
@@ -35,12 +35,12 @@ class CodeCounter {
   uint32_t next() const {
     return next_;
   }
-  // No string has a code: at the start, and after a clear or a wrap.
+  // True if no string has a code: at the start, and after a clear or a wrap.
   bool fresh() const {
     return next_ == kFirstString;
   }
 
-  // Of the next code: its bits, or one more if it is not below the threshold.
+  // The width of the next code in bits; one more if it is not below the threshold.
   int Width() const {
     return next_ < 512 ? 8 : next_ < 1024 ? 9 : next_ < 2048 ? 10 : 11;
   }
@@ -48,7 +48,7 @@ class CodeCounter {
     return (2u << Width()) - next_ - 1;
   }
 
-  // After a data code.
+  // Advances after a data code.
   void Step() {
     next_ = next_ + 1 == codes_ ? kFirstString : next_ + 1;
   }
@@ -61,9 +61,9 @@ class CodeCounter {
   uint32_t next_ = kFirstString;
 };
 
-// The encoder's dictionary: the strings that have a code, each by (code of all but its last byte,
-// last byte). An open hash table at most half full: a slot holds prefix, byte and code in 12, 8 and
-// 12 bits, 0 being free.
+// The encoder's dictionary: the strings that have a code, with the key (code of all but the last
+// byte, last byte). An open-addressing hash table at most half full; a slot holds prefix, byte and
+// code in 12, 8 and 12 bits, and 0 if free.
 class Codes {
  public:
   explicit Codes(uint32_t codes) : slots_(2 * codes, 0) {}
@@ -86,7 +86,7 @@ class Codes {
     return prefix << 8 | byte;
   }
 
-  // Where the string is, or the free slot where it would go.
+  // The slot that holds the string, or the free slot where it belongs.
   size_t SlotOf(uint32_t prefix, uint8_t byte) const {
     uint32_t key = Key(prefix, byte);
     size_t last = slots_.size() - 1;
@@ -133,7 +133,7 @@ class CodeWriter {
     PutBits(value & 1, 1);
   }
 
-  // Lowest bit first, into each byte from its lowest bit up.
+  // Appends bits, lowest bit first, filling each byte from its lowest bit up.
   void PutBits(uint32_t bits, int count) {
     held_ |= bits << held_count_;
     held_count_ += count;
@@ -150,7 +150,7 @@ class CodeWriter {
   int held_count_ = 0;
 };
 
-// Matches the data against the dictionary, always taking the longest string that has a code.
+// Matches the data against the dictionary, always taking the longest string with a code.
 class Encoder {
  public:
   Encoder(Buffer &out, int k) : writer_(out, k), codes_(writer_.counter().codes()) {}
@@ -167,13 +167,14 @@ class Encoder {
   }
 
  private:
-  // Takes one more byte: gives the code of the longer string, or writes `string` and starts anew.
+  // Extends `string` by one byte: returns the code of the longer string, or writes `string` and
+  // starts a new one.
   uint32_t Extend(uint32_t string, uint8_t byte) {
     if (uint32_t longer = codes_.Find(string, byte)) {
       return longer;
     }
     writer_.PutData(string);
-    // The reader defines this string, as the code below the counter, with the code it reads next.
+    // The decoder defines this string, as the code below the counter, with the next code it reads.
     // It defines none for the first code after a wrap.
     if (writer_.counter().fresh()) {
       codes_.Restart();
@@ -212,7 +213,7 @@ void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
   Append(out, parameter ? Payload(data, static_cast<int>(*parameter)) : SmallestPayload(data));
 }
 
-// The decoder's dictionary: each string is a shorter one, or a byte, and one byte more.
+// The decoder's dictionary: each string is a byte, or a shorter string plus one byte.
 class Strings {
  public:
   explicit Strings(uint32_t codes) : entries_(codes) {
@@ -231,7 +232,7 @@ class Strings {
     return entries_[code].first;
   }
 
-  // Where nothing is kept it takes no time.
+  // Takes constant time if nothing is kept.
   void Give(uint32_t code, Decoded &decoded) {
     size_t length = entries_[code].length;
     if (!decoded.keeps() || decoded.full()) {
@@ -257,12 +258,12 @@ class Strings {
   Buffer spelled_;
 };
 
-// Takes codes from the image.
+// Reads codes from the image.
 class CodeReader {
  public:
   explicit CodeReader(Cursor &cursor) : cursor_(cursor) {}
 
-  // What the code is once the image has ended means nothing.
+  // Past the end of the image the code has no meaning.
   uint32_t Next(const CodeCounter &counter) {
     uint32_t threshold = counter.Threshold();
     uint32_t value = Bits(counter.Width());
@@ -310,7 +311,7 @@ void ReadCodes(Cursor &cursor, Decoded &decoded, int k) {
   }
 }
 
-// Reads to the end code, however much the stream gives.
+// Reads to the end code, no matter how many bytes the stream gives.
 void Decode(Cursor &cursor, Decoded &decoded, BlockView &block) {
   uint64_t offset = cursor.position();
   uint8_t k = cursor.Byte();

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Nibble repetition: a block that is a whole number of copies of one pattern of nibbles, the high
-// nibble of each byte being the first. The payload is the pattern's length in nibbles, which is the
-// parameter, as a number, then the pattern, two nibbles a byte; the low nibble after a pattern of
-// odd length is 0.
+// Nibble repetition: a block that consists of whole copies of one pattern of nibbles, the high
+// nibble of each byte first. The payload is the pattern's length in nibbles, which is the
+// parameter, stored as a number, then the pattern, two nibbles per byte; after a pattern of odd
+// length the last low nibble is 0.
 #include <vector>
 
 #include "tvb/block.h"
@@ -19,8 +19,8 @@ uint8_t NibbleAt(Bytes data, uint64_t index) {
   return index % 2 == 0 ? byte >> 4 : byte & 0x0F;
 }
 
-// The smallest p > 0 such that each nibble equals the one p before it. By the prefix function: the
-// longest proper border of the whole sequence leaves its smallest period.
+// The smallest p > 0 such that each nibble equals the one p before it. Computed by the prefix
+// function: removing the longest proper border of the whole sequence leaves its smallest period.
 size_t SmallestPeriod(Bytes data) {
   size_t length = 2 * data.size();
   std::vector<uint32_t> border(length, 0);
@@ -35,19 +35,20 @@ size_t SmallestPeriod(Bytes data) {
   return length - border[length - 1];
 }
 
-// At most the block itself, and 0 for an empty block.
+// The length of the shortest pattern in nibbles: at most that of the block itself, 0 for an empty
+// block.
 size_t ShortestPattern(Bytes data) {
   if (data.empty()) {
     return 0;
   }
   size_t length = 2 * data.size();
   size_t period = SmallestPeriod(data);
-  // If the smallest period does not divide the length, no smaller one than the whole does.
+  // If the smallest period does not divide the length, no period below the length does.
   return length % period == 0 ? period : length;
 }
 
-// Only whole copies of a pattern fill the block to its last byte. Of an empty block only the empty
-// pattern is one.
+// A pattern must fill the block to its last byte in whole copies. An empty block has only the empty
+// pattern.
 bool IsPattern(Bytes data, uint64_t nibbles) {
   uint64_t length = 2 * data.size();
   if (nibbles == 0 || length == 0) {
@@ -110,7 +111,7 @@ void Decode(Cursor &cursor, Decoded &decoded, BlockView &block) {
   if (cursor.past_end()) {
     return;
   }
-  // The player copies a pattern of odd length two at a time: only whole bytes.
+  // The player copies a pattern of odd length in pairs, so only whole bytes are filled.
   uint64_t copies = 2 * decoded.count() / nibbles;
   copies -= nibbles % 2 == 1 ? copies % 2 : 0;
   RepeatPattern(pattern, nibbles, copies * nibbles / 2, decoded);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The bytes as they are.
+// Raw: the bytes unchanged.
 #include "tvb/block.h"
 #include "tvb/error.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
 // Run-length encoding of one escape byte, the parameter. The payload is the escape byte, then every
-// other byte as itself and every run of r escape bytes as the escape byte and the number r - 1.
+// other byte unchanged and every run of r escape bytes as the escape byte and the number r - 1.
 #include <algorithm>
 #include <array>
 
@@ -21,7 +21,7 @@ size_t RunAt(Bytes data, size_t start) {
   return end - start;
 }
 
-// The one that makes the payload smallest; the lowest of several.
+// The escape byte that makes the payload smallest; the lowest of equals.
 uint8_t BestEscape(Bytes data) {
   std::array<int64_t, 256> saved{};
   for (size_t at = 0; at < data.size();) {
