@@ -25,28 +25,28 @@ namespace {
 
 constexpr uint64_t kMaxStatements = 10000000;
 
-// Many readers of SVF take lines of at most 256 characters: three short fields on one line, a
-// longer one on a line of its own, and the digits of long ones on lines of theirs.
+// Many SVF readers take lines of at most 256 characters: three short fields go on one line, a
+// longer field on a line of its own, and the digits of long fields on separate lines.
 constexpr size_t kDigitsOfShortField = 64;
 constexpr size_t kDigitsInLine = 128;
 
-// Writes SVF statements. The bits of register data are in the order of tvb::Bytes.
+// Writes SVF statements. See tvb::Bytes for the bit order of register data.
 class SvfOutput {
  public:
   // `out` outlives the object.
   explicit SvfOutput(OutputFile &out) : out_(out) {}
 
-  // A comment of one line; `text` has no line end.
+  // Writes a one-line comment; `text` has no line end.
   void Comment(std::string_view text) {
     out_.Write(fmt::format("! {}\n", text));
   }
 
-  // A statement as it stands, without its ';'.
+  // Writes a complete statement, given without its ';'.
   void Statement(std::string_view text) {
     out_.Write(fmt::format("{};\n", text));
   }
 
-  // Begins a statement about a register: "SDR 24". Then come its fields, then End().
+  // Begins a register statement: "SDR 24". Its fields follow, then End().
   void Begin(const char *command, uint32_t bits) {
     bits_ = bits;
     out_.Write(fmt::format("{} {}", command, bits));
@@ -71,7 +71,7 @@ class SvfOutput {
   uint32_t bits_ = 0;
 };
 
-// Seconds as SVF takes them, exact to the microsecond: "0.0015", "40".
+// Seconds in SVF notation, exact to the microsecond: "0.0015", "40".
 std::string SvfSeconds(uint64_t microseconds) {
   std::string text = fmt::format("{}.{:06}", microseconds / 1000000, microseconds % 1000000);
   text.erase(text.find_last_not_of('0') + 1);
@@ -81,7 +81,7 @@ std::string SvfSeconds(uint64_t microseconds) {
   return text;
 }
 
-// A run-test's fields, summed up.
+// The sums of a run-test's fields.
 struct RunTestSum {
   uint64_t microseconds = 0;
   uint64_t cycles = 0;
@@ -97,7 +97,7 @@ RunTestSum SumFields(const tvb::RecordView &record) {
   return sum;
 }
 
-// Refuses a file whose loops, written out, are more than anyone can keep.
+// Refuses a file whose unrolled loops would be impractically long.
 void RefuseLongLoops(const TvbFile &file) {
   tvb::Reader reader(file.image(), file.header());
   uint64_t statements = 0;
@@ -201,8 +201,8 @@ class Decompiler {
     svf_.End();
   }
 
-  // The player keeps the lowest frequency until a 0 makes it forget; in SVF each replaces the one
-  // before.
+  // The player keeps the lowest frequency until a 0 clears it; in SVF each frequency replaces the
+  // one before.
   void Frequency(const tvb::RecordView &record) {
     const uint32_t hz = record.bits();
     const std::optional<uint32_t> exact = rate_.Exact();
@@ -221,7 +221,7 @@ class Decompiler {
     rate_.Set(hz);
   }
 
-  // A FREQUENCY 0 that none of another value has followed.
+  // Ends a FREQUENCY 0 that no other value has followed.
   void EndFrequency() {
     if (cleared_) {
       svf_.Statement("FREQUENCY");
@@ -241,7 +241,7 @@ class Decompiler {
     if (sum.microseconds > 0 && IsTimeAlone(record, sum)) {
       sum.cycles = 0;
     }
-    // One statement of both would take the longer of them; the player takes them one after another.
+    // One statement of both would take the longer; the player plays them one after the other.
     if (sum.microseconds > 0) {
       svf_.Statement(fmt::format("RUNTEST {} SEC", SvfSeconds(sum.microseconds)));
     }
@@ -250,7 +250,7 @@ class Decompiler {
     }
   }
 
-  // True if the record's one cycle only makes up for what two fields of a time round off.
+  // True if the record's single cycle only makes up for the rounding of a time's two fields.
   bool IsTimeAlone(const tvb::RecordView &record, const RunTestSum &sum) const {
     if (sum.cycles != 1 || sum.microseconds > tvb::kMaxTime) {
       return false;
@@ -266,7 +266,7 @@ class Decompiler {
   tvb::PlayOrder order_;
   SvfOutput svf_;
   tvb::ClockRate rate_;
-  bool cleared_ = false;  // the record before was a FREQUENCY 0
+  bool cleared_ = false;  // the previous record was a FREQUENCY 0
 };
 
 struct DecompileOptions {
@@ -275,8 +275,8 @@ struct DecompileOptions {
   bool force = false;
 };
 
-// Throws Failure for the first error; with `force` only for what the player cannot play: of the
-// rest an SVF can be made that does what the player does.
+// Throws Failure for the first error; with `force` only for what the player cannot play: a file
+// with other errors has an SVF that does what the player does.
 void RefuseErrors(TvbFile &file, bool force) {
   const auto refuse = [&file, force](const tvb::Finding &finding) {
     const std::string place = file.Place(finding.offset, finding.record);

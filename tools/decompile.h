@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Makes an SVF file of a TVB file.
+// Converts a TVB file to SVF.
 #pragma once
 
 #include "tools/cli/input_file.h"
@@ -8,10 +8,10 @@
 
 namespace tool {
 
-// Writes the SVF of `file`, which must have no broken record, to `out`: its records in the order in
-// which they are played, one statement each. Loops, which SVF does not have, are written out; a
-// pair of FREQUENCY 0 and FREQUENCY f is one statement; a record without effect becomes a comment,
-// or nothing if it is the run-test that closes the file. Throws Failure for what has no SVF form.
+// Writes the SVF of `file`, which must have no broken record, to `out`: one statement per record,
+// in playing order. Loops, which SVF does not have, are unrolled; a pair of FREQUENCY 0 and
+// FREQUENCY f is one statement; a record without effect becomes a comment, or nothing if it is the
+// run-test that closes the file. Throws Failure for what has no SVF form.
 void Decompile(TvbFile &file, OutputFile &out);
 
 }  // namespace tool

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Reads any text as the description of a chain: it is refused with a message, or the chain can be
+// Parses any text as a chain description: either it is refused with a message, or the chain can be
 // clocked.
 #include "fuzz/fuzz.h"
 #include "tools/cli/command.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Checks any bytes. Findings lie in the file and say something, and their numbers add up.
+// Checks any bytes. Findings lie within the file and have a message, and their counts add up.
 #include "fuzz/fuzz.h"
 #include "tvb/checker.h"
 #include "tvb/play_order.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Compiles any text. What is no SVF is refused with a place that lies in it; what compiles is a
-// file in which the check finds no error, with every kind of block, and the SVF that is made of it
-// compiles to the same file.
+// Compiles any text. Invalid SVF is refused at a place within the text. Valid SVF, with every kind
+// of block, compiles to a file without check errors, and the SVF decompiled from it compiles to the
+// same file.
 #include <initializer_list>
 
 #include "fuzz/convert.h"

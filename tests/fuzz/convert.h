@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// What `tvb compile` and `tvb decompile` do, from memory to memory.
+// `tvb compile` and `tvb decompile`, from memory to memory.
 #pragma once
 
 #include <string>
@@ -11,11 +11,11 @@
 
 namespace fuzz {
 
-// Throws svf::Error where the tool reports one.
+// Throws svf::Error where the tool reports an error.
 tvb::Buffer CompileSvf(std::string_view svf, const tool::CompileOptions &options = {});
 
-// The image has a good header and nothing broken in it. Throws tool::Failure where the tool reports
-// an error.
+// The image has a valid header and no broken record. Throws tool::Failure where the tool reports an
+// error.
 std::string DecompileTvb(tvb::Bytes image);
 
 }  // namespace fuzz

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Makes SVF of any file and compiles it again. What is made of a file without errors compiles, to
-// the same scans; and making SVF of that gives the same SVF.
+// Decompiles any file and compiles the result. The SVF of a file without errors compiles to the
+// same scans, and decompiling that gives the same SVF.
 #include "fuzz/convert.h"
 #include "fuzz/fuzz.h"
 #include "fuzz/scans.h"
@@ -21,7 +21,7 @@ tvb::Buffer Compile(const std::string &svf) {
   }
 }
 
-// Header and trailer registers become part of the scans.
+// Compiling merges header and trailer registers into the scans.
 void RoundTrip(tvb::Bytes image, const std::string &svf) {
   const tvb::Buffer compiled = Compile(svf);
   if (!fuzz::HasPads(image)) {

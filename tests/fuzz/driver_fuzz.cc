@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The driver alone plays any image on lines at which nobody is, TDO being noise. Whatever the image
-// holds, the download ends with one of its results, and a good file plays after it.
+// The driver alone plays any image on lines without a target; TDO is noise. Whatever the image
+// holds, the download ends with one of the driver's results, and a good file plays afterwards.
 #include <vector>
 
 #include "driver/host.h"
@@ -30,7 +30,7 @@ int ReadHigh(u32) {
   return 1;
 }
 
-// The image stands in a block of exactly its size.
+// The image is in a block of exactly its size.
 s32 Download(const uint8_t *image, size_t size, int (*read)(u32)) {
   const pin_config pins = {{}, 2, 1, 3, 0};
   const pin_operations operations = {{}, Drive, Drive, read};
@@ -66,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   fuzz::Require(size == 0 ? result == DOWNLOAD_REJECTED
                           : result == DOWNLOAD_DONE || result == DOWNLOAD_FAILED,
                 "a download ends with one of its results", std::to_string(result));
-  if (static_cast<s64>(g_freq) >= 0) {  // a negative one is lower than any other, and stays
+  if (static_cast<s64>(g_freq) >= 0) {  // negative is below every other frequency, and stays
     fuzz::Require(Download(good.data(), good.size(), ReadHigh) == DOWNLOAD_DONE,
                   "a good file plays after any other");
   }

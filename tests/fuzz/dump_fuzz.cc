@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Shows any file as text and as JSON. Each line of JSON is an object, and the records follow each
-// other without a gap.
+// Dumps any file as text and as JSON. Each JSON line is an object, and the records follow each
+// other without gaps.
 #include <nlohmann/json.hpp>
 #include <sstream>
 

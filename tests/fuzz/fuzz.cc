@@ -17,7 +17,7 @@ void Require(bool holds, const std::string &what, const std::string &detail) {
   }
 }
 
-// Through a pipe: no file is left behind, whatever happens.
+// A pipe leaves no file behind, whatever happens.
 std::string Written(const std::function<void(tool::OutputFile &out)> &write) {
   int ends[2];
   Require(pipe(ends) == 0, "there is a pipe");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// What a fuzz target is: a program that takes any bytes at all and ends only over a fault of ours.
+// A fuzz target: a program that takes any bytes and fails only on a fault of ours.
 #pragma once
 
 #include <cstddef>
@@ -10,19 +10,19 @@
 
 #include "tools/cli/output_file.h"
 
-// Each target defines this one function; the fuzzer, or replay.cc, calls it with one input after
-// the other. The bytes are a block of exactly that size, so that a read past them is seen.
+// The one function that each target defines; the fuzzer, or replay.cc, calls it once per input. The
+// bytes are in a block of exactly `size`, so that reads past the end are detected.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 namespace fuzz {
 
-// Says what does not hold, and aborts, unless `holds`. `detail` may say more.
+// Unless `holds`, prints the violated condition and `detail`, which may be empty, and aborts.
 void Require(bool holds, const std::string &what, const std::string &detail = {});
 
-// Gives what `write` writes.
+// Returns what `write` writes.
 std::string Written(const std::function<void(tool::OutputFile &out)> &write);
 
-// A file in memory, for what wants to open one.
+// A file in memory, for code that opens a file.
 class MemoryFile {
  public:
   MemoryFile(const uint8_t *data, size_t size);

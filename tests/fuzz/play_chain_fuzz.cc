@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Rehearses any file with a simulated chain, once as it should be and once with faults. Where a
-// comparison of a good file fails, what was expected and what was read differ under the mask.
+// Rehearses any file with a simulated chain, once intact and once with faults. Where a comparison
+// of a good file fails, the expected and the read bits differ under the mask.
 #include "fuzz/fuzz.h"
 #include "fuzz/rehearse.h"
 #include "tools/rehearse/target_chain.h"

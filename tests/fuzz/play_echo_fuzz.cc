@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Rehearses any file with an echo: one in which the check finds no error plays to its end, and
-// where a bit is inverted and the comparison fails, it fails there.
+// Rehearses any file with an echo. A file without check errors plays to its end; if an inverted bit
+// makes the comparison fail, it fails at that bit.
 #include "fuzz/fuzz.h"
 #include "fuzz/rehearse.h"
 #include "tools/cli/command.h"

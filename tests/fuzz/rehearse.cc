@@ -17,8 +17,8 @@ constexpr uint64_t kMaxRecords = 2000;
 
 }  // namespace
 
-// The length is that of the records as they are read; spoiled ones may lead the driver, which looks
-// at the first of them twice, astray.
+// MeasurePlay() counts the records as they are read; corrupt records may lead the driver, which
+// reads the first of them twice, astray.
 bool IsLong(tvb::Bytes image) {
   const tvb::PlayLength length = tvb::MeasurePlay(image, tvb::ReadHeader(image));
   return length.clocks > kMaxClocks || length.records > kMaxRecords ||

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// What `tvb play` does, without files.
+// `tvb play`, without files.
 #pragma once
 
 #include <functional>
@@ -17,9 +17,9 @@ bool IsLong(tvb::Bytes image);
 // Whether the check finds no error in the image.
 bool IsGood(tvb::Bytes image);
 
-// Plays the image, which has a good header and is not long, in a driver that has just been loaded,
-// with all that can watch watching, and passes verdict. `chain` null: to an echo. `judge` is shown
-// the rehearsal and the exit code.
+// Plays the image, which has a valid header and is not long, in a freshly loaded driver with every
+// watcher attached, and reports the verdict. Without a `chain` (null) the target is an echo.
+// `judge` receives the rehearsal and the exit code.
 void Rehearse(tvb::Bytes image, tool::ChainTarget *chain, const tool::RehearsalOptions &options,
               const std::function<void(tool::Rehearsal &rehearsal, int code)> &judge);
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Gives a fuzz target the inputs that are named, files or folders of them, without a fuzzer:
+// Feeds a fuzz target the named inputs, files or folders of them, without a fuzzer:
 //   TARGET.replay PATH...
-// Ends as the target does, having named the input.
+// Names each input before it runs, and ends as the target does.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>

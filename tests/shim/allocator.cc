@@ -54,7 +54,7 @@ struct State {
 };
 
 State &TheState() {
-  // Never destroyed: the blocks of the last test would count as leaks of the program.
+  // Never destroyed: the last test's blocks would count as leaks of the program.
   static State &state = *new State;
   return state;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The kernel's character classes, over Latin-1 as the kernel takes them.
+// The kernel's character classes, over Latin-1 as in the kernel.
 #include <array>
 
 namespace {
@@ -46,7 +46,7 @@ constexpr unsigned char Latin1Class(int c) {
   if (c == 0xA0) {
     return kSpace | kHardSpace;
   }
-  // The signs of multiplication and division stand among the letters.
+  // The multiplication and division signs lie among the letters.
   if (c < 0xC0 || c == 0xD7 || c == 0xF7) {
     return kPunct;
   }
@@ -68,7 +68,7 @@ constexpr Table MakeTable() {
 }  // namespace
 
 extern "C" {
-// The driver knows the table as an array of bytes, which the wrapper's only member is.
+// The driver sees the table as an array of bytes, the wrapper's only member.
 extern const Table _ctype;
 const Table _ctype = MakeTable();
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The driver as it is at load: every global that a harness knows and its value, in the order of the
-// driver's folders. What the driver keeps besides must need no reset.
+// The driver's state at load: every global that a harness knows and its value, in the order of the
+// driver's folders. Any other state of the driver must not need a reset.
 #include <cstring>
 
 #include "host.h"
@@ -18,7 +18,7 @@ void Drop(uint8_t **held) {
   *held = nullptr;
 }
 
-// The session's buffers may hold the same block twice, or what a test put there.
+// The session's buffers may hold the same block twice, or any pointer of a test.
 void DropSessionBuffers() {
   for (uint8_t **held :
        {&g_vector, &g_tdr_vector, &g_tir_vector, &g_hdr_vector, &g_hir_vector, &g_tdr_data,

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Open kernel files: kernel_read, and m7_file_pos, which gives the address of a file's position.
+// Open kernel files: kernel_read, and m7_file_pos, which returns the address of a file's position.
 #pragma once
 
 #include <cstddef>
@@ -9,13 +9,13 @@
 
 namespace shim {
 
-// An open file with this content, its position at 0. It lives until Reset().
+// Opens a file with this content at position 0. It lives until Reset().
 void *OpenFile(std::string content);
 
 // The file's own position in bytes.
 int64_t FilePosition(void *file);
 
-// Makes every later read fail with an error code (true), or succeed again (false).
+// Makes every later read fail with an error code (true) or succeed again (false).
 void FailReads(bool fail);
 
 // How often a file was read, failed reads included.

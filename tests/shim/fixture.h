@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// What every host test starts from and is held to at its end.
+// The start state of every host test and the checks at its end.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -10,18 +10,18 @@
 
 namespace shim {
 
-// Any number of leaks, for tests that sweep faults through code that leaks by design.
+// Any number of leaks, for tests that inject faults into code that leaks by design.
 constexpr size_t kAnyLeaks = SIZE_MAX;
 
-// Starts with the shim and the driver as they are at load. At the end it frees what the driver's
-// globals hold and fails the test if any guard was touched, or if the number of the driver's blocks
-// that are still live is not the one expected: 0, unless AllowLeaks() said otherwise.
+// Starts with the shim and the driver in their state at load. At the end it frees what the driver's
+// globals hold, and fails the test if a guard was touched or if the driver has an unexpected number
+// of live blocks: any but 0, unless AllowLeaks() set another.
 class Test : public ::testing::Test {
  protected:
   Test();
   void TearDown() override;
 
-  // The leaks expected at the end of the test: none (the default), or exactly `blocks`.
+  // The number of leaks expected at the end of the test: 0 (the default), or exactly `blocks`.
   void ExpectNoLeak();
   void AllowLeaks(size_t blocks);
 
@@ -29,11 +29,11 @@ class Test : public ::testing::Test {
   size_t leaks_ = 0;
 };
 
-// Brings the driver's globals and then the whole shim to their state at load.
+// Restores the driver's globals and then the whole shim to their state at load.
 void Reset();
 
-// Brings every global that the driver shares with its callers to its value at load. Live blocks
-// that the session's globals hold are freed; a pointer to anything else is only dropped.
+// Restores every global that the driver shares with its callers to its value at load. Frees live
+// blocks that the session's globals hold; a pointer to anything else is only dropped.
 void ResetDriverGlobals();
 
 }  // namespace shim

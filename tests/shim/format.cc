@@ -9,7 +9,7 @@
 namespace shim {
 namespace {
 
-// va_list is an array type on some machines, and a reference to one cannot be passed on.
+// va_list is an array type on some machines, where no reference to it can be passed on.
 struct Arguments {
   va_list list;
 };
@@ -29,7 +29,7 @@ std::string String(const char *text) {
   return text;
 }
 
-// Converts what stands at the head of `rest`, behind the '%', and returns its length; 0: unknown.
+// Formats the conversion at the start of `rest`, after the '%', and returns its length; 0: unknown.
 size_t Convert(std::string_view rest, Arguments *arguments, std::string *out) {
   const auto is = [rest](std::string_view name) { return rest.substr(0, name.size()) == name; };
   if (is("s")) {

@@ -9,8 +9,8 @@
 namespace shim {
 
 // Formats as the kernel does, for the conversions %s %c %d %8d %u %lld %02x and %02X. Any other
-// conversion, and a null format or string, fails the test: a new one is to be added here by
-// somebody who has looked up what the kernel does with it.
+// conversion, and a null format or string, fails the test: look up what the kernel does with a new
+// conversion before adding it here.
 std::string Format(const char *format, va_list arguments);
 
 }  // namespace shim

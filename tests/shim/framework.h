@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The framework module's registry, as far as a driver sees it.
+// The framework module's registry, as a driver sees it.
 #pragma once
 
 #include <cstdint>
@@ -9,15 +9,15 @@
 
 namespace shim {
 
-// What cpldjtag_driver_register returns from now on; 0 at Reset().
+// Sets what cpldjtag_driver_register returns from now on; 0 after Reset().
 void SetRegisterResult(int32_t result);
 
-// The record given to each cpldjtag_driver_register and the name given to each
+// The record passed to each cpldjtag_driver_register and the name passed to each
 // cpldjtag_driver_unregister, in order.
 const std::vector<void *> &Registered();
 const std::vector<const char *> &Unregistered();
 
-// Calls `observer` at each cpldjtag_driver_unregister. An empty one: nobody.
+// Calls `observer` at each cpldjtag_driver_unregister; an empty one removes it.
 void OnUnregister(std::function<void()> observer);
 
 void ResetFramework();

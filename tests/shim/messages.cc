@@ -108,7 +108,7 @@ int drv_log_record(uint32_t module, uint32_t level, uint32_t flag, const char *f
   std::string text = shim::Format(format, arguments);
   va_end(arguments);
   shim::Keep({shim::Channel::kLog, module, level, flag, std::move(text)});
-  // The driver drops the result, so it may as well look like an error.
+  // The driver ignores the result, so it may as well look like an error.
   return -1;
 }
 

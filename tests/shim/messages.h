@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
 // The two channels on which the driver reports: the kernel log (printk) and the log module
-// (drv_log_record). Every call is one message, kept with its text formatted, in one order over
-// both channels.
+// (drv_log_record). Every call is one message, kept as formatted text, in one sequence over both
+// channels.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@ enum class Channel { kPrintk, kLog };
 
 struct Message {
   Channel channel;
-  uint32_t module, level, flag;  // all 0 for the kernel log, which has none of them
+  uint32_t module, level, flag;  // all 0 for the kernel log
   std::string text;
 };
 
@@ -28,11 +28,11 @@ void PrintTo(const Message &message, std::ostream *out);
 const std::vector<Message> &Messages();
 void ClearMessages();
 
-// A message of the kernel log, and one of the log module with flag 0, to compare with.
+// A kernel log message, and a log module message with flag 0, to compare with.
 Message Printk(std::string text);
 Message Log(uint32_t module, uint32_t level, std::string text);
 
-// Calls `observer` as each message comes in, after it was kept. An empty one: nobody.
+// Calls `observer` for each message after it was stored; an empty one removes it.
 void OnMessage(std::function<void(const Message &)> observer);
 
 void ResetMessages();

@@ -17,12 +17,12 @@ constexpr size_t kContextOperations = 128;
 constexpr size_t kConfigSize = 40;
 constexpr size_t kConfigNumbers = 24;
 constexpr int kSlots = 8;
-// An address that no arm64 or x86-64 machine has.
+// Not a valid address on arm64 or x86-64.
 constexpr uint64_t kPoison = 0xDEAD4EADDEAD4EADull;
 
 constexpr uint32_t kTdiNumber = 5, kTmsNumber = 6, kTdoNumber = 7, kTckNumber = 8;
 
-// Not 0: nobody may take the write callbacks' results for an error.
+// Not 0: the driver must not take the write callbacks' results for errors.
 constexpr int kWriteResult = -1;
 
 void FillWithPoison(uint8_t *bytes, size_t size) {
@@ -33,7 +33,7 @@ void FillWithPoison(uint8_t *bytes, size_t size) {
 
 }  // namespace
 
-// Each on the heap by itself, so that a sanitizer sees a read past its end.
+// Separate heap blocks, so that a sanitizer detects a read past the end of each.
 struct Pins::Records {
   std::unique_ptr<uint8_t[]> context{new uint8_t[kContextSize]};
   std::unique_ptr<uint8_t[]> config{new uint8_t[kConfigSize]};
@@ -209,7 +209,7 @@ void Pins::VerifyRecords() const {
   const auto same = [&r](size_t first, size_t end) {
     return std::memcmp(r.context.get() + first, r.context_as_made + first, end - first) == 0;
   };
-  // The context's two pointers are the test's to change.
+  // Tests may change the context's two pointers.
   if (!same(0, kContextConfig) || !same(kContextConfig + 8, kContextOperations)) {
     ADD_FAILURE() << "pins: the download context was written to";
   }

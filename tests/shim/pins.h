@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The board's four JTAG lines behind the framework's records: a download context, a pin
+// The board's four JTAG lines as the framework's records show them: a download context, a pin
 // configuration record and a pin operation table.
 #pragma once
 
@@ -18,7 +18,7 @@ enum Line : uint8_t { kTck, kTms, kTdi, kTdo };
 // One call of a pin callback: a line driven to a level, or TDO read.
 struct PinEvent {
   Line line;
-  uint8_t level;  // as driven (0 or 1), or the low 8 bits of what the read callback gave
+  uint8_t level;  // as driven (0 or 1), or the low 8 bits that the read callback returned
   bool read;
 };
 
@@ -29,9 +29,9 @@ void PrintTo(const PinEvent &event, std::ostream *out);
 std::string PinText(const std::vector<PinEvent> &events);
 
 // One board. Only the fields and slots that the driver may use are filled in: every other field is
-// a poisoned address, every other slot a function that fails the test. Lines are told apart by
-// their numbers; driving TDO, reading another line or a number of no line fails the test, and so
-// does a record that was changed when the object goes. Only one object can exist at a time.
+// a poisoned address, every other slot a function that fails the test. Lines are identified by
+// number. Driving TDO, reading another line and using an unknown number fail the test, and so does
+// a record found modified when the object is destroyed. Only one object can exist at a time.
 class Pins {
  public:
   Pins();  // TDI 5, TMS 6, TDO 7, TCK 8
@@ -44,7 +44,7 @@ class Pins {
   const void *config() const;
   const void *operations() const;
 
-  // What the context's two used fields point to.
+  // What the two used fields of the context point to.
   void SetContextConfig(const void *config);
   void SetContextOperations(const void *operations);
 
@@ -52,11 +52,11 @@ class Pins {
   // without a download.
   void Select();
 
-  // A target: sees each level driven on TCK, TMS and TDI, and says what TDO reads (0 without one).
+  // A target: sees each level driven on TCK, TMS and TDI, and supplies TDO (0 without a target).
   void OnWrite(std::function<void(Line, bool)> target);
   void OnRead(std::function<int()> target);
 
-  // Whether events are kept (at first they are). The counters always run.
+  // Whether events are recorded (initially yes). The counters always run.
   void Record(bool keep);
   const std::vector<PinEvent> &events() const;
   void ClearEvents();
@@ -64,7 +64,7 @@ class Pins {
   uint64_t writes() const;
   uint64_t reads() const;
 
-  // Replaces a slot, 0 to 7, of the operation table; null is allowed.
+  // Replaces slot 0 to 7 of the operation table; null is allowed.
   void SetOperation(int slot, void *function);
 
  private:

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// What the driver meets on the host in the place of the kernel, the framework and the log module.
-// It is stricter than they are: whatever would be an oops, a warning or silent damage in a kernel
-// fails the running test at once.
+// What stands in for the kernel, the framework and the log module on the host. It is stricter than
+// they are: whatever would be an oops, a warning or silent damage in a kernel fails the running
+// test at once.
 #pragma once
 
 #include "shim/allocator.h"

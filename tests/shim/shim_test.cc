@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Each of the shim's guards fails a test that breaks its rule, and no other.
+// Each of the shim's guards fails a test that breaks its rule, and no other test.
 #include "shim.h"
 
 #include <gtest/gtest-spi.h>
@@ -19,13 +19,13 @@ using shim::kFill;
 using shim::kGfpKernel;
 using shim::kGfpKernelZero;
 
-// Not the address itself, so that no compiler sees through what the tests do with it.
+// Not the address itself, so that the compiler cannot see through the tests' misuse of it.
 uint8_t *Bytes(void *block) {
   uint8_t *volatile bytes = static_cast<uint8_t *>(block);
   return bytes;
 }
 
-// Uses by the tests of the C symbols that no test may give a wrong argument to through the driver.
+// Calls of the C symbols to which no test can pass a wrong argument through the driver.
 using PrintkFunction = int (*)(const char *, ...);
 PrintkFunction volatile unchecked_printk = printk;
 
@@ -143,7 +143,7 @@ TEST_F(ShimTest, CatchesBadFrees) {
   EXPECT_NONFATAL_FAILURE(shim::SizeOf(block), "size asked");
 }
 
-// Around a block and in a freed one: with the address sanitizer the access itself traps.
+// Writes around a block and into a freed one: with the address sanitizer the access itself traps.
 #if defined(__SANITIZE_ADDRESS__)
 
 TEST_F(ShimDeathTest, SanitizedAccessesTrap) {
@@ -280,7 +280,7 @@ TEST_F(ShimTest, FilesHaveTheirOwnPosition) {
   EXPECT_NONFATAL_FAILURE(m7_file_pos(reinterpret_cast<file *>(buffer.data())), "no open file");
 }
 
-// The slots of the table as the driver calls them.
+// The slots of the table, called as the driver calls them.
 struct Board {
   shim::Pins pins;
   const pin_operations *operations = static_cast<const pin_operations *>(pins.operations());

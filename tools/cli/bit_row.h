@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// A register's bits in the order of shifting.
+// The bits of a register in shift order.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@ class BitRow {
   BitRow() = default;
   BitRow(size_t size, bool level);
 
-  // Reads `size` bits of a command file's bytes, bit d being bit 7 - (d mod 8) of byte d / 8.
+  // Copies `size` bits from a command file's bytes; bit d is bit 7 - (d mod 8) of byte d / 8.
   static BitRow FromFile(std::span<const uint8_t> bytes, size_t size);
 
   void Push(bool bit) {
@@ -39,17 +39,17 @@ class BitRow {
     return size_;
   }
 
-  // The hexadecimal digits of bits `first` to `first + count - 1`, as SVF has them: the bit that is
-  // shifted first is the lowest of the last digit; (count + 3) / 4 digits.
+  // The hexadecimal digits of bits `first` to `first + count - 1` in SVF notation: the bit shifted
+  // first is the lowest bit of the last digit. There are (count + 3) / 4 digits.
   std::string Hex(size_t first, size_t count) const;
   std::string Hex() const {
     return Hex(0, size_);
   }
 
-  // How many bits are 1.
+  // The number of 1 bits.
   size_t Ones() const;
 
-  // Bit by bit, of rows of the same size.
+  // Bitwise, on rows of the same size.
   friend BitRow operator&(const BitRow &a, const BitRow &b);
   friend BitRow operator^(const BitRow &a, const BitRow &b);
   friend bool operator==(const BitRow &a, const BitRow &b) {

@@ -17,7 +17,7 @@ const char *StandardStream(const FileOption &file) {
   return file.output ? "standard output" : "standard input";
 }
 
-// False if the path names nothing yet.
+// False if no file has that path yet.
 bool GetStatus(const FileOption &file, struct stat &status) {
   if (*file.path == "-") {
     return fstat(file.output ? STDOUT_FILENO : STDIN_FILENO, &status) == 0;
@@ -25,7 +25,7 @@ bool GetStatus(const FileOption &file, struct stat &status) {
   return stat(file.path->c_str(), &status) == 0;
 }
 
-// A text that two options have in common if they name the same file; empty for what can be shared.
+// A text that is equal for two options that name the same file; empty for what can be shared.
 std::string Identity(const FileOption &file) {
   struct stat status = {};
   if (GetStatus(file, status)) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Commands of the tool, and what they have in common on the command line. A command is a function
-// that adds it with its options, and what it runs.
+// The tool's commands and their common command line options. A command is a function that adds its
+// subcommand with the options, and the code that it runs.
 #pragma once
 
 #include <functional>
@@ -16,16 +16,16 @@ class Option;
 
 namespace tool {
 
-// What the process ends with.
+// The exit codes of the process.
 enum ExitCode {
   kDone = 0,
   kFailed = 1,  // the run or the check failed
   kBad = 2,     // the file or the command line is bad
 };
 
-// Thrown where a command can go no further. main() prints the message as an error and exits with
-// the code. `place` names what it is about, as "FILE:LINE:COLUMN" or "FILE: offset 0x1A2 (record
-// 7)"; it is empty if the message says it all.
+// Thrown where a command cannot continue. main() prints the message as an error and exits with the
+// code. `place` locates the error, as "FILE:LINE:COLUMN" or "FILE: offset 0x1A2 (record 7)"; it is
+// empty if the message says it all.
 class Failure : public std::runtime_error {
  public:
   explicit Failure(const std::string &message, std::string place = {}, ExitCode code = kBad)
@@ -47,19 +47,19 @@ class Failure : public std::runtime_error {
 struct FileOption {
   const CLI::App *command;
   std::string name;         // of the option
-  const std::string *path;  // empty: none was named
+  const std::string *path;  // empty if not given
   bool output;
 };
 
-// What the command line asks for. The callback of the command that was given sets `run`, main()
-// calls it once the whole command line has been understood. It returns the exit code.
+// What the command line requests. The callback of the selected command sets `run`, which main()
+// calls once the whole command line has been parsed. It returns the exit code.
 struct Invocation {
   std::function<int()> run;
   std::vector<FileOption> files;  // of all commands
 };
 
 // Adds one command to `app`: a subcommand with its options, whose callback sets invocation.run.
-// Both outlive the call. A new command is declared here and listed in main.cc.
+// Both arguments outlive the call. A new command is declared here and listed in main.cc.
 using AddCommand = void (*)(CLI::App &app, Invocation &invocation);
 
 void AddCompile(CLI::App &app, Invocation &invocation);
@@ -68,20 +68,19 @@ void AddDump(CLI::App &app, Invocation &invocation);
 void AddCheck(CLI::App &app, Invocation &invocation);
 void AddPlay(CLI::App &app, Invocation &invocation);
 
-// Adds an option of `command` for a file that it reads, or for one that it writes, and returns it;
-// `name` as CLI11 takes it: a positional one ("IN.tvb") must be given. `path` outlives the
-// invocation.
+// Adds an option of `command` for an input or an output file, and returns it. `name` has CLI11's
+// syntax; a positional one ("IN.tvb") is required. `path` outlives the invocation.
 CLI::Option *AddInput(CLI::App &command, Invocation &invocation, const std::string &name,
                       std::string &path, const std::string &description);
 CLI::Option *AddOutput(CLI::App &command, Invocation &invocation, const std::string &name,
                        std::string &path, const std::string &description);
 
-// Throws Failure if a file that the command given would write is one that it reads, or another one
-// that it writes, under whatever name; or if two of its files are standard input or output. What
-// can be shared is none of these: pipes, terminals and devices such as /dev/null.
+// Throws Failure if an output file of the given command is also one of its input files or another
+// of its output files, under whatever name, or if two of its files are standard input or output.
+// Pipes, terminals and devices such as /dev/null can be shared and are exempt.
 void RefuseClashes(const Invocation &invocation);
 
-// Adds --pin-ns: what a pin call takes, a real number of nanoseconds from 0 to 1e9.
+// Adds --pin-ns: the duration of a pin call, a real number of nanoseconds from 0 to 1e9.
 void AddPinTime(CLI::App &command, double &nanoseconds);
 
 }  // namespace tool

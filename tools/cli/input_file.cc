@@ -20,7 +20,7 @@ namespace {
 constexpr size_t kPieceToRead = 1 << 16;
 constexpr size_t kPieceToForget = 1 << 22;
 
-// A file descriptor that is closed unless it is standard input.
+// A file descriptor, closed on destruction unless it is standard input.
 class Descriptor {
  public:
   explicit Descriptor(int fd) : fd_(fd) {}

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// A file to read, as one run of bytes; and a TVB file.
+// An input file as one run of bytes; and a TVB file.
 #pragma once
 
 #include <cstddef>
@@ -15,17 +15,17 @@
 namespace tool {
 
 // The bytes of a file: mapped if it is a regular file, read whole if it is a pipe or standard
-// input. They are good as long as the object.
+// input. They are valid as long as the object.
 class InputFile {
  public:
-  // Opens the file of that path, standard input for "-". Throws Failure, naming the path, if it
+  // Opens the file at that path; "-" is standard input. Throws Failure, naming the path, if it
   // cannot be read.
   explicit InputFile(const std::string &path);
   ~InputFile();
   InputFile(const InputFile &) = delete;
   InputFile &operator=(const InputFile &) = delete;
 
-  // What messages call it: the path, or "<stdin>".
+  // The name for messages: the path, or "<stdin>".
   const std::string &name() const {
     return name_;
   }
@@ -39,8 +39,8 @@ class InputFile {
     return {reinterpret_cast<const char *>(data_), size_};
   }
 
-  // Says that nothing before that offset will be read again soon: a mapped file's pages there need
-  // not stay in memory. Reading them all the same is allowed.
+  // Hints that nothing before that offset will be read again soon, so that a mapped file's pages
+  // there can leave memory. Reading them again is still allowed.
   void Forget(size_t before);
 
  private:
@@ -53,16 +53,16 @@ class InputFile {
   size_t size_ = 0;
   size_t forgotten_ = 0;
   bool mapped_ = false;
-  std::vector<uint8_t> read_;  // what was not mapped
+  std::vector<uint8_t> read_;  // the content if it is not mapped
 };
 
-// An open TVB file, whose header is good.
+// An open TVB file with a valid header.
 class TvbFile {
  public:
   // Throws Failure if the file cannot be read or has no TVB header.
   explicit TvbFile(const std::string &path);
 
-  // Good as long as this object.
+  // Valid as long as this object.
   tvb::Bytes image() const {
     return {file_.data(), file_.size()};
   }
@@ -73,8 +73,8 @@ class TvbFile {
     return file_.name();
   }
 
-  // The place that a message is about: "FILE: offset 0x1A2 (record 7)"; `record` 0 for what belongs
-  // to none.
+  // The place for a message: "FILE: offset 0x1A2 (record 7)". `record` is 0 if the message belongs
+  // to no record.
   std::string Place(uint64_t offset, uint64_t record = 0) const;
 
   // As InputFile::Forget().

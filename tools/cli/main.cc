@@ -52,7 +52,7 @@ void AddHelp(CLI::App &app, tool::Invocation &invocation) {
   });
 }
 
-// What is wrong with the command line, for a user who may have meant something else.
+// Prints what is wrong with the command line and suggests what the user may have meant.
 std::string Explain(const CLI::App &app, const CLI::ParseError &error) {
   const auto unknown = app.remaining();
   if (!app.get_subcommands().empty() || unknown.empty() || unknown.front()[0] == '-') {
@@ -61,7 +61,7 @@ std::string Explain(const CLI::App &app, const CLI::ParseError &error) {
   return NoCommand(unknown.front());
 }
 
-// Returns -1 if the command line is good and asks for more than a text.
+// Returns -1 if the command line is valid and asks for more than a text.
 int ReadCommandLine(CLI::App &app, const tool::Invocation &invocation, int argc, char **argv) {
   try {
     app.parse(argc, argv);
@@ -93,7 +93,7 @@ int Run(const tool::Invocation &invocation) {
   return tool::kBad;
 }
 
-// What a command prints counts: if it cannot be written, the command has failed.
+// Output that cannot be written makes the command fail.
 int FlushOutput(int code) {
   errno = 0;
   if (fflush(stdout) == 0 && !ferror(stdout)) {
@@ -103,8 +103,8 @@ int FlushOutput(int code) {
   return tool::kBad;
 }
 
-// Keeps files from taking the place of a standard stream that was closed: reading or writing it
-// fails as before.
+// Keeps files from taking the descriptor of a standard stream that was closed: reading or writing
+// that stream still fails.
 void OccupyStandardStreams() {
   for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(fd, F_GETFD) < 0) {
@@ -117,7 +117,7 @@ void OccupyStandardStreams() {
 
 int main(int argc, char **argv) {
   OccupyStandardStreams();
-  std::signal(SIGXFSZ, SIG_IGN);  // what makes a file too large fails in write() then
+  std::signal(SIGXFSZ, SIG_IGN);  // so that write() fails when a file grows too large
   CLI::App app("Makes, lists, checks and rehearses TVB command files.", "tvb");
   tool::Invocation invocation;
   app.set_version_flag("--version", "tvb " TVB_VERSION);

@@ -21,7 +21,7 @@ namespace {
 
 constexpr size_t kWaitingBytes = 1 << 18;
 
-// The signals that do not end a process, or that no process can catch.
+// The signals that do not end a process or cannot be caught.
 constexpr int kOtherSignals[] = {SIGCHLD, SIGCONT, SIGURG,  SIGWINCH, SIGTSTP,
                                  SIGTTIN, SIGTTOU, SIGSTOP, SIGKILL};
 
@@ -30,7 +30,7 @@ bool EndsTheProcess(int signal) {
          std::end(kOtherSignals);
 }
 
-// Holds all signals back while it lives.
+// Blocks all signals while it lives.
 class SignalsBlocked {
  public:
   SignalsBlocked() {
@@ -69,9 +69,9 @@ std::string TemporaryName(const std::string &target) {
 
 }  // namespace
 
-// A file that exists under a temporary name as long as the object, but no longer than the process:
-// all of them are in a list, which a handler of every signal that would end the process goes
-// through. The list and the file system change together, with signals held back.
+// A temporary file that lives as long as the object, but no longer than the process: all of them
+// are in a list, and a handler of every signal that would end the process removes what is listed.
+// Signals are blocked while the list and the file system change together.
 class OutputFile::TemporaryFile {
  public:
   // Creates it beside `target`; fd() is -1 and errno is set if that fails.
@@ -99,14 +99,14 @@ class OutputFile::TemporaryFile {
     return fd_;
   }
 
-  // Puts the file in the place of `target`; false with errno set if that fails.
+  // Renames the file to `target`; false with errno set if that fails.
   bool Rename(const std::string &target) {
     const SignalsBlocked blocked;
     return rename(path_.c_str(), target.c_str()) == 0 && Unlist();
   }
 
  private:
-  // Where a signal is ignored or has a handler already, that stays.
+  // A signal that is ignored or already has a handler stays as it is.
   static void CatchSignals() {
     struct sigaction action = {};
     action.sa_handler = RemoveAll;
@@ -120,7 +120,7 @@ class OutputFile::TemporaryFile {
     }
   }
 
-  // The signal is held back until the handler returns, and then ends the process.
+  // The signal is blocked until the handler returns, and then ends the process.
   static void RemoveAll(int signal) {
     for (const TemporaryFile *file = first; file != nullptr; file = file->next_) {
       unlink(file->path_.c_str());

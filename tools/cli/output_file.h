@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// A file to write that is there whole or not at all.
+// An output file that appears whole or not at all.
 #pragma once
 
 #include <cstddef>
@@ -13,10 +13,10 @@
 namespace tool {
 
 // Output to a path. A regular file is written under a temporary name in the target's own directory
-// and gets its name in Commit(). If the object goes without one, or a signal ends the process, the
-// temporary file is removed and what was there before is as it was. "-" is standard output; that
-// and what is no regular file (a pipe, /dev/null) are written as the bytes come. All functions
-// throw Failure, naming the path, if the system refuses.
+// and renamed in Commit(). If the object is destroyed without a Commit(), or a signal ends the
+// process, the temporary file is removed and any previous file is untouched. "-" is standard
+// output; that and anything but a regular file (a pipe, /dev/null) are written as the bytes arrive.
+// All functions throw Failure, naming the path, if the system refuses.
 class OutputFile {
  public:
   explicit OutputFile(const std::string &path);
@@ -24,7 +24,7 @@ class OutputFile {
   OutputFile(const OutputFile &) = delete;
   OutputFile &operator=(const OutputFile &) = delete;
 
-  // What messages call it: the path, or "<stdout>".
+  // The name for messages: the path, or "<stdout>".
   const std::string &name() const {
     return name_;
   }
@@ -34,7 +34,7 @@ class OutputFile {
     Write(text.data(), text.size());
   }
 
-  // Writes the bytes that wait to the disk, then changes the name over. Call it once, at the end.
+  // Writes the buffered bytes to disk, then renames the file. Call it once, at the end.
   void Commit();
 
  private:

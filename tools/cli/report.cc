@@ -33,7 +33,7 @@ int TerminalWidth(int fd) {
   return ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
-// Nobody can be told that telling fails: fmt::print() would throw.
+// A failure to report cannot be reported: fmt::print() would throw.
 void PutText(const std::string &text) {
   fputs(text.c_str(), stderr);
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// What the user sees of a command under way, on standard error: messages and a progress line.
+// What a running command shows the user on standard error: messages and a progress line.
 #pragma once
 
 #include <chrono>
@@ -13,8 +13,8 @@ namespace tool {
 
 // Prints a message, "PLACE: error: TEXT"; an empty place stands for the program. `place` is
 // "FILE:LINE:COLUMN" or "FILE: offset 0x1A2 (record 7)". The text says what was expected and what
-// to do, begins with a small letter and ends without a stop. On a terminal the kind is coloured,
-// unless the variable NO_COLOR is set and not empty. Hides the progress line first.
+// to do, starts in lower case and has no final period. On a terminal the kind is coloured, unless
+// the variable NO_COLOR is set and not empty. Hides the progress line first.
 void Error(std::string_view place, std::string_view text);
 void Warning(std::string_view place, std::string_view text);
 void Note(std::string_view place, std::string_view text);
@@ -23,19 +23,19 @@ void Note(std::string_view place, std::string_view text);
 // unset nor "dumb").
 bool IsTerminal(int fd);
 
-// A line that shows how far a long job is: percent, rate, time left. It is shown only if standard
-// error is a terminal, and only after the first second; it is gone when the object is. At most one
-// object exists at a time.
+// A line that shows the progress of a long job: percent, rate, time left. It is shown only if
+// standard error is a terminal, and only after the first second; the destructor removes it. At most
+// one object exists at a time.
 class Progress {
  public:
-  // `label` says what is done ("compile"); `total` is the number of steps, 0 if it is not known.
-  // `unit` is what a step is: bytes, "B", whose rate is shown in MB/s, or anything else.
+  // `label` names the job ("compile"); `total` is the number of steps, 0 if unknown. `unit` names a
+  // step: "B" for bytes, whose rate is shown in MB/s, or anything else.
   Progress(std::string label, uint64_t total, std::string unit = "B");
   ~Progress();
   Progress(const Progress &) = delete;
   Progress &operator=(const Progress &) = delete;
 
-  // Tells how many steps are done. Cheap enough to be called for every record. More than the total
+  // Sets the number of steps done. Cheap enough to be called for every record. More than the total
   // shows as 100 %.
   void Update(uint64_t done) {
     if (shown_at_all_ && done >= next_look_) {
@@ -43,7 +43,7 @@ class Progress {
     }
   }
 
-  // Changes what the line says is done.
+  // Changes the label.
   void Relabel(std::string label) {
     label_ = std::move(label);
   }

@@ -8,7 +8,7 @@
 namespace tool {
 namespace {
 
-// Puts commas between the thousands of the digits that a number begins with.
+// Puts commas between the thousands of a number's leading digits.
 std::string Grouped(std::string number) {
   const size_t digits = std::min(number.find_first_not_of("0123456789"), number.size());
   for (size_t place = digits; place > 3; place -= 3) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Numbers for people: amounts have their thousands apart. What is a name rather than an amount (an
-// offset, a record's, scan's or bit's number) and what programs read has not.
+// Numbers for people: amounts have thousands separators. Identifiers (an offset, the number of a
+// record, scan or bit) and machine-readable output have none.
 #pragma once
 
 #include <cstdint>
@@ -12,13 +12,13 @@ namespace tool {
 // "1,234,567".
 std::string NumberText(uint64_t number);
 
-// A real number in the fewest digits that tell it: "0.5", "1,000", "2,500.25".
+// A real number in the fewest digits that identify it: "0.5", "1,000", "2,500.25".
 std::string RealText(double number);
 
-// A number of things: "1 scan", "1,234 scans".
+// A count with its noun: "1 scan", "1,234 scans".
 std::string CountText(uint64_t number, const char *noun);
 
-// A time as people read it: "1.234 s", "12.3 ms", "1:02:03 h".
+// A duration for people: "1.234 s", "12.3 ms", "1:02:03 h".
 std::string TimeText(uint64_t nanoseconds);
 
 }  // namespace tool

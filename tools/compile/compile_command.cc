@@ -113,7 +113,7 @@ std::optional<tvb::ChainPlace> ParsePlace(std::string_view text) {
   return place;
 }
 
-// The text after the option's name in a message, or nothing if the value is good.
+// The error text that follows the option's name, or nothing if the value is valid.
 std::string CheckPlace(const std::string &text) {
   return ParsePlace(text)
              ? ""
@@ -133,7 +133,7 @@ std::string EncodingNames() {
   return names;
 }
 
-// The mode byte of the encoding of that name.
+// The mode byte of the encoding with that name.
 std::string EncodingMode(const std::string &name) {
   for (const tvb::EncodingRow &row : tvb::Encodings()) {
     if (name == row.name) {

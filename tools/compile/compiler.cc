@@ -19,8 +19,8 @@ tvb::Opcode OpcodeOf(Register scan) {
   return scan == Register::kSir ? tvb::kSir : tvb::kSdr;
 }
 
-// The place that the player would read off an instruction scan as a file's first record. Nothing
-// unless the scan can only be meant so: BYPASS for all devices but one, and nothing compared.
+// The place that the player would derive from an instruction scan as a file's first record. Nothing
+// unless the scan is unambiguous: BYPASS for all devices but one, and nothing compared.
 std::optional<tvb::ChainPlace> PlaceToldBy(const tvb::Shift &scan) {
   if (scan.bits % tvb::kInstructionBits != 0 || scan.tdi.size() < 2 || !scan.mask.empty()) {
     return std::nullopt;
@@ -29,8 +29,8 @@ std::optional<tvb::ChainPlace> PlaceToldBy(const tvb::Shift &scan) {
   return place.devices() == scan.tdi.size() ? std::optional(place) : std::nullopt;
 }
 
-// The place that header and trailer lengths tell: data registers of bypassed devices have one bit
-// each. Nothing if all four are 0.
+// The place that header and trailer lengths imply: the data register of a bypassed device has one
+// bit. Nothing if all four lengths are 0.
 std::optional<tvb::ChainPlace> PlaceOfPads(const tvb::PadBits &pads) {
   if (pads.hdr != 0 || pads.tdr != 0) {
     return tvb::ChainPlace{pads.tdr, pads.hdr};
@@ -179,7 +179,7 @@ void Compiler::CheckMaximum(const svf::RunTestStatement &run, uint64_t clocks) {
 void Compiler::Compile(const svf::FrequencyStatement &frequency) {
   uint32_t hz = 0;
   if (frequency.hertz) {
-    // It is an upper bound, so a lower one will do.
+    // It is an upper bound, so a lower frequency will do.
     hz = static_cast<uint32_t>(std::min<uint64_t>(frequency.hertz->TimesDown(1), tvb::kMaxNumber));
     if (hz == 0) {
       throw svf::Error(frequency.hertz_offset,
@@ -204,9 +204,9 @@ void Compiler::Compile(const svf::ParallelStatement &) {
                    "and TDI alone; take them out, or have the tool write none");
 }
 
-// Decides what the first record is, at the first scan or at the end: the player looks for the
-// target's place there and nowhere else, and files state their pads late, some after a RUNTEST.
-// True if the scan has become that record.
+// Chooses the first record, at the first scan or at the end of the file: the player looks for the
+// target's place only there, and files state their pads late, some after a RUNTEST. True if the
+// scan has become that record.
 bool Compiler::Open(const svf::ScanStatement *scan, const tvb::Shift *joined) {
   const auto place = TargetPlace();
   if (scan != nullptr && IsToldBy(*scan, *joined, place)) {
@@ -225,7 +225,7 @@ bool Compiler::Open(const svf::ScanStatement *scan, const tvb::Shift *joined) {
   return false;
 }
 
-// True if the scan, the first of the file, tells that place itself, or any place if none is known.
+// True if the scan, the first of the file, itself gives that place, or any place if none is known.
 bool Compiler::IsToldBy(const svf::ScanStatement &scan, const tvb::Shift &joined,
                         const std::optional<tvb::ChainPlace> &place) const {
   if (scan.which != Register::kSir || writer_.counts().run_tests != 0) {
@@ -235,7 +235,7 @@ bool Compiler::IsToldBy(const svf::ScanStatement &scan, const tvb::Shift &joined
   return told && (!place || *told == *place);
 }
 
-// A file that reads the IDCODE by the other instruction says so with its first scan.
+// A file that reads the IDCODE with the other instruction shows it by its first scan.
 uint8_t Compiler::IdcodeInstruction(const svf::ScanStatement *scan) const {
   const svf::ScanRegister &sir = Loaded(Register::kSir);
   const bool other = scan != nullptr && scan->which == Register::kSir &&

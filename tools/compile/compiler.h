@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Makes the records of a TVB file of the statements of an SVF file.
+// Compiles the statements of an SVF file to the records of a TVB file.
 #pragma once
 
 #include <array>
@@ -20,24 +20,24 @@
 namespace tool {
 
 struct CompileOptions {
-  std::optional<tvb::ChainPlace> chain;  // where the target is, if the file's pads are not to tell
+  std::optional<tvb::ChainPlace> chain;  // of the target; none: taken from the file's pads
   bool pause_as_idle = false;
-  bool plain = false;       // the header says that blocks are raw and have no mode byte
-  tvb::BlockChoice blocks;  // if they are not plain
-  double pin_ns = 100;      // what a pin call takes, for the estimate of time
+  bool plain = false;       // header: blocks are raw and have no mode byte
+  tvb::BlockChoice blocks;  // if not plain
+  double pin_ns = 100;      // duration of a pin call, for the time estimate
 };
 
-// Takes statements in the order of the file and gives the bytes of the TVB file to a sink, as they
-// become final. All functions throw svf::Error where a statement has no form in a TVB file.
+// Takes statements in file order and passes the bytes of the TVB file to a sink as they become
+// final. All functions throw svf::Error where a statement has no form in a TVB file.
 class Compiler {
  public:
   // `notes` must live as long as the object.
   Compiler(const CompileOptions &options, SourceNotes &notes, RecordFolder::Sink sink);
 
-  // The next statement.
+  // Compiles the next statement.
   void Compile(const svf::Statement &statement);
 
-  // The end of the SVF file; call it once, at last.
+  // Ends the SVF file; call it once, last.
   void Finish();
 
   const RecordWriter &writer() const {
@@ -77,7 +77,7 @@ class Compiler {
   TapTracker tap_;
   ScanJoiner joiner_;
 
-  size_t offset_ = 0;  // of the statement at hand
+  size_t offset_ = 0;  // of the current statement
   std::array<svf::ScanRegister, svf::kRegisters> registers_;
   svf::TapState end_ir_ = svf::TapState::kIdle;
   svf::TapState end_dr_ = svf::TapState::kIdle;

@@ -6,14 +6,14 @@
 namespace tool {
 namespace {
 
-// Bits put one behind the other, in the order of register bytes.
+// Concatenates bits in the order of register bytes.
 class BitQueue {
  public:
   explicit BitQueue(svf::RegisterBytes &bytes) : bytes_(bytes) {
     bytes_.clear();
   }
 
-  // The first `bits` bits of `more`; what follows them in its last byte is 0.
+  // Appends the first `bits` bits of `more`; the unused bits of its last byte are 0.
   void Append(const svf::RegisterBytes &more, uint32_t bits) {
     const unsigned used = bits_ % 8;
     if (used == 0) {

@@ -11,13 +11,13 @@
 namespace tool {
 
 // Joins the registers of a scan. The player has header and trailer registers of its own, but it
-// does not drive TDI while it shifts them: the devices in the chain would get whatever level the
-// line last had. So their bits become part of the scan's data, where nothing is compared.
+// does not drive TDI while it shifts them: the devices in the chain would get the last level of the
+// line. So their bits become part of the scan's data, where nothing is compared.
 class ScanJoiner {
  public:
-  // All bits in the order in which they are shifted, with what of them is compared or may be
-  // anything. The result is good until the next call or until one of the registers changes.
-  // Together they have fewer than 2^32 bits.
+  // All bits in shift order, with those that are compared and those that are don't-care. The result
+  // is valid until the next call or until one of the registers changes. Together the registers have
+  // fewer than 2^32 bits.
   tvb::Shift Join(const svf::ScanRegister &header, const svf::ScanRegister &scan,
                   const svf::ScanRegister &trailer);
 

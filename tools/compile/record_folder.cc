@@ -24,16 +24,17 @@ tvb::Buffer EndRecord() {
   return record;
 }
 
-// The bytes of the two records around a loop's body: mark, length and opcode each, and the count.
+// The size of the two records around a loop's body: mark, length and opcode each, and the count.
 size_t LoopOverhead(uint64_t copies) {
   return 2 * 3 + tvb::NumberSize(static_cast<uint32_t>(copies));
 }
 
-// For each period, how many records from one entry on equal the one a period later.
+// For each period, the number of consecutive records from one entry on that equal the record one
+// period later.
 using EqualRuns = std::array<uint32_t, RecordFolder::kMaxBody>;  // period 1 first
 
-// Goes from the entry behind to this one, whose hash and those after it are `hashes`. True if a
-// whole period repeats here. Made so that the compiler takes many periods at once.
+// Steps from the following entry back to this one; `hashes` starts with this one's hash. True if a
+// whole period repeats here. Written so that the compiler vectorizes it over the periods.
 bool GoBack(const uint32_t *hashes, EqualRuns &runs) {
   uint32_t repeats = 0;
   for (size_t i = 0; i < RecordFolder::kMaxBody; ++i) {
@@ -59,7 +60,7 @@ void RecordFolder::Put(tvb::Bytes record) {
   }
   Append(record);
   if (IsFull()) {
-    // Loops that begin near the end had better be looked at when more of them has come.
+    // Loops that begin near the end are better judged when more of their records are here.
     constexpr size_t kHeldBack = 4 * kMaxBody;
     PassOn(std::max(size() / 2, size() - std::min(kHeldBack, size())));
   }
@@ -92,13 +93,13 @@ void RecordFolder::Append(tvb::Bytes record) {
   tvb::Append(bytes_, record);
 }
 
-// From the window's end to its beginning: the fewest bytes that the records from each entry on can
-// take, and what to do at that entry for them. Of a stretch that repeats, all copies are folded.
+// From the window's end to its start: the minimum size of the records from each entry on, and the
+// step to take at that entry for it. A repeated stretch is folded with all its copies.
 std::vector<RecordFolder::Choice> RecordFolder::Choose() const {
   std::vector<Choice> choices(size());
   std::vector<uint64_t> cost(size() + 1);
   std::vector<uint32_t> hashes = hashes_;
-  hashes.resize(size() + kMaxBody);  // with 0, which no record has
+  hashes.resize(size() + kMaxBody);  // padded with 0, the hash of no record
   EqualRuns equal{};
   for (size_t entry = size(); entry-- > 0;) {
     cost[entry] = cost[entry + 1] + Start(entry + 1) - Start(entry);
@@ -121,8 +122,8 @@ std::vector<RecordFolder::Choice> RecordFolder::Choose() const {
   return choices;
 }
 
-// Passes on the records before entry `limit`, and whatever loop begins there. A loop that reaches
-// the window's end may go on after it: that one is opened.
+// Passes on the records before entry `limit`, and any loop that begins there. A loop that reaches
+// the window's end may continue after it: that one is opened.
 void RecordFolder::PassOn(size_t limit) {
   const std::vector<Choice> choices = Choose();
   size_t entry = 0;
@@ -144,7 +145,7 @@ void RecordFolder::PassOn(size_t limit) {
   Drop(entry);
 }
 
-// Hashes may be equal by chance.
+// Different records may have equal hashes.
 bool RecordFolder::IsRepeated(size_t entry, const Choice &choice) const {
   const tvb::Bytes body = Stretch(entry, choice.period);
   for (size_t copy = 1; copy < choice.copies; ++copy) {
@@ -174,7 +175,7 @@ void RecordFolder::OpenLoopAt(size_t entry, const Choice &choice) {
   loop_.matched = 0;
   Drop(entry + static_cast<size_t>(choice.period) * choice.copies);
 
-  // What is left is fewer records than the body has.
+  // Fewer records are left than the body has.
   const tvb::Buffer rest = std::exchange(bytes_, {});
   std::vector<size_t> starts = std::exchange(starts_, {});
   hashes_.clear();
@@ -184,7 +185,7 @@ void RecordFolder::OpenLoopAt(size_t entry, const Choice &choice) {
   }
 }
 
-// True if the record is what the loop has next.
+// True if the record is the next one of the open loop.
 bool RecordFolder::GoOnWithLoop(tvb::Bytes record) {
   const size_t start = loop_.starts[loop_.matched];
   const size_t end = loop_.starts[loop_.matched + 1];
@@ -198,7 +199,7 @@ bool RecordFolder::GoOnWithLoop(tvb::Bytes record) {
   return true;
 }
 
-// Passes the loop on; the beginning of one more copy goes back into the window.
+// Passes the loop on; an incomplete further copy goes back into the window.
 void RecordFolder::CloseLoop() {
   const OpenLoop loop = std::exchange(loop_, {});
   PassOnLoop(loop.body, loop.starts.size() - 1, loop.copies);

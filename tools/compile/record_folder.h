@@ -12,29 +12,29 @@
 
 namespace tool {
 
-// Takes records and passes them on, with runs of equal stretches replaced by a loop where that is
-// smaller. A loop holds up to kMaxBody records; loops do not nest, so of loops that overlap
-// those are taken that save most. What comes out depends on the records alone, not on how fast they
-// come. Records are looked at through a window: memory is about three times kWindowBytes, or what
-// one loop's body takes if that is more.
+// Takes records and passes them on, replacing runs of equal stretches by a loop where that is
+// smaller. A loop holds up to kMaxBody records. Loops do not nest; of overlapping loops those that
+// save most are chosen. The output depends on the records alone, not on how fast they
+// arrive. Records are examined in a window: memory is about three times kWindowBytes, or the size
+// of one loop's body if that is more.
 class RecordFolder {
  public:
   static constexpr size_t kMaxBody = 64;  // records
   static constexpr size_t kWindowRecords = 2048;
   static constexpr size_t kWindowBytes = 1 << 22;
 
-  // Gets whole records, one or several at a time; the bytes are good during the call.
+  // Receives whole records, one or several at a time; the bytes are valid during the call.
   using Sink = std::function<void(tvb::Bytes records)>;
 
   explicit RecordFolder(Sink sink) : sink_(std::move(sink)) {}
 
-  // One whole record.
+  // Takes one whole record.
   void Put(tvb::Bytes record);
 
-  // Passes on all that is held back. A loop does not go across this.
+  // Passes on all buffered records. No loop extends across a flush.
   void Flush();
 
-  // What has been passed on: records, those of loops and their ends included, and loops.
+  // The totals passed on: records, including those of loops and loop ends, and loops.
   uint64_t records() const {
     return records_;
   }
@@ -43,18 +43,18 @@ class RecordFolder {
   }
 
  private:
-  // What to do with the records from one entry on: pass one on (copies 1), or fold.
+  // The step at one entry: pass one record on (copies 1), or fold.
   struct Choice {
     uint32_t period = 1;
     uint32_t copies = 1;
   };
 
-  // A loop that may still go on.
+  // A loop that may continue.
   struct OpenLoop {
     tvb::Buffer body;
     std::vector<size_t> starts;  // of its records, and the end of the last
     uint64_t copies = 0;
-    size_t matched = 0;  // records of the next copy that have come
+    size_t matched = 0;  // records of the next copy received so far
   };
 
   size_t size() const {
@@ -74,7 +74,7 @@ class RecordFolder {
   void Drop(size_t count);
 
   Sink sink_;
-  // The window: its records, where each begins, and a hash of each that is not 0.
+  // The window: its records, the start of each, and a nonzero hash of each.
   tvb::Buffer bytes_;
   std::vector<size_t> starts_;
   std::vector<uint32_t> hashes_;

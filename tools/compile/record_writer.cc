@@ -31,7 +31,7 @@ uint64_t CountBits(tvb::Bytes bytes) {
   return count;
 }
 
-// The scan as it is written.
+// The scan in the form that is written.
 tvb::Shift Reduced(tvb::Shift scan) {
   if (!AnyBit(scan.mask)) {
     scan.tdo = {};
@@ -155,9 +155,9 @@ void RecordWriter::Finish() {
   folder_.Flush();
 }
 
-// The player keeps the lengths of header and trailer registers from one file to the next, and the
-// lowest frequency. Lengths that another file has left would displace every scan; a frequency that
-// another has left would make run-tests too short or too long.
+// The player keeps the lengths of header and trailer registers, and the lowest frequency, from one
+// file to the next. Lengths left by another file would displace every scan; a frequency left by
+// another file would make run-tests too short or too long.
 void RecordWriter::Begin() {
   if (begun_) {
     return;
@@ -168,8 +168,8 @@ void RecordWriter::Begin() {
   WriteFrequency();
 }
 
-// The player takes a lower frequency only, unless it is told 0 before. At 0 it sets its own with
-// the next run-test.
+// The player accepts only a lower frequency, unless a 0 comes before it. At 0 it sets its default
+// with the next run-test.
 void RecordWriter::WriteFrequency() {
   if (hz_ == written_hz_) {
     return;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Writes the records of a compiled file, with what the player needs around them, and accounts for
-// what playing them will cost.
+// Writes the records of a compiled file, with the records that the player needs around them, and
+// accounts for the cost of playing them.
 #pragma once
 
 #include <cstddef>
@@ -17,40 +17,40 @@
 
 namespace tool {
 
-// A run-test as one record says it: for a time or, if that is 0, for a number of clocks.
+// The fields of one run-test record: a time or, if that is 0, a number of clocks.
 struct RunTestPlan {
   uint64_t microseconds = 0;
-  uint64_t clocks = 0;  // that the player will give, either way
+  uint64_t clocks = 0;  // that the player will give in either case
 };
 
-// The player adds a record's time and count up, so one of the two is written: whichever is longer
-// at `hz`, the frequency that the player is at. It makes clocks of a time, rounding down, and then
-// makes every clock last its period; so a time is kept to only if it gives all the clocks that fill
-// it. Where rounding would lose one, the count of clocks that is long enough is written in its
-// place. Nothing if the time is longer than a record can hold.
+// The player adds a record's time and count, so only one of the two is written: the longer one at
+// `hz`, the player's frequency. The player converts a time to clocks, rounding down, and then holds
+// every clock for its period; so a time is kept only if it gives all the clocks that fill it. Where
+// rounding would lose one, a sufficient count of clocks is written instead. Nothing if the time is
+// longer than a record can hold.
 std::optional<RunTestPlan> PlanRunTest(uint64_t count, const svf::Decimal &seconds, uint32_t hz);
 
-// What was written.
+// The totals written.
 struct WrittenCounts {
   uint64_t instruction_scans = 0;
   uint64_t data_scans = 0;
   uint64_t run_tests = 0;
-  uint64_t bits = 0;  // shifted, pads included
+  uint64_t bits = 0;  // shifted bits, including pads
 };
 
-// Adds up what the player does for scans and run-tests, its reset and its query of the IDCODE
-// before the file left out. Times are in nanoseconds.
+// Adds up the player's cost for scans and run-tests, without its reset and its IDCODE query before
+// the file. Times are in nanoseconds.
 class PlayCost {
  public:
-  // `pin_ns`: what one call of a pin callback takes.
+  // `pin_ns`: the duration of one pin callback.
   explicit PlayCost(double pin_ns) : pin_ns_(pin_ns) {}
 
-  // A scan (opcode kSir or kSdr) without header and trailer, of which `compared` bits are compared,
-  // while the clock is at `hz`. The player does not hold scans to that frequency; `hz` only counts
-  // for time_at_frequency().
+  // Adds a scan (opcode kSir or kSdr) without header and trailer, of which `compared` bits are
+  // compared, while the frequency is `hz`. The player does not hold scans to that frequency; `hz`
+  // counts only for time_at_frequency().
   void AddScan(tvb::Opcode opcode, uint64_t bits, uint64_t compared, uint32_t hz);
 
-  // A run-test of so many clocks at `hz`, which the player does wait for.
+  // Adds a run-test of that many clocks at `hz`, for which the player does wait.
   void AddRunTest(uint64_t clocks, uint32_t hz);
 
   uint64_t clocks() const {
@@ -63,12 +63,12 @@ class PlayCost {
     return pin_calls_;
   }
 
-  // If every clock took its period at the frequency in force.
+  // The time if every clock took its period at the frequency in force.
   double time_at_frequency() const {
     return time_at_frequency_;
   }
 
-  // If nothing took time but pin calls and the waits of run-tests.
+  // The time if only pin calls and the waits of run-tests took time.
   double time_of_pins() const {
     return time_of_pins_;
   }
@@ -85,45 +85,45 @@ class PlayCost {
   double time_of_pins_ = 0;
 };
 
-// Gives the bytes of the file to a sink as they become final, header first.
+// Passes the bytes of the file to a sink as they become final, header first.
 //
-// What the player keeps from earlier downloads does not matter to the file: it begins by taking
-// away header and trailer registers and by setting the frequency anew. Only the first record can
-// come before that, for the player looks at it before it plays anything; since files tell late what
-// it has to be, everything is held back until Open().
+// The file does not depend on state that the player keeps from earlier downloads: it starts by
+// clearing the header and trailer registers and setting the frequency anew. Only the first record
+// can come before that, because the player examines it before it plays anything. Since SVF files
+// determine that record late, everything is buffered until Open().
 class RecordWriter {
  public:
-  // `plain`: the header says that blocks are raw, and `blocks` is not looked at. `pin_ns`: what a
-  // pin call takes, for cost().
+  // `plain`: the header says that blocks are raw, and `blocks` is ignored. `pin_ns`: the duration
+  // of a pin call, for cost().
   RecordWriter(bool plain, const tvb::BlockChoice &blocks, double pin_ns, RecordFolder::Sink sink);
   RecordWriter(const RecordWriter &) = delete;
   RecordWriter &operator=(const RecordWriter &) = delete;
 
-  // Makes `first`, an instruction scan, the first record, or none in particular where that is null,
-  // and lets go of what was held back. Call it once, and only while not is_open().
+  // Makes `first`, an instruction scan, the first record (null: no particular one), and writes the
+  // buffered records. Call it once, and only while not is_open().
   void Open(const tvb::Shift *first);
 
-  // True after Open(), and once more than a megabyte of records was held back: it is too late then
-  // to put one before them.
+  // True after Open(), and once more than a megabyte of records was buffered: then it is too late
+  // to put a record before them.
   bool is_open() const {
     return is_open_;
   }
 
-  // A scan. A comparison under a mask of zeros is none; bits that may be anything are chosen.
+  // Writes a scan. An all-zero mask means no comparison; don't-care bits are chosen by the writer.
   void Scan(tvb::Opcode opcode, const tvb::Shift &scan);
 
-  // A run-test of so many clocks at hz(); it is written as a time if that is not 0. None if there
-  // are no clocks.
+  // Writes a run-test of that many clocks at hz(), as a time if that is not 0; nothing if there are
+  // no clocks.
   void RunTest(uint64_t microseconds, uint64_t clocks);
 
-  // Bounds the frequency from here on, to less than 2^31 Hz; 0: by nothing.
+  // Limits the frequency from here on, to less than 2^31 Hz; 0: no limit.
   void SetFrequency(uint32_t hz);
 
-  // The frequency that run-tests are clocked at: where nothing bounds it, the player's own.
+  // The frequency of run-tests; without a limit, the player's default.
   uint32_t hz() const;
 
-  // Closes the file with a record that does nothing: the player sees a failed comparison when the
-  // next record starts. It must be open.
+  // Closes the file with a record without effect: the player notices a failed comparison only when
+  // the next record starts. The file must be open.
   void Finish();
 
   const WrittenCounts &counts() const {
@@ -136,7 +136,7 @@ class RecordWriter {
     return folder_;
   }
 
-  // The one frequency that all clocks were at, or 0 if there were several.
+  // The one frequency of all clocks, or 0 if there were several.
   uint32_t only_hz() const {
     return several_rates_ ? 0 : hz();
   }
@@ -151,18 +151,18 @@ class RecordWriter {
 
   RecordFolder folder_;
   tvb::BlockEncoder encoder_;
-  tvb::Encoder encode_;  // encoder_, or none
+  tvb::Encoder encode_;  // encoder_, or empty
   tvb::Writer writer_;
   PlayCost cost_;
   WrittenCounts counts_;
 
-  bool begun_ = false;  // there are records
+  bool begun_ = false;  // a record was written
   bool is_open_ = false;
-  tvb::Buffer held_bytes_;  // records that are held back
+  tvb::Buffer held_bytes_;  // buffered records
   std::vector<size_t> held_ends_;
 
-  uint32_t hz_ = 0;          // 0: not bounded
-  uint32_t written_hz_ = 0;  // of that, what the file says
+  uint32_t hz_ = 0;          // 0: no limit
+  uint32_t written_hz_ = 0;  // the frequency last written to the file
   uint32_t clocked_hz_ = 0;  // of the last clocks; 0: none yet
   bool several_rates_ = false;
 };

@@ -11,11 +11,11 @@
 
 namespace tool {
 
-// Prints warnings and notes at offsets of one text, as "NAME:LINE:COLUMN: warning: ...". Asking in
-// rising order of offsets costs one walk through the text in all.
+// Prints warnings and notes at offsets of one text, as "NAME:LINE:COLUMN: warning: ...". Rising
+// offsets cost one pass through the text in all.
 class SourceNotes {
  public:
-  // `name` is what the text is called, `text` must live as long as the object.
+  // `name` names the text in messages; `text` must live as long as the object.
   SourceNotes(std::string name, std::string_view text) : name_(std::move(name)), lines_(text) {}
 
   void Warning(size_t offset, std::string_view message);

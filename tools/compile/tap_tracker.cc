@@ -64,8 +64,8 @@ uint64_t TapTracker::Walk(const svf::StateStatement &statement, size_t offset) {
   uint64_t idle_clocks = 0;
   bool first = true;
   for (const auto &[state, step_offset] : statement.path) {
-    // A path may begin with a state to come to by the shortest way, as one state alone does. Where
-    // the TAP was before the file's first statement is not known.
+    // A path may begin with a state to reach by the shortest way, as a single state does. The TAP's
+    // state before the file's first statement is unknown.
     if (first && svf::IsStable(state) && (!scanned_ || !svf::Leads(at_, state))) {
       MoveTo(state, step_offset);
     } else {
@@ -128,7 +128,7 @@ void TapTracker::Finish() {
   }
 }
 
-// The shortest way there, which passes UPDATE from a pause.
+// Takes the shortest way, which passes UPDATE from a pause.
 void TapTracker::MoveTo(TapState state, size_t offset) {
   if (svf::IsPause(state)) {
     RefusePause(offset,
@@ -146,7 +146,7 @@ void TapTracker::MoveTo(TapState state, size_t offset) {
   Enter(state, offset);
 }
 
-// One TCK on a path that was written out.
+// One TCK of an explicit path.
 void TapTracker::StepTo(TapState state, size_t offset) {
   if (!svf::Leads(at_, state)) {
     throw svf::Error(offset, fmt::format("the TAP cannot go from {} to {} in one clock; write out "

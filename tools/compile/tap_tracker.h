@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Follows the TAP through an SVF file and holds it against what the player can do.
+// Tracks the TAP through an SVF file and checks it against the player's abilities.
 #pragma once
 
 #include <cstddef>
@@ -15,26 +15,26 @@
 namespace tool {
 
 // The player resets the TAP once, before the file; after that every scan and every run-test begins
-// and ends in Run-Test/Idle. So a pause has no form in a TVB file but one: a scan that pauses in
-// its own register's pause and is left through UPDATE is, but for one idle clock, a scan that ends
-// in Run-Test/Idle. Functions throw svf::Error where there is no form, and print notes and, with
-// `pause_as_idle`, warnings.
+// and ends in Run-Test/Idle. So only one kind of pause has a form in a TVB file: a scan that pauses
+// in its own register's pause and is left through UPDATE equals, but for one idle clock, a scan
+// that ends in Run-Test/Idle. Functions throw svf::Error where there is no form, and print notes
+// and, with `pause_as_idle`, warnings.
 class TapTracker {
  public:
-  // With `pause_as_idle` every pause is taken as Run-Test/Idle, with a warning each time that
-  // devices see a difference. `notes` must live as long as the object.
+  // With `pause_as_idle` every pause counts as Run-Test/Idle, with a warning whenever devices see a
+  // difference. `notes` must live as long as the object.
   TapTracker(SourceNotes &notes, bool pause_as_idle)
       : notes_(notes), pause_as_idle_(pause_as_idle) {}
 
-  // A scan of the instruction register or the data register, stated at `offset`, begins; or ends,
-  // in `end`.
+  // Begins a scan of the instruction register or the data register, stated at `offset`; ends it in
+  // `end`.
   void BeginScan(bool instruction, size_t offset);
   void EndScan(bool instruction, svf::TapState end, size_t offset);
 
-  // A STATE statement. Returns the clocks that its path spends in Run-Test/Idle.
+  // Follows a STATE statement. Returns the clocks that its path spends in Run-Test/Idle.
   uint64_t Walk(const svf::StateStatement &statement, size_t offset);
 
-  // A RUNTEST, stated at `offset`, that runs in one state and ends in another.
+  // Follows a RUNTEST, stated at `offset`, that runs in one state and ends in another.
   void RunTest(svf::TapState run, svf::TapState end, size_t offset);
 
   // The end of the file.
@@ -52,13 +52,13 @@ class TapTracker {
 
   SourceNotes &notes_;
   bool pause_as_idle_;
-  bool scanned_ = false;  // before, a reset changes nothing
+  bool scanned_ = false;  // until then a reset changes nothing
   svf::TapState at_ = svf::TapState::kIdle;
   size_t scan_ = 0;              // the last scan's offset
-  bool scan_pauses_ = false;     // at_ is the pause in which that scan stopped
-  bool captured_ = false;        // a path went through CAPTURE and not yet to its end
-  std::optional<size_t> reset_;  // a reset that nothing played has followed yet
-  uint64_t pauses_ = 0;          // that were left through UPDATE
+  bool scan_pauses_ = false;     // at_ is the pause in which that scan ended
+  bool captured_ = false;        // a path went through CAPTURE and has not ended yet
+  std::optional<size_t> reset_;  // a reset not yet followed by anything played
+  uint64_t pauses_ = 0;          // left through UPDATE
 };
 
 }  // namespace tool

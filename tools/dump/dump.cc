@@ -31,7 +31,7 @@ std::unique_ptr<DumpFormat> MakeFormat(const DumpOptions &options, tvb::Bytes im
   return std::make_unique<DumpText>(image, out, options.hex);
 }
 
-// Which loop each record of a file stands in.
+// The loop that contains each record of a file.
 class LoopNesting {
  public:
   uint64_t Enter(const tvb::RecordView &record) {
@@ -49,13 +49,13 @@ class LoopNesting {
   uint64_t loop_ = 0;
 };
 
-// What ends a listing before the end of the file.
+// A fault that ends a listing before the end of the file.
 struct ListingFault {
   std::string place;
   std::string message;
 };
 
-// The fault of a file whose records end at `end`.
+// The fault, if any, of a file whose records end at `end`.
 std::optional<ListingFault> FaultOfEnd(const TvbFile &file, uint64_t end, uint64_t records) {
   const uint64_t size = file.image().size();
   if (end > size) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The formats in which the command `dump` lists a TVB file.
+// The output formats of the command `dump`.
 #pragma once
 
 #include <cstdint>
@@ -12,21 +12,21 @@
 
 namespace tool {
 
-// Takes the records in the order of the file.
+// Takes the records in file order.
 class DumpFormat {
  public:
   virtual ~DumpFormat() = default;
   virtual void Header(const tvb::HeaderView &header) = 0;
 
-  // `loop`: number of the LOOP record that repeats the record, 0 for none; a LOOP and its ENDLOOP
-  // are not in their own loop.
+  // `loop`: the number of the LOOP record that repeats this record, 0 for none; a LOOP and its
+  // ENDLOOP are not in their own loop.
   virtual void Record(const tvb::RecordView &record, uint64_t loop) = 0;
 };
 
-// True if a player can hold a register of the record's length; data of longer ones is not shown.
+// True if the player can hold a register of the record's length; longer data is not shown.
 bool IsShown(const tvb::RecordView &record);
 
-// Lines for reading. `hex`: with the data.
+// Text lines. `hex`: with the data.
 class DumpText : public DumpFormat {
  public:
   // Both outlive the object.
@@ -44,7 +44,7 @@ class DumpText : public DumpFormat {
   bool hex_;
 };
 
-// One JSON object a line: the header as record 0, then the records.
+// One JSON object per line: the header as record 0, then the records.
 class DumpJson : public DumpFormat {
  public:
   DumpJson(tvb::Bytes image, OutputFile &out, bool hex) : image_(image), out_(out), hex_(hex) {}

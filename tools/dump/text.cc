@@ -14,7 +14,7 @@ namespace {
 constexpr size_t kDigitsInLine = 64;
 constexpr int kFieldColumn = 30;
 
-// An amount that the file holds, which may be negative or more than 32 bits.
+// An amount from the file, which may be negative or exceed 32 bits.
 std::string AmountText(const tvb::NumberView &number) {
   if (number.lossy || number.value >= 0) {
     return number.lossy ? tvb::NumberText(number) : NumberText(static_cast<uint64_t>(number.value));
@@ -29,7 +29,7 @@ std::string RunTestText(const tvb::RecordView &record) {
   return record.fields.empty() ? "no time, no cycles" : "";
 }
 
-// What a record says beside its fields.
+// The summary of a record, shown beside its fields.
 std::string Summary(const tvb::RecordView &record) {
   const std::string number = record.value ? AmountText(*record.value) : "?";
   switch (record.opcode) {
@@ -77,7 +77,7 @@ std::string BlockText(const tvb::BlockView &block) {
                                      CountText(block.written + block.surplus, "byte"));
 }
 
-// A line without the blanks at its end.
+// A line without its trailing blanks.
 void WriteLine(OutputFile &out, std::string_view line) {
   out.Write(line.substr(0, line.find_last_not_of(' ') + 1));
   out.Write("\n");

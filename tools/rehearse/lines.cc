@@ -54,7 +54,7 @@ bool Lines::Read() {
   return level;
 }
 
-// The bit that is shifted is the one that stands at the edge. Returns whether the state changed.
+// Shifts the bit that is on TDI and TDO at the edge. Returns whether the TAP's state changed.
 bool Lines::Rise() {
   const svf::TapState found = tap_.state();
   ++counts_.clocks[static_cast<int>(found)];

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The four lines between the driver and a target, the time that passes on them, and whoever
-// watches.
+// The four lines between the driver and a target, the time on the board, and the watchers of the
+// lines.
 #pragma once
 
 #include <cstdint>
@@ -15,15 +15,15 @@
 
 namespace tool {
 
-// The time that passes on the board, in nanoseconds since the rehearsal began. Nothing waits for
-// it. The clock shows whole nanoseconds; of work it keeps the rest.
+// The time on the board, in nanoseconds since the rehearsal began. It is simulated: nothing waits
+// for it. The clock shows whole nanoseconds and carries the fraction of processor time.
 class BoardClock {
  public:
   uint64_t now() const {
     return now_;
   }
 
-  // Time that the processor works: a call of a pin callback.
+  // Adds processor time: a call of a pin callback.
   void Work(double nanoseconds) {
     rest_ += nanoseconds;
     const auto whole = static_cast<uint64_t>(rest_);
@@ -31,14 +31,14 @@ class BoardClock {
     rest_ -= static_cast<double>(whole);
   }
 
-  // Time that it waits busily.
+  // Adds a busy-wait.
   void Wait(uint64_t nanoseconds) {
     now_ += nanoseconds;
     waited_ += nanoseconds;
     ++waits_;
   }
 
-  // The sum of all waits, and how many there were.
+  // The total of all waits, and their number.
   uint64_t waited() const {
     return waited_;
   }
@@ -50,14 +50,14 @@ class BoardClock {
   uint64_t now_ = 0;
   uint64_t waited_ = 0;
   uint64_t waits_ = 0;
-  double rest_ = 0;  // less than a nanosecond
+  double rest_ = 0;  // less than one nanosecond
 };
 
-// What happened on the lines.
+// Counts of the events on the lines.
 struct LineCounts {
-  uint64_t writes[3] = {};                // calls of the driver by line, equal levels included
-  uint64_t reads[2] = {};                 // the same by the level that was read
-  uint64_t clocks[svf::kTapStates] = {};  // rising edges by the state that they found
+  uint64_t writes[3] = {};                // driver calls by line, repeated levels included
+  uint64_t reads[2] = {};                 // driver reads by the level read
+  uint64_t clocks[svf::kTapStates] = {};  // rising edges by the state before the edge
 
   uint64_t calls() const {
     return writes[0] + writes[1] + writes[2] + all_reads();
@@ -71,27 +71,27 @@ struct LineCounts {
   uint64_t all_clocks() const;
 };
 
-// A change of a line's level, TDO's included, with what comes of it.
+// A level change of a line, TDO included, and its effect.
 struct LineChange {
   Line line;
   bool level;
-  uint64_t time;        // the board's
+  uint64_t time;        // on the board, in nanoseconds
   svf::TapState state;  // after the change
-  bool entered;         // the change, a rising edge of TCK, has brought the TAP to another state
+  bool entered;         // true if the change, a rising edge of TCK, changed the TAP's state
 };
 
 class Lines {
  public:
-  // Every call of the driver takes `call_time` nanoseconds on `clock`. At first TCK is low, TMS and
-  // TDI are high, and the TAP is in Test-Logic-Reset. `playhead` is told of every scan; null: no
-  // file is played. Both outlive the lines.
+  // Every call of the driver takes `call_time` nanoseconds on `clock`. Initially TCK is low, TMS
+  // and TDI are high, and the TAP is in Test-Logic-Reset. `playhead` is notified of every scan;
+  // null: no file is played. `clock` and `playhead` outlive the lines.
   Lines(BoardClock &clock, double call_time, Playhead *playhead = nullptr);
 
-  // The target; it outlives the lines. There must be one before the first call.
+  // Sets the target, which outlives the lines. It is required before the first call.
   void Connect(Target &target);
 
-  // From now on `watcher` is told every change, or every scan when it is updated. Watchers may come
-  // in any order: none is told what depends on another.
+  // Notifies `watcher` from now on of every change, or of every scan when it is updated. The order
+  // of watchers does not matter: none sees anything that depends on another.
   void WatchChanges(std::function<void(const LineChange &change)> watcher);
   void WatchScans(std::function<void(const LineScan &scan)> watcher);
 
@@ -103,7 +103,7 @@ class Lines {
     return tap_.state();
   }
 
-  // The scan that the TAP is in, or was in last; from where it leaves Run-Test/Idle, the next one.
+  // The scan that the TAP is in, or was in last; once it leaves Run-Test/Idle, the next one.
   const LineScan &scan() const {
     return scan_;
   }
@@ -111,7 +111,7 @@ class Lines {
     return counts_;
   }
 
-  // Level that a line has now; that of TDO only where changes are watched.
+  // The current level of a line; TDO's is valid only while changes are watched.
   bool level(Line line) const {
     return levels_[static_cast<int>(line)];
   }

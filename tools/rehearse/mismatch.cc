@@ -11,7 +11,7 @@
 namespace tool {
 namespace {
 
-// Fewer reads of one level say nothing about the line.
+// The fewest reads that allow a conclusion about the line.
 constexpr uint64_t kFewReads = 8;
 
 constexpr size_t kRowBits = 128;
@@ -36,7 +36,7 @@ bool CanBe(uint32_t idcode) {
   return (idcode & 1) != 0 && ManufacturerOf(idcode) != kNoManufacturer;
 }
 
-// 32 bits of a row as a number, bit `first` being its lowest.
+// 32 bits of a row as a number; bit `first` is the lowest.
 uint32_t WordAt(const BitRow &row, size_t first) {
   uint32_t word = 0;
   for (size_t bit = 0; bit < kIdcodeBits; ++bit) {
@@ -45,7 +45,7 @@ uint32_t WordAt(const BitRow &row, size_t first) {
   return word;
 }
 
-// The level of all of `count` reads of which `ones` were 1, if there are enough of them.
+// The common level of all `count` reads, `ones` of which were 1, if there are enough of them.
 std::optional<bool> OneLevel(uint64_t count, uint64_t ones) {
   if (count < kFewReads || (ones != 0 && ones != count)) {
     return std::nullopt;
@@ -53,7 +53,7 @@ std::optional<bool> OneLevel(uint64_t count, uint64_t ones) {
   return ones != 0;
 }
 
-// A line is not stuck where the rest of the scan, which the driver does not read, is otherwise.
+// The line is not stuck if the rest of the scan, which the driver does not read, differs.
 void FindStuckLevel(const LineCounts &counts, Mismatch &mismatch) {
   const uint64_t compared = mismatch.mask.Ones();
   const uint64_t ones = (mismatch.read & mismatch.mask).Ones();
@@ -96,7 +96,7 @@ std::string LoopText(const Mismatch &mismatch) {
                            NumberText(mismatch.pass), NumberText(mismatch.passes), mismatch.loop);
 }
 
-// The three values of a mismatch as they are shown: only what the mask lets through.
+// The three values of a mismatch as shown: only the bits under the mask.
 struct Shown {
   BitRow expected;
   BitRow read;
@@ -120,7 +120,7 @@ bool Differs(const Shown &shown, size_t first) {
   return digits.find_first_not_of('0') != std::string::npos;
 }
 
-// A scan of few rows is shown whole, of a longer one the first rows that differ.
+// A scan of few rows is shown whole, a longer one by the first rows that differ.
 std::string ValueText(const Mismatch &mismatch) {
   const BitRow expected = mismatch.expected & mismatch.mask;
   const BitRow read = mismatch.read & mismatch.mask;

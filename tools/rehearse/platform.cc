@@ -15,18 +15,18 @@
 
 namespace tool {
 
-// What the driver's calls act on.
+// The objects that the driver's calls act on.
 struct PlatformState {
   PlatformState(BoardClock &board_clock, DriverLog &driver_log)
       : clock(board_clock), log(driver_log) {}
 
   BoardClock &clock;
   DriverLog &log;
-  const tvb_driver *driver = nullptr;  // that has registered
-  std::unordered_set<void *> blocks;   // of memory that the driver holds
+  const tvb_driver *driver = nullptr;  // the registered driver
+  std::unordered_set<void *> blocks;   // live memory of the driver
   Lines *lines = nullptr;
   std::function<void()> on_tick;
-  uint32_t calls = 0;  // of the pin callbacks
+  uint32_t calls = 0;  // number of pin callback calls
 };
 
 namespace {
@@ -41,7 +41,7 @@ constexpr uint32_t kCallsPerTick = 1 << 18;
 
 PlatformState *the_platform;
 
-// A block's size stands before it.
+// The header before each block, with the block's size.
 struct alignas(std::max_align_t) BlockHead {
   size_t size;
 };
@@ -91,7 +91,7 @@ void Log(const std::string &text, bool whole) {
   the_platform->log.Add(the_platform->clock.now(), text, whole);
 }
 
-// A message of the driver's is at its end when the driver goes on to something else.
+// A driver message ends when the driver makes a call of another kind.
 inline void CountCall(PlatformState &platform) {
   platform.log.Flush();
   if (++platform.calls % kCallsPerTick == 0) {
@@ -99,7 +99,7 @@ inline void CountCall(PlatformState &platform) {
   }
 }
 
-// The framework's callbacks know a line's number only.
+// The framework's callbacks get only a line's number.
 int Drive(u32 gpio, bool level) {
   PlatformState &platform = *the_platform;
   platform.lines->Write(static_cast<Line>(gpio), level);
@@ -255,7 +255,7 @@ void cpldjtag_driver_unregister(const char *name) {
   }
 }
 
-// The driver reads its image from memory; there are no files to read.
+// The driver plays an image in memory; there are no files to read.
 ssize_t kernel_read(struct file *, void *, size_t, s64 *) {
   return tool::kBadFile;
 }

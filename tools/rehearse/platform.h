@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The kernel, the log module and the framework as a rehearsal gives them to the driver, and a
-// download by the driver on them. The symbols that its host library leaves undefined are in
-// platform.cc.
+// The kernel, the log module and the framework that a rehearsal provides to the driver, and a
+// download by the driver on them. platform.cc defines the symbols that the driver's host library
+// leaves undefined.
 #pragma once
 
 #include <cstdint>
@@ -17,22 +17,22 @@
 
 namespace tool {
 
-// What the driver hands to the kernel's log and to the log module, as messages. Records come with
-// their line ends, without, or a message in several records. One that ends its line is a message of
-// its own, and so is one of loading and unloading; others are joined, in their order, until such a
-// one comes.
+// Collects what the driver writes to the kernel log and to the log module into messages. A record
+// may have a line end or not, and a message may span several records. A record with a line end is a
+// message of its own, as is one of loading and unloading; others are joined, in order, until such a
+// record comes.
 class DriverLog {
  public:
-  // A message without its end and the board's time, in nanoseconds, at which its first record came.
+  // A message without its line end, and the board's time of its first record in nanoseconds.
   using Sink = std::function<void(uint64_t time, std::string_view message)>;
 
-  // Every message goes to `sink`.
+  // Passes every message to `sink`.
   explicit DriverLog(Sink sink);
 
-  // One record as formatted. `whole`: it is a message even though it has no end.
+  // Takes one formatted record. `whole`: it is a message even without a line end.
   void Add(uint64_t time, std::string_view text, bool whole);
 
-  // Ends the message that was joined so far, if there is one.
+  // Ends the message joined so far, if any.
   void Flush() {
     if (!joined_.empty()) {
       FlushJoined();
@@ -47,40 +47,39 @@ class DriverLog {
   uint64_t joined_since_ = 0;
 };
 
-// What stopped a download.
+// The reason why a download stopped.
 enum class DriverStop {
   kNothing,
   kMismatch,  // a comparison failed
-  kNoMemory,  // it could not hold a scan or a register
+  kNoMemory,  // no memory for a scan or a register
 };
 
 struct DriverResult {
-  // The driver says that it played the file; a comparison in the last record may have failed, which
-  // it does not see. If nothing has stopped it and it says no, it found the file malformed, or
-  // could not hold a header or trailer.
+  // The driver's own result: true if it played the file. It does not see a failed comparison in the
+  // last record. False without a stop reason means that it found the file malformed or had no
+  // memory for a header or trailer.
   bool done = false;
   DriverStop stop = DriverStop::kNothing;
-  uint64_t position = 0;  // of the image: the next byte that it would have read
+  uint64_t position = 0;  // in the image: the next byte to be read
 };
 
-// What the driver shows while it runs.
+// The driver's visible state while it runs.
 DriverView ViewDriver();
 
-// One platform at a time: the driver's calls reach the one that exists. Memory is the host's, but
-// no block is larger than the kernel's largest, and what the driver did not ask to be zeroed is
-// filled, so that a rehearsal comes out the same each time. What the driver has not freed by the
-// end of the platform goes with it.
+// Only one platform exists at a time; the driver's calls reach that one. Memory is the host's, but
+// blocks are limited to the kernel's largest size, and memory not requested zeroed is filled, so
+// that rehearsals are reproducible. The destructor frees what the driver has not.
 class Platform {
  public:
-  // Waits pass on `clock` and messages go to `log`; both outlive the platform.
+  // Waits advance `clock` and messages go to `log`; both outlive the platform.
   Platform(BoardClock &clock, DriverLog &log);
   ~Platform();
   Platform(const Platform &) = delete;
   Platform &operator=(const Platform &) = delete;
 
   // Loads the driver, has it play `image` (not empty, less than 4 GiB) on `lines`, and unloads it.
-  // Its state is as at load only in a process that has not run it yet. `on_tick` is called now and
-  // then, between two calls of the driver.
+  // The driver's state is as at load only in a process that has not run it before. `on_tick` is
+  // called now and then, between two calls of the driver.
   DriverResult Play(Lines &lines, tvb::Bytes image, std::function<void()> on_tick);
 
  private:

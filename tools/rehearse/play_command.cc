@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The command `play`: one rehearsal of a download.
+// The command `play`: rehearses a download.
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -25,8 +25,8 @@ constexpr uint64_t kMaxIdleClocks = 1000000000000;
 
 struct PlayOptions {
   std::string input;
-  std::string chain;  // a file that describes the target; empty: an echo
-  std::string vcd;    // files to write; empty: none
+  std::string chain;  // the file that describes the target; empty: an echo
+  std::string vcd;    // output files; empty: none
   std::string scans;
   std::string memory;
   bool time = false;
@@ -40,7 +40,7 @@ bool ReadNumber(const char *&at, const char *end, uint64_t &number) {
   return good;
 }
 
-// Reads "SCAN:BIT". None if the text is not that.
+// Parses "SCAN:BIT". None if the text has another form.
 std::optional<FailAt> ParseFailAt(const std::string &text) {
   FailAt fail_at;
   const char *at = text.data();
@@ -50,13 +50,13 @@ std::optional<FailAt> ParseFailAt(const std::string &text) {
   return good ? std::optional<FailAt>(fail_at) : std::nullopt;
 }
 
-// The files that a rehearsal writes.
+// The output files of a rehearsal.
 class Outputs {
  public:
   explicit Outputs(const PlayOptions &options)
       : vcd_(Open(options.vcd)), scans_(Open(options.scans)), memory_(Open(options.memory)) {}
 
-  // Where text for people goes.
+  // The stream for text output.
   static FILE *Screen(const PlayOptions &options) {
     const bool taken = options.vcd == "-" || options.scans == "-" || options.memory == "-";
     return taken ? stderr : stdout;
@@ -104,7 +104,7 @@ std::unique_ptr<ChainTarget> OpenChain(const std::string &path) {
   return std::make_unique<ChainTarget>(ParseChain(file.text(), file.name()), file.name());
 }
 
-// Plays, with a line that tells how far it is.
+// Plays with a progress line.
 void RunWatched(Rehearsal &rehearsal, const TvbFile &file) {
   const bool shown = IsTerminal(STDERR_FILENO);
   const tvb::PlayLength length =
@@ -126,7 +126,7 @@ DriverLog::Sink LogTo(FILE *screen) {
   };
 }
 
-// Tells where the bit that was to be inverted has made no difference.
+// Warns if the bit to be inverted made no difference.
 void WarnOfFailAt(const Rehearsal &rehearsal, const FailAt &fail_at, const TvbFile &file,
                   int code) {
   if (!rehearsal.failed_as_asked()) {
@@ -138,9 +138,9 @@ void WarnOfFailAt(const Rehearsal &rehearsal, const FailAt &fail_at, const TvbFi
   }
 }
 
-// Plays options.input and returns the exit code. The driver's log and the result are shown on
-// standard output, or on standard error where a file of the options is standard output; errors and
-// warnings on standard error. Throws Failure if a file is bad.
+// Plays options.input and returns the exit code. The driver's log and the result go to standard
+// output, or to standard error if one of the output files is standard output; errors and warnings
+// go to standard error. Throws Failure if a file is bad.
 int Play(const PlayOptions &options) {
   const TvbFile file(options.input);
   if (file.image().size() > UINT32_MAX) {

@@ -36,7 +36,7 @@ const FileScan *Playhead::BeginScan() {
   return scan();
 }
 
-// The driver acts on a record when it has read all of it and nothing more.
+// The driver acts on a record when it has read exactly up to the record's end.
 std::optional<tvb::PlayedRecord> Playhead::GoTo(uint64_t position, bool only_shifts) {
   std::optional<tvb::PlayedRecord> played;
   do {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// Which record of the file the driver is playing: its position in the image and the scans on the
-// lines tell, the driver itself is not asked.
+// Tracks which record of the file the driver is playing, from its position in the image and the
+// scans on the lines; it does not ask the driver itself.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@
 
 namespace tool {
 
-// What the driver shows of itself while it plays.
+// The driver's visible state while it plays.
 struct DriverView {
   std::function<uint64_t()> position;  // the next byte of the image that it will read
   std::function<bool()> in_records;    // it has come to the records; what it scans before that is
@@ -24,29 +24,29 @@ struct DriverView {
 // Follows the driver through the records. Every SIR and SDR record is one scan.
 class Playhead {
  public:
-  // The image stays the caller's, as in tvb::PlayOrder; its header has no fault.
+  // The caller owns the image, as in tvb::PlayOrder; its header is valid.
   Playhead(tvb::Bytes image, const tvb::HeaderView &header, DriverView driver);
 
-  // A scan begins: the TAP has left Run-Test/Idle. Returns what scan() is from now on.
+  // A scan begins: the TAP has left Run-Test/Idle. Returns the new value of scan().
   const FileScan *BeginScan();
 
-  // The scan that is on the lines or was the last on them; null if it was not one of the file's.
-  // It is good until the next one begins.
+  // The current scan on the lines, or the last one; null if it is not one of the file's. Valid
+  // until the next scan begins.
   const FileScan *scan() const {
     return scan_ ? &*scan_ : nullptr;
   }
 
-  // The TDI data of the last SIR record; its order of bits is told at tvb::Bytes.
+  // The TDI data of the last SIR record; see tvb::Bytes for the bit order.
   const tvb::Buffer &instruction() const {
     return instruction_;
   }
 
-  // The data of a field of the scan under way, empty if it has none; there must be a scan.
+  // The data of a field of the current scan, empty if the field is absent; there must be a scan.
   tvb::Buffer Data(tvb::Tag tag) const {
     return tvb::FieldData(image_, scan_->played.record, tag);
   }
 
-  // Numbers of the file's scans so far, of those that compare (of all, of the DR scans), and of
+  // Counts so far: the file's scans, the scans that compare (all, and DR scans only), and the
   // records.
   uint64_t scans() const {
     return scans_;
@@ -61,10 +61,10 @@ class Playhead {
     return records_;
   }
 
-  // Goes on to the record that the driver is at while it makes no scan: a run-test.
+  // Moves to the record that the driver plays without a scan: a run-test.
   void CatchUp();
 
-  // Goes on to the next record in the order of playing; none at the end.
+  // Moves to the next record in playing order; none at the end.
   std::optional<tvb::PlayedRecord> Next();
 
  private:
@@ -81,7 +81,7 @@ class Playhead {
   uint64_t compared_dr_scans_ = 0;
   tvb::Buffer instruction_;
   uint64_t records_ = 0;
-  uint64_t record_end_ = 0;  // of the record given last
+  uint64_t record_end_ = 0;  // end of the last record
 };
 
 }  // namespace tool

@@ -47,7 +47,7 @@ void Rehearsal::FinishTraces() {
   }
 }
 
-// The download is over: what is shifted now to show the whole scan is no part of it.
+// The download is over: the bits shifted now to show the whole scan are not part of it.
 void Rehearsal::ExplainMismatch() {
   const std::optional<StoppedScan> stopped = FinishScan(lines_, playhead_, *target_);
   if (stopped) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The driver, its lines, a target and whoever watches, put together for one download.
+// The driver, its lines, a target and the watchers, assembled for one download.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,8 @@
 
 namespace tool {
 
-// A bit that reads inverted: of a scan of the file, from 1, the bit of its record, from 0.
+// A bit to read inverted: the number of a scan of the file, from 1, and of a bit of its record,
+// from 0.
 struct FailAt {
   uint64_t scan = 0;
   uint64_t bit = 0;
@@ -26,22 +27,22 @@ struct FailAt {
 
 struct RehearsalOptions {
   std::optional<FailAt> fail_at;
-  uint64_t vcd_idle = 0;  // clocks of a stay in Run-Test/Idle that are drawn; 0: all
-  double pin_ns = 100;    // what a pin call takes
+  uint64_t vcd_idle = 0;  // clocks drawn per stay in Run-Test/Idle; 0: all
+  double pin_ns = 100;    // duration of a pin call
 };
 
-// Where the results of a rehearsal go; empty where they are not wanted.
+// The sinks for the results of a rehearsal; empty if not wanted.
 struct RehearsalSinks {
   DriverLog::Sink log;
   TextSink vcd;
   TextSink scans;
 };
 
-// One per process: the driver's state is as at load only once. The image and the chain stay the
-// caller's.
+// One per process: only the first finds the driver's state as at load. The caller owns the image
+// and the chain.
 class Rehearsal {
  public:
-  // `chain` null: the target is an echo. The header is that of `image` and has no fault.
+  // `chain` null: the target is an echo. `image` has that header, which is valid.
   Rehearsal(tvb::Bytes image, const tvb::HeaderView &header, Target *chain,
             const RehearsalOptions &options, const RehearsalSinks &sinks);
   Rehearsal(const Rehearsal &) = delete;
@@ -50,7 +51,7 @@ class Rehearsal {
   // Plays the image. `on_tick` is called now and then, between two calls of the driver.
   void Run(const std::function<void()> &on_tick);
 
-  // Good after Run().
+  // Valid after Run().
   const DriverResult &result() const {
     return result_;
   }
@@ -58,7 +59,7 @@ class Rehearsal {
     return mismatch_;
   }
 
-  // The bit that was to be inverted was there, or none was to be.
+  // True if the bit to be inverted was reached, or if none was requested.
   bool failed_as_asked() const {
     return !flipped_ || flipped_->was_there();
   }

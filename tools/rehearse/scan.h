@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// A scan: as the file has it, as it is on the lines, and the TAP that tells where it begins and
-// ends.
+// A scan, in the file and on the lines, and the TAP that tells where it begins and ends.
 #pragma once
 
 #include <cstdint>
@@ -21,10 +20,10 @@ enum class Register : uint8_t { kIr, kDr };
 // "IR" or "DR".
 std::string_view NameOf(Register which);
 
-// A TAP controller that starts in Test-Logic-Reset, as told from TMS at the rising edges of TCK.
+// A TAP controller that starts in Test-Logic-Reset and follows TMS at the rising edges of TCK.
 class Tap {
  public:
-  // A rising edge of TCK. Returns the state that it leads to.
+  // Applies a rising edge of TCK. Returns the new state.
   svf::TapState Rise(bool tms) {
     bits_ += shifting() ? 1 : 0;
     state_ = svf::After(state_, tms);
@@ -43,8 +42,8 @@ class Tap {
     return svf::IsShift(state_);
   }
 
-  // Bits that were shifted since the last Capture: the number of the bit, from 0, that is on TDO
-  // while shifting.
+  // The number of bits shifted since the last Capture, which is the number, from 0, of the bit on
+  // TDO while shifting.
   uint64_t bits() const {
     return bits_;
   }
@@ -54,45 +53,45 @@ class Tap {
   uint64_t bits_ = 0;
 };
 
-// A scan of the file, as its record has it. The order of bits is told at tvb::Bytes.
+// A scan of the file, from its record. See tvb::Bytes for the bit order.
 struct FileScan {
-  uint64_t number = 0;  // the file's scans in the order of playing, from 1
+  uint64_t number = 0;  // in playing order, from 1
   tvb::PlayedRecord played;
-  uint32_t header = 0;  // bits shifted before and after the record's own
+  uint32_t header = 0;  // bits shifted before and after the record's own bits
   uint32_t trailer = 0;
   tvb::Buffer tdo;  // both empty unless the record has them
   tvb::Buffer mask;
 
-  // Bits of the record's own.
+  // The number of the record's own bits.
   uint32_t bits() const {
     return played.record.bits();
   }
 
-  // Number of the record's bit of which `bit` is the number on the lines, header included; none for
-  // a bit of header or trailer.
+  // Converts the number of a bit on the lines, header included, to its number in the record; none
+  // for a bit of header or trailer.
   std::optional<uint32_t> OwnBit(uint64_t bit) const;
 
-  // Whether the driver compares a bit of the record, and with what.
+  // Whether the driver compares a bit of the record, and the expected value.
   bool Compares(uint32_t bit) const;
   bool Expected(uint32_t bit) const;
 
-  // Whether it compares any.
+  // Whether the driver compares any bit.
   bool ComparesAny() const;
 };
 
 // A scan on the lines, header and trailer included. It has no bits before its Capture.
 struct LineScan {
-  const FileScan *of_file = nullptr;  // null: none of the file's
+  const FileScan *of_file = nullptr;  // null: not one of the file's
   Register which = Register::kIr;
   bool open = false;  // from its Capture to its Update
   BitRow tdi;
   BitRow tdo;
 };
 
-// A scan in a line of text without its end:
+// A scan as a line of text, without line end:
 //   NUMBER IR|DR BITS TDI HEX TDO HEX
-// with the data as in SVF, the bit that is shifted first being the lowest of the last digit. A scan
-// of no bits has "-" for its data, and 0 is "-" for a number.
+// with the data in SVF notation: the bit shifted first is the lowest bit of the last digit. A scan
+// without bits has "-" for its data; the number 0 is shown as "-".
 std::string ScanText(uint64_t number, const LineScan &scan);
 
 }  // namespace tool

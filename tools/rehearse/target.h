@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// What is at the other end of the four lines in a rehearsal.
+// The target at the other end of the four lines in a rehearsal.
 #pragma once
 
 #include <cstdint>
@@ -13,32 +13,32 @@ namespace tool {
 
 enum class Line : uint8_t { kTck, kTms, kTdi, kTdo };
 
-// Something that answers on TDO. At first TCK is low, TMS and TDI are high.
+// Drives TDO. Initially TCK is low, TMS and TDI are high.
 class Target {
  public:
   virtual ~Target() = default;
 
-  // TCK, TMS or TDI has changed to `level`. TMS and TDI are sampled at the rising edge of TCK; TDO
-  // changes at the falling one.
+  // TCK, TMS or TDI has changed to `level`. The target samples TMS and TDI at the rising edge of
+  // TCK and changes TDO at the falling edge.
   virtual void Write(Line line, bool level) = 0;
 
-  // The level of TDO now.
+  // The current level of TDO.
   virtual bool Tdo() const = 0;
 };
 
-// Goes on with a scan that rests in a Shift state, TCK and TMS being low: `tdo` has its bits so
-// far, and the next is on the lines. Shifts, and reads TDO, until `tdo` has as many bits as `tdi`.
+// Continues a scan that rests in a Shift state, with TCK and TMS low: `tdo` holds its bits so far,
+// and the next bit is on the lines. Shifts and reads TDO until `tdo` has as many bits as `tdi`.
 void ShiftOn(Target &target, const BitRow &tdi, BitRow &tdo);
 
-// Follows the lines as a target does, and tells from the playhead which bit of the file is on them.
+// Follows the lines like a target and finds from the playhead which bit of the file is on them.
 class FileBit {
  public:
-  // `playhead` is told of the scans on the same lines, and outlives this.
+  // `playhead` is notified of the scans on the same lines, and outlives this.
   explicit FileBit(const Playhead &playhead) : playhead_(playhead) {}
 
   void Write(Line line, bool level);
 
-  // The scan of the file that is shifted; null in the driver's own and where none is.
+  // The scan of the file being shifted; null in the driver's own scans and outside scans.
   const FileScan *scan() const {
     return tap_.shifting() ? playhead_.scan() : nullptr;
   }
@@ -54,12 +54,12 @@ class FileBit {
   bool tms_ = true;
 };
 
-// Answers what the file expects: puts the expected TDO of the record's scan on TDO, bit for bit and
-// wherever header and trailer place them. Where the record expects nothing, in header and trailer,
-// in the driver's own scans and outside the Shift states TDO is 1, as on a line that nobody drives.
+// Answers as the file expects: drives the expected TDO of the record's scan, bit by bit and at the
+// place where header and trailer put it. Where the record expects nothing, in header and trailer,
+// in the driver's own scans and outside the Shift states TDO is 1, like an undriven line.
 class EchoTarget : public Target {
  public:
-  // As FileBit.
+  // See FileBit.
   explicit EchoTarget(const Playhead &playhead) : at_(playhead) {}
 
   void Write(Line line, bool level) override;
@@ -74,11 +74,11 @@ class EchoTarget : public Target {
   bool tdo_ = true;
 };
 
-// Inverts one bit of what another target answers.
+// Inverts one bit of another target's answer.
 class FlippedTarget : public Target {
  public:
-  // `scan` counts the file's scans from 1, `bit` the record's own bits from 0, the first shifted.
-  // `target` outlives this; `playhead` as in FileBit.
+  // `scan` is the number of a scan of the file, from 1, `bit` that of one of the record's own bits,
+  // from 0 in shift order. `target` outlives this; see FileBit for `playhead`.
   FlippedTarget(Target &target, const Playhead &playhead, uint64_t scan, uint64_t bit)
       : target_(target), at_(playhead), scan_(scan), bit_(bit) {}
 
@@ -87,7 +87,7 @@ class FlippedTarget : public Target {
     return target_.Tdo() != flips_;
   }
 
-  // That bit has been on TDO.
+  // True if that bit has been on TDO.
   bool was_there() const {
     return was_there_;
   }

@@ -19,7 +19,7 @@ using nlohmann::json;
 
 using Names = std::vector<std::string>;
 
-// The names in quotes, for messages.
+// The quoted names, for messages.
 std::string List(const Names &names) {
   std::string list;
   for (const std::string &name : names) {
@@ -28,7 +28,7 @@ std::string List(const Names &names) {
   return list;
 }
 
-// A value with the way to it, "/devices/0/idcode", for messages.
+// A JSON value with its path, "/devices/0/idcode", for messages.
 class Node {
  public:
   Node(const json &value, std::string name, std::string path)
@@ -61,7 +61,7 @@ class Node {
     return nodes;
   }
 
-  // The value must be an object with none but these members.
+  // The value must be an object with no other members than these.
   void ExpectMembers(const Names &members) const {
     if (!value_.is_object()) {
       Fail("this must be an object, {...}");
@@ -74,7 +74,7 @@ class Node {
     }
   }
 
-  // A number of 32 bits, or a string that holds one in hexadecimal after 0x.
+  // A 32-bit number, or a string with one in hexadecimal after 0x.
   uint32_t Number() const {
     if (value_.is_string()) {
       return HexNumber(value_.get<std::string>());
@@ -115,7 +115,7 @@ class Node {
   std::string path_;
 };
 
-// The names of the fields that stand in one of these places.
+// The names of the fields in these places.
 Names FieldNames(std::initializer_list<sim_field_place> places) {
   Names names;
   for (const sim_field &field : sim_fields) {
@@ -130,7 +130,7 @@ uint32_t ReadValue(const Node &node, const sim_field &field) {
   return field.kind == SIM_FLAG ? node.Flag() : node.Number();
 }
 
-// A field that the object has.
+// Reads a field that the object has.
 uint32_t ReadField(const Node &object, const sim_field &field) {
   const Node node = object.At(field.name);
   const uint32_t value = ReadValue(node, field);
@@ -143,7 +143,7 @@ uint32_t ReadField(const Node &object, const sim_field &field) {
   return value;
 }
 
-// The fields of that place, which may be left out.
+// Reads the optional fields of that place.
 void ReadFields(const Node &object, sim_field_place place, sim_device_config &device) {
   for (const sim_field &field : sim_fields) {
     if (field.place == place) {
@@ -153,7 +153,7 @@ void ReadFields(const Node &object, sim_field_place place, sim_device_config &de
   }
 }
 
-// The fields that every part has. They are judged together, when all are known.
+// Reads the mandatory fields of a part, which are validated together once all are known.
 void ReadSize(const Node &node, sim_device_config &device) {
   const char *wrong = nullptr;
   for (const sim_field &field : sim_fields) {
@@ -184,7 +184,7 @@ sim_device_config ReadDevice(const Node &node) {
   return device;
 }
 
-// The members that tell a fault of some kind, and those of one kind.
+// The members that describe a fault of any kind, and those of one kind.
 Names FaultMembers() {
   Names members = {"kind"};
   for (int number = SIM_NO_NUMBER + 1; number < SIM_FAULT_NUMBER_COUNT; ++number) {

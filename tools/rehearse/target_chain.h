@@ -12,28 +12,27 @@
 
 namespace tool {
 
-// A chain as a file describes it: devices from the TDI end to the TDO end, and the faults that it
-// has at first.
+// A chain as described by a file: devices from the TDI end to the TDO end, and the initial faults.
 struct ChainDescription {
   std::vector<sim_device_config> devices;
   std::vector<sim_fault> faults;
 };
 
-// Reads the JSON of a chain:
+// Parses the JSON of a chain:
 //   {"devices": [DEVICE, ...], "faults": [FAULT, ...]}     faults may be left out
-// The words, the rules and what may be left out are those of the tables in sim/config.h. A DEVICE
-// is an object with the fields of a device and, for one with a programmable part, a member "part"
-// with the fields of the part; {} is a device with BYPASS alone. A FAULT is an object with its
-// "kind" and its numbers. Numbers may be strings as "0x0A014C35". For example:
+// The tables in sim/config.h define the names, the rules and which fields are optional. A DEVICE is
+// an object with the fields of a device and, for one with a programmable part, a member "part" with
+// the fields of the part; {} is a device with BYPASS alone. A FAULT is an object with its "kind"
+// and its numbers. Numbers may be strings such as "0x0A014C35". For example:
 //   {"devices": [{"idcode": "0x0A014C35", "part": {"rows": 16, "bits": 128, "blank": true}}, {}],
 //    "faults": [{"kind": "dead-row", "device": 1, "row": 3}]}
-// Throws Failure, whose place is "NAME:LINE:COLUMN" or "NAME: /devices/0/idcode", for anything
+// Throws Failure, with the place "NAME:LINE:COLUMN" or "NAME: /devices/0/idcode", for anything
 // else.
 ChainDescription ParseChain(std::string_view json, const std::string &name);
 
 class ChainTarget : public Target {
  public:
-  // Throws Failure, naming `name`, if such a chain or such a fault is impossible.
+  // Throws Failure, naming `name`, if the chain or one of the faults is impossible.
   ChainTarget(const ChainDescription &description, const std::string &name);
 
   void Write(Line line, bool level) override;
@@ -43,7 +42,7 @@ class ChainTarget : public Target {
 
   // The configuration memory as text, one line per row:
   //   DEVICE ROW HEX
-  // devices from 1, rows from 0; the bit that is shifted first is the lowest of the last digit.
+  // devices from 1, rows from 0; the bit shifted first is the lowest bit of the last digit.
   std::string Memory();
 
  private:

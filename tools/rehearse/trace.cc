@@ -77,8 +77,8 @@ void Vcd::Add(const LineChange &change) {
   }
 }
 
-// Whether a change is one of the clocks that are left out. A fall of TCK is kept back until it is
-// known whether the clock leads out of Run-Test/Idle.
+// Whether a change belongs to a clock that is not drawn. A falling edge of TCK is buffered until it
+// is known whether the clock leads out of Run-Test/Idle.
 bool Vcd::Rests(const LineChange &change) {
   if (fell_at_) {
     const uint64_t fell_at = *fell_at_;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// What a rehearsal writes of the lines: a waveform and a list of scans.
+// The traces of a rehearsal: a waveform and a list of scans.
 #pragma once
 
 #include <cstdint>
@@ -14,26 +14,26 @@
 
 namespace tool {
 
-// Takes text as it is made.
+// Receives text as it is produced.
 using TextSink = std::function<void(std::string_view text)>;
 
 // The four lines and the TAP's state as a value change dump (VCD, IEEE 1364), for a waveform
-// viewer. In the scope `jtag` there are the wires TCK, TMS, TDI and TDO, in this order, and
-// `state`, the name of the TAP's state as a string. Strings are an extension that waveform viewers
-// know and others skip. The unit of time is the longest that VCD has and that divides the time of a
-// pin call and of the driver's wait, 100 microseconds.
+// viewer. The scope `jtag` contains the wires TCK, TMS, TDI and TDO, in this order, and `state`,
+// the name of the TAP's state as a string. Strings are an extension that some waveform viewers
+// support and others skip. The time unit is the longest VCD unit that divides both the duration of
+// a pin call and the driver's wait of 100 microseconds.
 //
-// Of a stay in Run-Test/Idle, which may be of millions of clocks, the dump can be told to draw the
-// first ones only: TCK then rests until the TAP goes on, at the time at which it does.
+// A stay in Run-Test/Idle may last millions of clocks; the dump can be limited to the first ones:
+// TCK then rests until the TAP leaves the state, which is drawn at its true time.
 class Vcd {
  public:
-  // Writes the head with the levels that `lines` has now. `call_time`: what `lines` was made with.
-  // `max_idle_clocks`: how many clocks of a stay in Run-Test/Idle are drawn; 0: all.
+  // Writes the head with the current levels of `lines`. `call_time`: the value that `lines` was
+  // constructed with. `max_idle_clocks`: the clocks drawn per stay in Run-Test/Idle; 0: all.
   Vcd(TextSink sink, const Lines &lines, double call_time, uint64_t max_idle_clocks = 0);
 
   void Add(const LineChange &change);
 
-  // Ends the dump at `time`. Nothing may come after it.
+  // Ends the dump at `time`. No change may follow.
   void Finish(uint64_t time);
 
  private:
@@ -47,30 +47,30 @@ class Vcd {
 
   TextSink sink_;
   uint64_t unit_;         // nanoseconds
-  uint64_t stamped_ = 0;  // in units: the last time that was written
+  uint64_t stamped_ = 0;  // the last time written, in units
   uint64_t max_idle_clocks_;
-  uint64_t idle_clocks_ = 0;         // of the stay in Run-Test/Idle under way
-  std::optional<uint64_t> fell_at_;  // TCK, which is not drawn yet
+  uint64_t idle_clocks_ = 0;         // of the current stay in Run-Test/Idle
+  std::optional<uint64_t> fell_at_;  // a falling edge of TCK that is not drawn yet
   bool idle_;
   bool tms_;
-  std::string text_;  // not handed to the sink yet
+  std::string text_;  // not yet passed to the sink
 };
 
-// The unit of time of a dump, in nanoseconds: 1, 10 or 100 times a power of 1000. It is 1 where a
-// pin call does not take whole nanoseconds.
+// The time unit of a dump, in nanoseconds: 1, 10 or 100 times a power of 1000. It is 1 if a pin
+// call does not take whole nanoseconds.
 uint64_t VcdUnit(double call_time);
 
-// The scans, a line each, as ScanText() has them. The number is the one that the file's scans go
-// by, none for a scan that the driver makes of itself. A scan that the driver leaves in its middle
-// ends in "stopped".
+// The scans, one line each, in the format of ScanText(). The number is that of the file's scan; a
+// scan that the driver makes by itself has none. A scan that the driver leaves in the middle ends
+// in "stopped".
 class ScanList {
  public:
   explicit ScanList(TextSink sink) : sink_(std::move(sink)) {}
 
-  // A scan that has been updated.
+  // Writes a scan that has been updated.
   void Add(const LineScan &scan);
 
-  // Writes `scan`, the last on the lines, if it was not left.
+  // Writes `scan`, the last on the lines, if the TAP has not left it.
   void Finish(const LineScan &scan);
 
  private:

@@ -18,7 +18,7 @@ class Verdict {
  public:
   Verdict(Rehearsal &rehearsal, const TvbFile &file) : rehearsal_(rehearsal), file_(file) {}
 
-  // Reports it and returns the exit code.
+  // Reports the verdict and returns the exit code.
   int Tell() {
     const DriverResult &result = rehearsal_.result();
     if (result.stop == DriverStop::kMismatch) {
@@ -83,7 +83,7 @@ class Verdict {
     return kFailed;
   }
 
-  // The file was played: is there more of it?
+  // The file was played: check whether more of it follows.
   void TellRest() {
     while (rehearsal_.playhead().Next()) {
     }

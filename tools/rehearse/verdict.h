@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// What came of a rehearsal that has been run, for the user.
+// Reports the result of a finished rehearsal to the user.
 #pragma once
 
 #include <cstdint>
@@ -13,16 +13,16 @@
 
 namespace tool {
 
-// Reports why it did not end well, if so, on standard error, and returns the exit code. `file` is
-// what was played. Takes the rehearsal's playhead to the end of the file or to the record that is
-// at fault.
+// Reports on standard error why the rehearsal did not end well, if so, and returns the exit code.
+// `file` is the played file. Moves the rehearsal's playhead to the end of the file or to the faulty
+// record.
 int TellVerdict(Rehearsal &rehearsal, const TvbFile &file);
 
-// The line that ends the output: what was played and, by the exit code, how it ended.
+// The last line of the output: what was played and, by the exit code, how it ended.
 std::string Summary(Rehearsal &rehearsal, int code);
 
-// The table of `--time`, a few lines: what the download costs on a board, in pin calls, clocks,
-// waits and time. `call_time`: what a pin call takes, in nanoseconds.
+// The table of `--time`, a few lines: the cost of the download on a board in pin calls, clocks,
+// waits and time. `call_time`: the duration of a pin call in nanoseconds.
 std::string TimeTable(const LineCounts &counts, const BoardClock &clock, double call_time);
 
 }  // namespace tool
