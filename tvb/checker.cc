@@ -143,7 +143,7 @@ class Checker {
   }
 
   bool AtRecordOrEnd(uint64_t offset) const {
-    return offset >= image_.size() || image_[static_cast<size_t>(offset)] == '^';
+    return offset >= image_.size() || image_[static_cast<size_t>(offset)] == kMark;
   }
 
   // The walk has stopped. Returns true if it can continue at the end given by the last record's

@@ -8,6 +8,9 @@
 
 namespace tvb {
 
+// The byte that begins a record.
+constexpr uint8_t kMark = '^';
+
 // The opcodes of the file.
 enum Opcode : uint8_t {
   kReserved1 = 1,

@@ -17,7 +17,7 @@ PlayOrder::PlayOrder(Bytes image, const HeaderView &header, const Player &player
     : image_(image), plain_(header.plain()), position_(header.size), player_(player) {}
 
 std::optional<PlayedRecord> PlayOrder::Next() {
-  if (faulted_ || position_ >= image_.size() || image_[static_cast<size_t>(position_)] != '^') {
+  if (faulted_ || position_ >= image_.size() || image_[static_cast<size_t>(position_)] != kMark) {
     return std::nullopt;
   }
   PlayedRecord played;

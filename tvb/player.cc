@@ -11,8 +11,6 @@ constexpr uint64_t kWalkToShiftIr = 4;
 constexpr uint64_t kWalkToShiftDr = 3;
 constexpr uint64_t kWalkBack = 2;
 
-constexpr uint64_t kWaitUnit = 100;  // microseconds
-
 // Uses the player's arithmetic, modulo 2^64.
 RunTestField TimeField(uint64_t stored) {
   RunTestField field;
@@ -117,8 +115,8 @@ uint64_t RunTestWait(uint64_t clocks, uint32_t hz, uint64_t elapsed_ns) {
   if (elapsed_ns >= 1000 * required) {
     return 0;
   }
-  const uint64_t units = (required - elapsed_ns / 1000) / kWaitUnit + 1;
-  return 1000 * kWaitUnit * units;
+  const uint64_t units = (required - elapsed_ns / 1000) / (kWaitUnit / 1000) + 1;
+  return kWaitUnit * units;
 }
 
 ClockRate ClockRate::AtLoad() {

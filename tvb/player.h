@@ -96,6 +96,9 @@ uint64_t RunTestClocks(const RecordView &record, uint64_t hz);
 // The number of pin callback calls in a run-test of `clocks` clocks.
 uint64_t RunTestPinCalls(uint64_t clocks);
 
+// The unit in which the player waits, in nanoseconds.
+constexpr uint64_t kWaitUnit = 100000;
+
 // How long the player waits, in nanoseconds, at the end of a run-test of `clocks` clocks at `hz`
 // that took `elapsed_ns` nanoseconds: the time still missing, in whole units of 100 us.
 uint64_t RunTestWait(uint64_t clocks, uint32_t hz, uint64_t elapsed_ns);

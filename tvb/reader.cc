@@ -10,8 +10,6 @@
 namespace tvb {
 namespace {
 
-constexpr uint8_t kMark = '^';
-
 // Reads the body of one record, whose opcode has been read, into its view.
 class BodyReader {
  public:

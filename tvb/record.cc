@@ -96,7 +96,7 @@ void AppendRecord(Buffer &file, uint8_t opcode, Bytes body) {
     throw Error("a record of " + std::to_string(body.size()) +
                 " bytes is too long for the file's lengths; split the shift");
   }
-  file.push_back('^');
+  file.push_back(kMark);
   AppendNumber(file, static_cast<uint32_t>(length));
   file.push_back(opcode);
   Append(file, body);

@@ -44,8 +44,9 @@ tvb::Buffer GoodFile() {
   tvb::Writer writer;
   writer.ClearPads();
   writer.FreshFrequency(1000000);
-  writer.Sir(8, {0x60});
-  writer.Sdr(12, {0x12, 0x30}, {0xFF, 0xF0}, {0xFF, 0xF0});
+  const tvb::Buffer ones = {0xFF, 0xF0};
+  writer.Sir(8, tvb::Buffer{0x60});
+  writer.Sdr(12, tvb::Buffer{0x12, 0x30}, ones, ones);
   writer.RunTest(10);
   return writer.Finish();
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// A program of another house: plays a command file by the installed library, on lines that go
+// A separate program: plays a command file with the installed library, on lines that go
 // nowhere, and prints the result and how often TCK rose.
 #include <host.h>
 

@@ -96,9 +96,10 @@ int Compile(const CompileCommand &command) {
   return kDone;
 }
 
+constexpr uint32_t kMaxDevices = 100000;
+
 // "BEFORE,AFTER".
 std::optional<tvb::ChainPlace> ParsePlace(std::string_view text) {
-  constexpr uint32_t kMaxDevices = 100000;
   tvb::ChainPlace place;
   const char *end = text.data() + text.size();
   const auto before = std::from_chars(text.data(), end, place.before);
@@ -118,9 +119,9 @@ std::string CheckPlace(const std::string &text) {
   return ParsePlace(text)
              ? ""
              : fmt::format(
-                   "expected BEFORE,AFTER, two numbers of devices up to 100000, as in 1,2; "
+                   "expected BEFORE,AFTER, two numbers of devices up to {}, as in 1,2; "
                    "found '{}'",
-                   text);
+                   kMaxDevices, text);
 }
 
 // "raw, run-length, ... or lzw".

@@ -6,10 +6,11 @@
 
 #include <cmath>
 
+#include "tvb/player.h"
+
 namespace tool {
 namespace {
 
-constexpr uint64_t kDriverWait = 100000;
 constexpr size_t kLongText = 1 << 16;
 constexpr char kStateCode = '%';
 
@@ -31,7 +32,7 @@ std::string UnitText(uint64_t unit) {
 }  // namespace
 
 uint64_t VcdUnit(double call_time) {
-  uint64_t unit = kDriverWait;
+  uint64_t unit = tvb::kWaitUnit;
   while (unit > 1 && std::fmod(call_time, static_cast<double>(unit)) != 0) {
     unit /= 10;
   }
