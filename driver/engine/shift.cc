@@ -63,8 +63,9 @@ static u64 vector_bits(const u8 *vector) {
 static bool build_instruction_shift(struct vector_end *end, u32 bits, const u8 *tdi,
                                     const u8 *tdo) {
   const u64 own = static_cast<u64>(bits) + INSTRUCTION_WALK + CLOSING;
-  // A length that has outlived its vector is requested, but takes no room.
-  if (!m7_begin_vector(end, own + g_hir_len + g_tir_len,
+  // A length that has outlived its vector is requested, but takes no room. The sum is one of 32
+  // bits, so that even the largest such length does not stop later scans.
+  if (!m7_begin_vector(end, static_cast<u32>(own) + g_hir_len + g_tir_len,
                        own + vector_bits(g_hir_vector) + vector_bits(g_tir_vector)))
     return false;
   m7_append_tms(end, 1);
@@ -78,7 +79,7 @@ static bool build_instruction_shift(struct vector_end *end, u32 bits, const u8 *
 
 static bool build_data_shift(struct vector_end *end, u32 bits, const u8 *tdi, const u8 *tdo) {
   const u64 own = static_cast<u64>(bits) + DATA_WALK + CLOSING;
-  if (!m7_begin_vector(end, own + g_hdr_len + g_tdr_len,
+  if (!m7_begin_vector(end, static_cast<u32>(own) + g_hdr_len + g_tdr_len,
                        own + vector_bits(g_hdr_vector) + vector_bits(g_tdr_vector)))
     return false;
   m7_append_tms(end, 1);

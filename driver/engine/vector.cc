@@ -7,7 +7,6 @@
 extern "C" {
 
 #define VECTOR_SIZE_AT_LOAD 3200
-#define VECTOR_SIZE_MAX 0xFFFFFFFFu
 
 u8 *g_vector;
 u32 g_vector_size = VECTOR_SIZE_AT_LOAD;
@@ -87,12 +86,8 @@ void Quorlan_MemSet(u32 length) {
   empty_vector(length);
 }
 
-bool m7_begin_vector(struct vector_end *end, u64 asked, u64 needed) {
-  if (asked > VECTOR_SIZE_MAX) {
-    give_up(end);
-    return false;
-  }
-  *end = empty_vector(static_cast<u32>(asked));
+bool m7_begin_vector(struct vector_end *end, u32 asked, u64 needed) {
+  *end = empty_vector(asked);
   if (!end->given_up && needed >= M7_ALLOC_MAX)
     give_up(end);
   return !end->given_up;

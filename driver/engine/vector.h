@@ -52,9 +52,9 @@ struct vector_end {
 void Quorlan_MemSet(u32 length);
 
 // Empties the vector for a scan as Quorlan_MemSet(asked) does and sets `end`. Returns false, with
-// the download stopped, when `asked` is 2^32 or more, when there is no buffer, or when none can
-// hold the `needed` characters that the scan really has.
-bool m7_begin_vector(struct vector_end *end, u64 asked, u64 needed);
+// the download stopped, when there is no buffer, or when none can hold the `needed` characters that
+// the scan really has.
+bool m7_begin_vector(struct vector_end *end, u32 asked, u64 needed);
 
 // Replaces the buffer by a new one of g_vector_size bytes, with an empty vector. Returns its end.
 // A failure is reported and stops the download as by Quorlan_MemSet.

@@ -49,6 +49,12 @@ class DownloadCarry : public shim::Test {
   std::optional<Bench> bench_{"idcode=0x0A014C35,part=2x8"};
 };
 
+TEST_F(DownloadCarry, ALengthThatNoVectorHasDoesNotStopLaterDownloads) {
+  EXPECT_EQ(Play(Record(12, {0xFF, 0xFF, 0xFF, 0xFF, 0x0F, 0x00, 0x17})), 0);
+  EXPECT_EQ(g_hir_len, 0xFFFFFFFFu);
+  EXPECT_EQ(Play(scan_), 1);
+}
+
 TEST_F(DownloadCarry, LowestFrequencyOfAllFilesWins) {
   EXPECT_EQ(Play(Join({Frequency(2000000), Frequency(5000000), scan_, wait_})), 1);
   EXPECT_EQ(IdleClocks(), 2000u);
