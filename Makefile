@@ -31,7 +31,7 @@ SETUP := $(if $(filter no,$(M7_SETUP)),true,scripts/setup)
 NEED := $(SETUP) --check
 FETCH := $(if $(filter no,$(M7_SETUP)),true,scripts/fetch-kernel)
 KERNEL_IS_FETCHED := $(filter $(CURDIR)/build/kernel/headers,$(KDIR))
-LIB_TREE := $(if $(SANITIZE),build/host-sanitize,build/host)
+LIB_TREE := $(if $(SANITIZE),build/lib-sanitize,build/host)
 
 # A make that hands out jobs hands them to the build tools as well.
 PARALLEL = $(if $(findstring jobserver,$(MAKEFLAGS)),,-j$(JOBS))
@@ -83,7 +83,7 @@ uninstall: ## Remove what `make install` with the same PREFIX and DESTDIR has in
 
 test: ## Run every test: host, sanitized, kernel in QEMU, tool, install, checks
 	$(SETUP) lib tools test fuzz modules qemu judges docs
-	+$(MAKE) --no-print-directory -j$(JOBS) host sanitize fuzzers modules
+	+$(MAKE) --no-print-directory -j$(JOBS) host sanitize modules
 	$(TEST) -j$(JOBS)
 
 test-host: host ## Run the host tests only
@@ -101,7 +101,7 @@ demo: ## Watch the driver program, verify and refuse a simulated CPLD on Linux 5
 	demo/run
 
 fuzz: fuzzers ## Fuzz the tool and the driver for FUZZ_SECONDS=60
-	tests/fuzz/run build/fuzz
+	tests/fuzz/run build/sanitize
 
 bench: host ## Measure tvb compile on a file of 100 MB
 	cmake --build build/host --target bench_compile
@@ -119,11 +119,11 @@ host:
 	+$(BUILD) host $(PARALLEL)
 
 sanitize:
-	$(NEED) lib test tools
+	$(NEED) lib test tools fuzz
 	cmake --preset sanitize
 	+$(BUILD) sanitize $(PARALLEL)
 
 fuzzers:
-	$(NEED) lib tools fuzz
-	cmake --preset fuzz
+	$(NEED) lib test tools fuzz
+	cmake --preset sanitize
 	+$(BUILD) fuzz $(PARALLEL)

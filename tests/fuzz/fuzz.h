@@ -10,7 +10,7 @@
 
 #include "tools/cli/output_file.h"
 
-// The one function that each target defines; the fuzzer, or replay.cc, calls it once per input. The
+// The one function that each target defines; libFuzzer calls it once per input. The
 // bytes are in a block of exactly `size`, so that reads past the end are detected.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 

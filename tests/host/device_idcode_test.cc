@@ -12,7 +12,7 @@ namespace {
 
 constexpr uint32_t kIdcode = 0x0A014C35;
 
-const char kCannotRead[] = "Error: Cannot Read CHIP IDCODE\r\n";
+const char kNoIdcode[] = "Error: Cannot Read CHIP IDCODE\r\n";
 
 class DeviceIdcodeTest : public EngineTest {
  protected:
@@ -105,7 +105,7 @@ TEST_F(DeviceIdcodeTest, StoppedRunCannotRead) {
   g_chip_idcode = shim::NewString("0");
   g_status = 0;
   Quorlan_ReadIdCode(1, 1);
-  EXPECT_EQ(shim::Messages(), (Messages{shim::Log(43, 2, kCannotRead)}));
+  EXPECT_EQ(shim::Messages(), (Messages{shim::Log(43, 2, kNoIdcode)}));
   EXPECT_EQ(g_chip_idcode, nullptr);
   EXPECT_EQ(pins.Text(), "");
 }
@@ -139,7 +139,7 @@ TEST_F(DeviceIdcodeTest, WithoutMemoryForTheReadItIsReported) {
     shim::ClearMessages();
     shim::FailAllocation(n);
     Quorlan_ReadIdCode(1, 1);
-    EXPECT_EQ(shim::Messages(), (Messages{shim::Log(43, 2, kCannotRead)})) << n;
+    EXPECT_EQ(shim::Messages(), (Messages{shim::Log(43, 2, kNoIdcode)})) << n;
     EXPECT_EQ(g_chip_idcode, nullptr) << n;
     EXPECT_EQ(shim::LiveRequests(), 1u) << n;
   }

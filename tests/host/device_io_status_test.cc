@@ -12,7 +12,7 @@ namespace {
 
 const char kNoIo[] = "Error: NO IO is found\n";
 const char kTitle[] = "IO Status: \n";
-const char kCannotRead[] = "Error: Cannot Read CHIP IO Status\n";
+const char kNoIoStatus[] = "Error: Cannot Read CHIP IO Status\n";
 
 class DeviceIoStatusTest : public EngineTest {
  protected:
@@ -93,7 +93,7 @@ TEST_F(DeviceIoStatusTest, StoppedRunCannotRead) {
   g_chip_io_status = shim::NewString("01");
   g_status = 0;
   Quorlan_ReadIOStatus(1, 1);
-  EXPECT_EQ(shim::Messages(), Printks({kCannotRead}));
+  EXPECT_EQ(shim::Messages(), Printks({kNoIoStatus}));
   EXPECT_EQ(g_chip_io_status, nullptr);
 }
 
@@ -112,7 +112,7 @@ TEST_F(DeviceIoStatusTest, WithoutMemoryItIsReported) {
     shim::ClearMessages();
     shim::FailAllocation(n);
     Quorlan_ReadIOStatus(1, 1);
-    EXPECT_EQ(shim::Messages(), Printks({kCannotRead})) << n;
+    EXPECT_EQ(shim::Messages(), Printks({kNoIoStatus})) << n;
     EXPECT_EQ(shim::LiveRequests(), 1u) << n;
   }
 }
@@ -120,7 +120,7 @@ TEST_F(DeviceIoStatusTest, WithoutMemoryItIsReported) {
 TEST_F(DeviceIoStatusTest, LengthsThatNoBlockHoldsAreReported) {
   g_io_len = 0xFFFFFFFF;
   Quorlan_ReadIOStatus(1, 1);
-  EXPECT_EQ(shim::Messages(), Printks({kCannotRead}));
+  EXPECT_EQ(shim::Messages(), Printks({kNoIoStatus}));
   EXPECT_EQ(pins.reads(), 0u);
 }
 

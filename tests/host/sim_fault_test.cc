@@ -276,14 +276,14 @@ TEST(SimFaultText, ListIsRead) {
   EXPECT_EQ(count, 0u);
 }
 
-struct BadText {
+struct BadFault {
   const char *text;
   size_t position;
   const char *reason;
 };
 
 TEST(SimFaultText, ErrorsNameTheirPlace) {
-  const BadText bad[] = {
+  const BadFault bad[] = {
       {"flop=1:2", 0, "unknown fault"},
       {";", 0, "a fault is expected"},
       {"tdo-stuck-1;", 12, "a fault is expected"},
@@ -297,7 +297,7 @@ TEST(SimFaultText, ErrorsNameTheirPlace) {
       {"flip=3:-1", 7, "a number is expected"},
       {"flip=4294967296:1", 5, "the number is larger than 32 bits"},
   };
-  for (const BadText &test : bad) {
+  for (const BadFault &test : bad) {
     sim_u32 count = 77;
     sim_text_error error = {};
     EXPECT_EQ(sim_faults_parse(test.text, nullptr, 0, &count, &error), -1) << test.text;

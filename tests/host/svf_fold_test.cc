@@ -14,7 +14,7 @@
 
 namespace {
 
-using Records = std::vector<tvb::Buffer>;
+using RecordList = std::vector<tvb::Buffer>;
 
 // A reserved record of `size` bytes of body that say which it is.
 tvb::Buffer Record(uint32_t which, size_t size = 8) {
@@ -27,7 +27,7 @@ tvb::Buffer Record(uint32_t which, size_t size = 8) {
   return record;
 }
 
-size_t Size(const Records &records) {
+size_t Size(const RecordList &records) {
   size_t size = 0;
   for (const tvb::Buffer &record : records) {
     size += record.size();
@@ -36,7 +36,7 @@ size_t Size(const Records &records) {
 }
 
 struct Folded {
-  explicit Folded(const Records &records)
+  explicit Folded(const RecordList &records)
       : folder([this](tvb::Bytes bytes) { out.insert(out.end(), bytes.begin(), bytes.end()); }) {
     for (const tvb::Buffer &record : records) {
       folder.Put(record);
@@ -45,11 +45,11 @@ struct Folded {
   }
 
   // The records as they are played, loops written out; at most so many.
-  Records Unfolded(size_t most = 1u << 30) const {
+  RecordList Unfolded(size_t most = 1u << 30) const {
     tvb::Buffer image = tvb::Writer().Take();
     const size_t start = image.size();
     image.insert(image.end(), out.begin(), out.end());
-    Records played;
+    RecordList played;
     uint64_t begin = 0;
     uint32_t passes = 0;
     for (uint64_t at = start; at < image.size() && played.size() < most;) {
@@ -76,8 +76,8 @@ struct Folded {
   tool::RecordFolder folder;
 };
 
-Records Repeat(const std::string &pattern, size_t times) {
-  Records records;
+RecordList Repeat(const std::string &pattern, size_t times) {
+  RecordList records;
   for (size_t i = 0; i < times; ++i) {
     for (char which : pattern) {
       records.push_back(Record(static_cast<uint32_t>(which)));
@@ -87,7 +87,7 @@ Records Repeat(const std::string &pattern, size_t times) {
 }
 
 TEST(SvfFold, FoldsARun) {
-  const Records records = Repeat("a", 1000);
+  const RecordList records = Repeat("a", 1000);
   const Folded folded(records);
   EXPECT_EQ(folded.out.size(), 5 + 11 + 3u);
   EXPECT_EQ(folded.folder.records(), 3u);
@@ -96,7 +96,7 @@ TEST(SvfFold, FoldsARun) {
 }
 
 TEST(SvfFold, FoldsTheOuterRepeatNotTheInner) {
-  const Records records = Repeat("aab", 500);
+  const RecordList records = Repeat("aab", 500);
   const Folded folded(records);
   EXPECT_EQ(folded.folder.loops(), 1u);
   EXPECT_EQ(folded.out.size(), 5 + 3 * 11 + 3u);
@@ -105,7 +105,7 @@ TEST(SvfFold, FoldsTheOuterRepeatNotTheInner) {
 
 TEST(SvfFold, LeavesWhatALoopWouldNotMakeSmaller) {
   // Seven bytes twice, and seven is what a loop costs.
-  const Records records = {Record(1, 0), Record(1, 1), Record(1, 0), Record(1, 1)};
+  const RecordList records = {Record(1, 0), Record(1, 1), Record(1, 0), Record(1, 1)};
   EXPECT_EQ(Size(records), 14u);
   const Folded folded(records);
   EXPECT_EQ(folded.folder.loops(), 0u);
@@ -113,7 +113,7 @@ TEST(SvfFold, LeavesWhatALoopWouldNotMakeSmaller) {
 }
 
 TEST(SvfFold, FoldsAsSoonAsItSaves) {
-  const Records records = {Record(1, 5), Record(1, 5)};
+  const RecordList records = {Record(1, 5), Record(1, 5)};
   EXPECT_EQ(Size(records), 16u);
   const Folded folded(records);
   EXPECT_EQ(folded.out.size(), 15u);
@@ -122,7 +122,7 @@ TEST(SvfFold, FoldsAsSoonAsItSaves) {
 
 TEST(SvfFold, TakesBodiesUpToItsLimit) {
   for (size_t period : {tool::RecordFolder::kMaxBody, tool::RecordFolder::kMaxBody + 1}) {
-    Records records;
+    RecordList records;
     for (uint32_t copy = 0; copy < 40; ++copy) {
       for (uint32_t i = 0; i < period; ++i) {
         records.push_back(Record(i));
@@ -136,7 +136,7 @@ TEST(SvfFold, TakesBodiesUpToItsLimit) {
 
 TEST(SvfFold, FollowsALoopFarBeyondItsWindow) {
   const size_t copies = 20 * tool::RecordFolder::kWindowRecords;
-  Records records = Repeat("abc", copies);
+  RecordList records = Repeat("abc", copies);
   records.push_back(Record('a'));
   records.push_back(Record('b'));
   records.push_back(Record('x'));
@@ -147,7 +147,8 @@ TEST(SvfFold, FollowsALoopFarBeyondItsWindow) {
 
 TEST(SvfFold, KeepsRecordsLargerThanItsWindow) {
   const tvb::Buffer large = Record(7, tool::RecordFolder::kWindowBytes + 1);
-  const Records records = {Record(1), large, large, Record(2), large, Record(2), large, Record(2)};
+  const RecordList records = {Record(1), large,     large, Record(2),
+                              large,     Record(2), large, Record(2)};
   const Folded folded(records);
   EXPECT_EQ(folded.Unfolded(), records);
   EXPECT_LT(folded.out.size(), Size(records));
@@ -169,13 +170,13 @@ TEST(SvfFold, FlushEndsALoop) {
 TEST(SvfFold, NeverChangesWhatIsPlayed) {
   std::mt19937 random(1);
   for (int round = 0; round < 150; ++round) {
-    Records records;
+    RecordList records;
     const uint32_t kinds = 1 + random() % 4;
     const size_t count = random() % (round % 10 == 0 ? 20000 : 300);
     while (records.size() < count) {
       const size_t length = 1 + random() % 80;
       const size_t copies = 1 + random() % 6;
-      Records stretch;
+      RecordList stretch;
       for (size_t i = 0; i < length; ++i) {
         stretch.push_back(Record(random() % kinds, random() % 3 * 4));
       }

@@ -10,7 +10,6 @@ namespace {
 
 using tvb::BlockChoice;
 using tvb::Buffer;
-using tvb::Bytes;
 using tvb::Encoding;
 using tvb::FileHeader;
 using tvb::Writer;
@@ -67,7 +66,8 @@ TEST(TvbRecord, AnyOpcodeCanBeFramed) {
 // The length is tested before the body is looked at, so there need not be one.
 TEST(TvbRecord, ABodyTooLongForItsLengthIsRefused) {
   Buffer file = {1, 2, 3};
-  EXPECT_THROW(tvb::AppendRecord(file, 1, Bytes(file.data(), (size_t{1} << 28) - 1)), tvb::Error);
+  EXPECT_THROW(tvb::AppendRecord(file, 1, tvb::Bytes(file.data(), (size_t{1} << 28) - 1)),
+               tvb::Error);
   EXPECT_EQ(file, Buffer({1, 2, 3}));
 }
 

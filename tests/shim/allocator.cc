@@ -9,7 +9,7 @@
 #include <deque>
 #include <unordered_map>
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(M7_SANITIZED)
 #include <sanitizer/asan_interface.h>
 #else
 #define ASAN_POISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))

@@ -144,7 +144,7 @@ TEST_F(ShimTest, CatchesBadFrees) {
 }
 
 // Writes around a block and into a freed one: with the address sanitizer the access itself traps.
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(M7_SANITIZED)
 
 TEST_F(ShimDeathTest, SanitizedAccessesTrap) {
   auto *block = Bytes(__kmalloc(5, kGfpKernel));
@@ -253,14 +253,14 @@ TEST_F(ShimTest, CharacterClassesAreTheKernels) {
     EXPECT_EQ(ctype[c] & 0x01, upper ? 1 : 0) << c;
   }
   EXPECT_EQ(ctype[0x00], 0x08);
-  EXPECT_EQ(ctype['\n'], 0x28);
-  EXPECT_EQ(ctype[' '], 0xA0);
-  EXPECT_EQ(ctype['0'], 0x04);
-  EXPECT_EQ(ctype['@'], 0x10);
-  EXPECT_EQ(ctype['F'], 0x41);
-  EXPECT_EQ(ctype['G'], 0x01);
-  EXPECT_EQ(ctype['f'], 0x42);
-  EXPECT_EQ(ctype['z'], 0x02);
+  EXPECT_EQ(ctype[int{'\n'}], 0x28);
+  EXPECT_EQ(ctype[int{' '}], 0xA0);
+  EXPECT_EQ(ctype[int{'0'}], 0x04);
+  EXPECT_EQ(ctype[int{'@'}], 0x10);
+  EXPECT_EQ(ctype[int{'F'}], 0x41);
+  EXPECT_EQ(ctype[int{'G'}], 0x01);
+  EXPECT_EQ(ctype[int{'f'}], 0x42);
+  EXPECT_EQ(ctype[int{'z'}], 0x02);
   EXPECT_EQ(ctype[0x80], 0x00);
   EXPECT_EQ(ctype[0xDF], 0x02);
   EXPECT_EQ(ctype[0xF7], 0x10);

@@ -23,7 +23,7 @@ enum ExitCode {
   kBad = 2,     // the file or the command line is bad
 };
 
-// Thrown where a command cannot continue. main() prints the message as an error and exits with the
+// Thrown where a command cannot continue. Run() prints the message as an error and exits with the
 // code. `place` locates the error, as "FILE:LINE:COLUMN" or "FILE: offset 0x1A2 (record 7)"; it is
 // empty if the message says it all.
 class Failure : public std::runtime_error {
@@ -51,15 +51,19 @@ struct FileOption {
   bool output;
 };
 
-// What the command line requests. The callback of the selected command sets `run`, which main()
+// What the command line requests. The callback of the selected command sets `run`, which Run()
 // calls once the whole command line has been parsed. It returns the exit code.
 struct Invocation {
   std::function<int()> run;
   std::vector<FileOption> files;  // of all commands
 };
 
+// Does what the command line says and returns the exit code of the process. Takes over the standard
+// streams and SIGXFSZ, so it is for main() alone.
+int Run(int argc, char **argv);
+
 // Adds one command to `app`: a subcommand with its options, whose callback sets invocation.run.
-// Both arguments outlive the call. A new command is declared here and listed in main.cc.
+// Both arguments outlive the call. A new command is declared here and listed in run.cc.
 using AddCommand = void (*)(CLI::App &app, Invocation &invocation);
 
 void AddCompile(CLI::App &app, Invocation &invocation);
