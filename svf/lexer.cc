@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "svf/lexer.h"
 
-#include <algorithm>
-
 #include "svf/text.h"
 
 namespace svf {
@@ -50,24 +48,24 @@ Lexer::Lexer(std::string_view text) : text_(text) {
 Token Lexer::Next() {
   SkipBlanks();
   if (at_ == text_.size()) {
-    return Take(TokenKind::kEnd, 0);
+    return MakeToken(TokenKind::kEnd, 0);
   }
   const char c = text_[at_];
   switch (ClassOf(c)) {
     case CharacterClass::kHexLetter:
     case CharacterClass::kLetter:
-      return Take(TokenKind::kWord, WordLength());
+      return MakeToken(TokenKind::kWord, WordLength());
     case CharacterClass::kDigit:
-      return Take(TokenKind::kNumber, NumberLength());
+      return MakeToken(TokenKind::kNumber, NumberLength());
     case CharacterClass::kSemicolon:
-      return Take(TokenKind::kSemicolon, 1);
+      return MakeToken(TokenKind::kSemicolon, 1);
     case CharacterClass::kOpen:
       return TakeData();
     default:
       break;
   }
   if (c == '.' || IsSign(c)) {
-    return Take(TokenKind::kNumber, NumberLength());
+    return MakeToken(TokenKind::kNumber, NumberLength());
   }
   Fail();
 }
@@ -84,7 +82,7 @@ void Lexer::SkipBlanks() {
   }
 }
 
-Token Lexer::Take(TokenKind kind, size_t length) {
+Token Lexer::MakeToken(TokenKind kind, size_t length) {
   Token token;
   token.kind = kind;
   token.offset = at_;
@@ -117,7 +115,7 @@ size_t Lexer::NumberLength() const {
 
 Token Lexer::TakeData() {
   const HexText hex = ScanHex(text_, at_ + 1);
-  Token token = Take(TokenKind::kData, hex.text.size() + 2);
+  Token token = MakeToken(TokenKind::kData, hex.text.size() + 2);
   token.hex = hex;
   return token;
 }

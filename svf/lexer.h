@@ -51,7 +51,7 @@ class Lexer {
 
  private:
   void SkipBlanks();
-  Token Take(TokenKind kind, size_t length);
+  Token MakeToken(TokenKind kind, size_t length);
   size_t WordLength() const;
   size_t NumberLength() const;
   Token TakeData();

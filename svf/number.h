@@ -32,10 +32,6 @@ class Decimal {
   // The number itself, if it is whole and below 2^63.
   std::optional<uint64_t> Whole() const;
 
-  bool IsZero() const {
-    return digits_ == 0;
-  }
-
  private:
   struct Product {
     uint64_t whole;

@@ -176,11 +176,11 @@ void Parser::ReadRunTestAmounts(RunTestStatement &run) {
   const Token number = token_;
   const Decimal amount = TakeReal("a number of clocks or seconds in this RUNTEST");
   const bool system_clock = Is(token_, "SCK");
-  if (Take("SEC")) {
+  if (Accept("SEC")) {
     run.minimum = {amount, number.offset};
     return;
   }
-  if (!Take("TCK") && !Take("SCK")) {
+  if (!Accept("TCK") && !Accept("SCK")) {
     FailExpected("TCK, SCK or SEC after the number");
   }
   const auto whole = amount.Whole();
@@ -197,11 +197,11 @@ void Parser::ReadRunTestAmounts(RunTestStatement &run) {
 // [MAXIMUM t SEC] [ENDSTATE s] ;
 void Parser::ReadRunTestEnd(RunTestStatement &run) {
   std::string or_what = run.minimum ? "MAXIMUM, ENDSTATE or " : "a minimum time, ENDSTATE or ";
-  if (run.minimum && Take("MAXIMUM")) {
+  if (run.minimum && Accept("MAXIMUM")) {
     run.maximum = TakeTime();
     or_what = "ENDSTATE or ";
   }
-  if (Take("ENDSTATE")) {
+  if (Accept("ENDSTATE")) {
     const size_t offset = token_.offset;
     run.end = {TakeStableState("after ENDSTATE"), offset};
     or_what.clear();
@@ -215,7 +215,7 @@ void Parser::ReadFrequency(Statement &statement) {
   if (token_.kind != TokenKind::kSemicolon) {
     frequency.hertz_offset = token_.offset;
     frequency.hertz = TakeReal("a number of HZ or ';' after FREQUENCY");
-    if (!Take("HZ")) {
+    if (!Accept("HZ")) {
       FailExpected("HZ after the number");
     }
   }
@@ -231,7 +231,7 @@ void Parser::ReadTrst(Statement &statement) {
   auto &trst = statement.what.emplace<TrstStatement>();
   Advance();
   for (const auto &known : kModes) {
-    if (Take(known.word)) {
+    if (Accept(known.word)) {
       trst.mode = known.mode;
       ExpectSemicolon("");
       return;
@@ -245,7 +245,7 @@ void Parser::ReadParallel(Statement &statement) {
   statement.what.emplace<ParallelStatement>();
 }
 
-bool Parser::Take(std::string_view word) {
+bool Parser::Accept(std::string_view word) {
   if (!Is(token_, word)) {
     return false;
   }
@@ -290,7 +290,7 @@ RunTestStatement::Time Parser::TakeTime() {
   RunTestStatement::Time time;
   time.offset = token_.offset;
   time.seconds = TakeReal("a number of seconds");
-  if (!Take("SEC")) {
+  if (!Accept("SEC")) {
     FailExpected("SEC after the number of seconds");
   }
   return time;

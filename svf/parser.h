@@ -163,7 +163,7 @@ class Parser {
   void Advance() {
     token_ = lexer_.Next();
   }
-  bool Take(std::string_view word);
+  bool Accept(std::string_view word);
   uint32_t TakeInteger(const std::string &what);
   Decimal TakeReal(const std::string &what);
   RunTestStatement::Time TakeTime();

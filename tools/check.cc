@@ -38,7 +38,7 @@ int Check(const CheckOptions &options) {
   Progress progress("check", file.image().size());
   const auto report = [&file](const tvb::Finding &finding) {
     const auto print = finding.severity == tvb::Severity::kWarning ? Warning : Error;
-    print(file.Place(finding.offset, finding.record), finding.message);
+    print(file.Where(finding.offset, finding.record), finding.message);
   };
   const tvb::CheckResult result = tvb::CheckImage(file.image(), report, [&](uint64_t offset) {
     progress.Update(offset);

@@ -116,7 +116,7 @@ void RefuseLongLoops(const TvbFile &file) {
           fmt::format("SVF has no loops, and with those of this file written out it would "
                       "have more than {} statements",
                       NumberText(kMaxStatements)),
-          file.Place(loop.offset, loop.index));
+          file.Where(loop.offset, loop.index));
     }
   }
 }
@@ -174,7 +174,7 @@ class Decompiler {
   void Shift(const tvb::RecordView &record) {
     if (record.bits() == 0) {
       throw Failure("a shift of 0 bits has no form in SVF",
-                    file_.Place(record.offset, record.index));
+                    file_.Where(record.offset, record.index));
     }
     const tvb::Buffer zeros(tvb::BytesOfBits(record.bits()), 0);
     const bool compares = record.Block(tvb::kTagMask) != nullptr;
@@ -279,7 +279,7 @@ struct DecompileOptions {
 // with other errors has an SVF that does what the player does.
 void RefuseErrors(TvbFile &file, bool force) {
   const auto refuse = [&file, force](const tvb::Finding &finding) {
-    const std::string place = file.Place(finding.offset, finding.record);
+    const std::string place = file.Where(finding.offset, finding.record);
     if (finding.severity == tvb::Severity::kBroken) {
       throw Failure(finding.message, place);
     }

@@ -18,9 +18,6 @@ struct BlockChoice {
   std::optional<Encoding> encoding;  // absent: the smallest, raw if none is smaller
   std::optional<int64_t> parameter;  // of that encoding; see its Codec
 
-  static BlockChoice Smallest() {
-    return {};
-  }
   static BlockChoice As(Encoding encoding) {
     return {encoding, std::nullopt};
   }

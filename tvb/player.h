@@ -106,6 +106,11 @@ uint64_t RunTestWait(uint64_t clocks, uint32_t hz, uint64_t elapsed_ns);
 // The frequency that a run-test sets if none is set, in Hz.
 constexpr uint32_t kDefaultHz = 1000000;
 
+// The frequency of run-tests where files have set none but `limit`; 0: none at all.
+constexpr uint32_t HzWithin(uint32_t limit) {
+  return limit != 0 ? limit : kDefaultHz;
+}
+
 // The TCK frequency in force, in Hz, below 2^31, as far as it is known. The player keeps the lowest
 // frequency that any file has set since it was loaded, until a file sets 0, which means unset. A
 // run-test that finds it unset sets it to kDefaultHz, which then stays.

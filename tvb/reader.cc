@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tvb/reader.h"
 
-#include <algorithm>
 #include <string>
 
 #include "tvb/names.h"

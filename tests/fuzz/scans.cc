@@ -6,7 +6,7 @@
 namespace fuzz {
 namespace {
 
-constexpr uint64_t kMaxRecords = 2000;
+constexpr uint64_t kMaxSteps = 2000;
 constexpr uint64_t kMaxBits = 100000;
 
 tvb::PlayOrder Order(tvb::Bytes image) {
@@ -37,7 +37,7 @@ bool IsMuch(tvb::Bytes image) {
   uint64_t bits = 0;
   while (const std::optional<tvb::PlayedRecord> played = order.Next()) {
     bits += played->record.IsShift() || played->record.IsPad() ? played->record.bits() : 0;
-    if (played->step > kMaxRecords || bits > kMaxBits) {
+    if (played->step > kMaxSteps || bits > kMaxBits) {
       return true;
     }
   }

@@ -63,7 +63,7 @@ TEST(SvfDecimal, TellsWholeNumbers) {
   EXPECT_EQ(Decimal::Parse("1.5E1")->Whole(), 15u);
   EXPECT_FALSE(Decimal::Parse("1.5")->Whole());
   EXPECT_FALSE(Decimal::Parse("1E30")->Whole());
-  EXPECT_TRUE(Decimal::Parse("0.00")->IsZero());
+  EXPECT_EQ(Decimal::Parse("0.00")->Whole(), 0u);
 }
 
 TEST(SvfDecimal, ReadsNothingElse) {

@@ -106,11 +106,11 @@ void InputFile::Fail(const char *reason) const {
 
 TvbFile::TvbFile(const std::string &path) : file_(path), header_(tvb::ReadHeader(image())) {
   if (header_.fault) {
-    throw Failure(header_.fault->message, Place(header_.fault->offset));
+    throw Failure(header_.fault->message, Where(header_.fault->offset));
   }
 }
 
-std::string TvbFile::Place(uint64_t offset, uint64_t record) const {
+std::string TvbFile::Where(uint64_t offset, uint64_t record) const {
   const std::string place = fmt::format("{}: offset {}", name(), tvb::Hex(offset));
   return record == 0 ? place : fmt::format("{} (record {})", place, record);
 }

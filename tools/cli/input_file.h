@@ -75,7 +75,7 @@ class TvbFile {
 
   // The place for a message: "FILE: offset 0x1A2 (record 7)". `record` is 0 if the message belongs
   // to no record.
-  std::string Place(uint64_t offset, uint64_t record = 0) const;
+  std::string Where(uint64_t offset, uint64_t record = 0) const;
 
   // As InputFile::Forget().
   void Forget(uint64_t before) {

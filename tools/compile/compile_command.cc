@@ -74,7 +74,7 @@ void CompileText(Compiler &compiler, InputFile &input, SourceNotes &notes) {
     }
     compiler.Finish();
   } catch (const svf::Error &error) {
-    throw Failure(error.what(), notes.Place(error.offset()));
+    throw Failure(error.what(), notes.Where(error.offset()));
   }
 }
 

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "svf/text.h"
 #include "tvb/number.h"
@@ -56,11 +57,10 @@ void Compiler::Compile(const svf::Statement &statement) {
 
 void Compiler::Finish() {
   tap_.Finish();
-  const WrittenCounts &counts = writer_.counts();
-  if (counts.instruction_scans + counts.data_scans + counts.run_tests == 0) {
-    notes_.Warning(offset_, "the file has no scan and no RUNTEST; nothing will be played");
-  }
-  if (!writer_.is_open()) {
+  if (!open_) {
+    if (!HoldsRunTest()) {
+      notes_.Warning(offset_, "the file has no scan and no RUNTEST; nothing will be played");
+    }
     Open(nullptr, nullptr);
   }
   writer_.Finish();
@@ -79,7 +79,7 @@ void Compiler::Compile(const svf::ScanStatement &scan) {
       instruction
           ? joiner_.Join(Loaded(Register::kHir), Loaded(Register::kSir), Loaded(Register::kTir))
           : joiner_.Join(Loaded(Register::kHdr), Loaded(Register::kSdr), Loaded(Register::kTdr));
-  if (writer_.is_open() || !Open(&scan, &joined)) {
+  if (open_ || !Open(&scan, &joined)) {
     writer_.Scan(OpcodeOf(scan.which), joined);
   }
   tap_.EndScan(instruction, instruction ? end_ir_ : end_dr_, offset_);
@@ -127,7 +127,7 @@ void Compiler::Compile(const svf::EndStatement &end) {
 
 void Compiler::Compile(const svf::StateStatement &state) {
   if (const uint64_t clocks = tap_.Walk(state, offset_)) {
-    writer_.RunTest(0, clocks);
+    RunTest({0, clocks});
   }
 }
 
@@ -146,14 +146,14 @@ void Compiler::Compile(const svf::RunTestStatement &run) {
                    "the player has no system clock; clocks of SCK are given as clocks of TCK");
   }
   const auto plan = PlanRunTest(run.count ? run.count->clocks : 0,
-                                run.minimum ? run.minimum->seconds : svf::Decimal(), writer_.hz());
+                                run.minimum ? run.minimum->seconds : svf::Decimal(), hz());
   if (!plan) {
     throw svf::Error(run.minimum->offset,
                      fmt::format("a RUNTEST takes at most {} seconds in a TVB file; write several",
                                  tvb::kMaxTime / 1000000));
   }
   CheckMaximum(run, plan->clocks);
-  writer_.RunTest(plan->microseconds, plan->clocks);
+  RunTest(*plan);
 }
 
 void Compiler::CheckMaximum(const svf::RunTestStatement &run, uint64_t clocks) {
@@ -166,13 +166,13 @@ void Compiler::CheckMaximum(const svf::RunTestStatement &run, uint64_t clocks) {
     throw svf::Error(run.maximum->offset,
                      "the MAXIMUM is less than the minimum time before it; correct one of them");
   }
-  const double taken = static_cast<double>(clocks) * kNanoseconds / writer_.hz();
+  const double taken = static_cast<double>(clocks) * kNanoseconds / hz();
   if (taken > static_cast<double>(maximum) && !warned_of_maximum_) {
     warned_of_maximum_ = true;
     notes_.Warning(run.maximum->offset,
                    fmt::format("the {} clocks of this RUNTEST take longer than its MAXIMUM at {} "
                                "HZ, the frequency in force",
-                               clocks, writer_.hz()));
+                               clocks, hz()));
   }
 }
 
@@ -187,7 +187,7 @@ void Compiler::Compile(const svf::FrequencyStatement &frequency) {
                        "FREQUENCY alone for full speed");
     }
   }
-  writer_.SetFrequency(hz);
+  SetFrequency(hz);
 }
 
 void Compiler::Compile(const svf::TrstStatement &trst) {
@@ -204,31 +204,59 @@ void Compiler::Compile(const svf::ParallelStatement &) {
                    "and TDI alone; take them out, or have the tool write none");
 }
 
-// Chooses the first record, at the first scan or at the end of the file: the player looks for the
-// target's place only there, and files state their pads late, some after a RUNTEST. True if the
-// scan has become that record.
+void Compiler::RunTest(const RunTestPlan &plan) {
+  if (open_) {
+    writer_.RunTest(plan);
+  } else if (plan.clocks != 0) {
+    held_.push_back(plan);
+  }
+}
+
+void Compiler::SetFrequency(uint32_t hz) {
+  limit_ = hz;
+  if (open_) {
+    writer_.SetFrequency(hz);
+  } else {
+    held_.push_back(hz);
+  }
+}
+
+// Starts the file, at its first scan or at its end. True if the scan has been written.
 bool Compiler::Open(const svf::ScanStatement *scan, const tvb::Shift *joined) {
+  const bool written = Opening(scan, joined);
+  open_ = true;
+  for (const Held &held : std::exchange(held_, {})) {
+    if (const auto *plan = std::get_if<RunTestPlan>(&held)) {
+      writer_.RunTest(*plan);
+    } else {
+      writer_.SetFrequency(std::get<uint32_t>(held));
+    }
+  }
+  return written;
+}
+
+// Writes the opening record, if there is to be one. True if it is the scan.
+bool Compiler::Opening(const svf::ScanStatement *scan, const tvb::Shift *joined) {
   const auto place = TargetPlace();
   if (scan != nullptr && IsToldBy(*scan, *joined, place)) {
-    writer_.Open(joined);
+    writer_.OpeningScan(*joined, limit_);
     return true;
   }
-  if (!place || place->IsAlone() || !FitsOpening(*place)) {
-    writer_.Open(nullptr);
-    return false;
+  if (place && !place->IsAlone() && FitsOpening(*place)) {
+    writer_.Opening(*place, IdcodeInstruction(scan), limit_);
   }
-  const tvb::Buffer tdi = tvb::ChainInstructions(*place, IdcodeInstruction(scan));
-  tvb::Shift opening;
-  opening.bits = static_cast<uint32_t>(tvb::kInstructionBits * tdi.size());
-  opening.tdi = tdi;
-  writer_.Open(&opening);
   return false;
+}
+
+bool Compiler::HoldsRunTest() const {
+  return std::any_of(held_.begin(), held_.end(),
+                     [](const Held &held) { return std::holds_alternative<RunTestPlan>(held); });
 }
 
 // True if the scan, the first of the file, itself gives that place, or any place if none is known.
 bool Compiler::IsToldBy(const svf::ScanStatement &scan, const tvb::Shift &joined,
                         const std::optional<tvb::ChainPlace> &place) const {
-  if (scan.which != Register::kSir || writer_.counts().run_tests != 0) {
+  if (scan.which != Register::kSir || HoldsRunTest()) {
     return false;
   }
   const auto told = PlaceToldBy(joined);

@@ -6,6 +6,8 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <variant>
+#include <vector>
 
 #include "svf/parser.h"
 #include "svf/scan_register.h"
@@ -62,7 +64,15 @@ class Compiler {
     return registers_[static_cast<size_t>(which)];
   }
 
+  void RunTest(const RunTestPlan &plan);
+  void SetFrequency(uint32_t hz);
+  uint32_t hz() const {
+    return tvb::HzWithin(limit_);
+  }
+
   bool Open(const svf::ScanStatement *scan, const tvb::Shift *joined);
+  bool Opening(const svf::ScanStatement *scan, const tvb::Shift *joined);
+  bool HoldsRunTest() const;
   bool IsToldBy(const svf::ScanStatement &scan, const tvb::Shift &joined,
                 const std::optional<tvb::ChainPlace> &place) const;
   uint8_t IdcodeInstruction(const svf::ScanStatement *scan) const;
@@ -83,6 +93,13 @@ class Compiler {
   svf::TapState end_dr_ = svf::TapState::kIdle;
   svf::TapState run_ = svf::TapState::kIdle;
   svf::TapState run_end_ = svf::TapState::kIdle;
+  uint32_t limit_ = 0;  // FREQUENCY in hertz; 0: none
+
+  // What comes before the first scan: it is written after the opening record, which is known only
+  // then, because files state their pads late. A limit is one of the frequency.
+  using Held = std::variant<RunTestPlan, uint32_t>;
+  std::vector<Held> held_;
+  bool open_ = false;
 
   bool warned_of_system_clock_ = false;
   bool warned_of_maximum_ = false;

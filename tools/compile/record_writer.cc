@@ -88,68 +88,66 @@ RecordWriter::RecordWriter(bool plain, const tvb::BlockChoice &blocks, double pi
                            RecordFolder::Sink sink)
     : folder_(sink),
       encoder_(blocks),
-      writer_(Header(plain), [this](tvb::Bytes record) { HoldBack(record); }),
+      writer_(Header(plain), [this](tvb::Bytes record) { folder_.Put(record); }),
       cost_(pin_ns) {
   if (!plain) {
-    encode_ = std::ref(encoder_);
-    writer_.Encode(encode_);
+    writer_.Encode(std::ref(encoder_));
   }
   tvb::Buffer header;
   tvb::AppendHeader(header, Header(plain));
   sink(header);
 }
 
-void RecordWriter::Open(const tvb::Shift *first) {
-  Begin();
-  if (first != nullptr) {
-    const tvb::Shift scan = Reduced(*first);
-    tvb::Buffer record;
-    tvb::AppendRecord(record, tvb::kSir, tvb::ShiftBody(scan, encode_));
-    folder_.Put(record);
-    AccountForScan(tvb::kSir, scan);
-  }
-  LetGo();
+void RecordWriter::Opening(const tvb::ChainPlace &place, uint8_t instruction, uint32_t limit) {
+  writer_.Opening(place.before, place.after, instruction);
+  tvb::Shift scan;
+  scan.bits = static_cast<uint32_t>(tvb::kInstructionBits * place.devices());
+  AccountForScan(tvb::kSir, scan, limit);
+}
+
+void RecordWriter::OpeningScan(const tvb::Shift &scan, uint32_t limit) {
+  const tvb::Shift reduced = Reduced(scan);
+  writer_.Scan(tvb::kSir, reduced);
+  AccountForScan(tvb::kSir, reduced, limit);
 }
 
 void RecordWriter::Scan(tvb::Opcode opcode, const tvb::Shift &scan) {
   Begin();
   const tvb::Shift reduced = Reduced(scan);
   writer_.Scan(opcode, reduced);
-  AccountForScan(opcode, reduced);
+  AccountForScan(opcode, reduced, limit_);
 }
 
-void RecordWriter::RunTest(uint64_t microseconds, uint64_t clocks) {
-  if (clocks == 0) {
+void RecordWriter::RunTest(const RunTestPlan &plan) {
+  if (plan.clocks == 0) {
     return;
   }
   Begin();
   ++counts_.run_tests;
-  NoteRate();
-  if (microseconds > 0) {
-    writer_.RunTest(std::chrono::microseconds(microseconds));
-    cost_.AddRunTest(clocks, hz());
+  NoteRate(limit_);
+  if (plan.microseconds > 0) {
+    writer_.RunTest(std::chrono::microseconds(plan.microseconds));
+    cost_.AddRunTest(plan.clocks, clocked_hz_);
     return;
   }
+  uint64_t clocks = plan.clocks;
   while (clocks > 0) {
     const uint64_t piece = std::min(clocks, tvb::kMaxCycles);
     writer_.RunTest(piece);
-    cost_.AddRunTest(piece, hz());
+    cost_.AddRunTest(piece, clocked_hz_);
     clocks -= piece;
   }
 }
 
-void RecordWriter::SetFrequency(uint32_t hz) {
-  hz_ = hz;
+void RecordWriter::SetFrequency(uint32_t limit) {
+  limit_ = limit;
   if (begun_) {
     WriteFrequency();
   }
 }
 
-uint32_t RecordWriter::hz() const {
-  return hz_ != 0 ? hz_ : tvb::kDefaultHz;
-}
-
 void RecordWriter::Finish() {
+  Begin();
   folder_.Flush();
   writer_.Finish();
   folder_.Flush();
@@ -171,52 +169,29 @@ void RecordWriter::Begin() {
 // The player accepts only a lower frequency, unless a 0 comes before it. At 0 it sets its default
 // with the next run-test.
 void RecordWriter::WriteFrequency() {
-  if (hz_ == written_hz_) {
+  if (limit_ == written_hz_) {
     return;
   }
   if (writer_.rate().Exact()) {
     writer_.Frequency(0);
   }
-  if (hz_ != 0) {
-    writer_.Frequency(hz_);
+  if (limit_ != 0) {
+    writer_.Frequency(limit_);
   }
-  written_hz_ = hz_;
+  written_hz_ = limit_;
 }
 
-void RecordWriter::HoldBack(tvb::Bytes record) {
-  constexpr size_t kMaxHeldBytes = 1 << 20;
-  if (is_open_) {
-    folder_.Put(record);
-    return;
-  }
-  tvb::Append(held_bytes_, record);
-  held_ends_.push_back(held_bytes_.size());
-  if (held_bytes_.size() > kMaxHeldBytes) {
-    LetGo();
-  }
-}
-
-void RecordWriter::LetGo() {
-  is_open_ = true;
-  size_t start = 0;
-  for (size_t end : held_ends_) {
-    folder_.Put({held_bytes_.data() + start, end - start});
-    start = end;
-  }
-  held_bytes_ = {};
-  held_ends_ = {};
-}
-
-void RecordWriter::AccountForScan(tvb::Opcode opcode, const tvb::Shift &scan) {
+void RecordWriter::AccountForScan(tvb::Opcode opcode, const tvb::Shift &scan, uint32_t limit) {
   ++(opcode == tvb::kSir ? counts_.instruction_scans : counts_.data_scans);
   counts_.bits += scan.bits;
-  NoteRate();
-  cost_.AddScan(opcode, scan.bits, CountBits(scan.mask), hz());
+  NoteRate(limit);
+  cost_.AddScan(opcode, scan.bits, CountBits(scan.mask), clocked_hz_);
 }
 
-void RecordWriter::NoteRate() {
-  several_rates_ |= clocked_hz_ != 0 && clocked_hz_ != hz();
-  clocked_hz_ = hz();
+void RecordWriter::NoteRate(uint32_t limit) {
+  const uint32_t hz = tvb::HzWithin(limit);
+  several_rates_ |= clocked_hz_ != 0 && clocked_hz_ != hz;
+  clocked_hz_ = hz;
 }
 
 }  // namespace tool

@@ -4,15 +4,14 @@
 // accounts for the cost of playing them.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 #include "svf/number.h"
 #include "tools/compile/record_folder.h"
 #include "tvb/block.h"
 #include "tvb/block_encoder.h"
+#include "tvb/player.h"
 #include "tvb/writer.h"
 
 namespace tool {
@@ -88,9 +87,8 @@ class PlayCost {
 // Passes the bytes of the file to a sink as they become final, header first.
 //
 // The file does not depend on state that the player keeps from earlier downloads: it starts by
-// clearing the header and trailer registers and setting the frequency anew. Only the first record
-// can come before that, because the player examines it before it plays anything. Since SVF files
-// determine that record late, everything is buffered until Open().
+// clearing the header and trailer registers and setting the frequency anew. Only an opening record
+// comes before that, because the player looks for the target's place in the first record.
 class RecordWriter {
  public:
   // `plain`: the header says that blocks are raw, and `blocks` is ignored. `pin_ns`: the duration
@@ -99,31 +97,23 @@ class RecordWriter {
   RecordWriter(const RecordWriter &) = delete;
   RecordWriter &operator=(const RecordWriter &) = delete;
 
-  // Makes `first`, an instruction scan, the first record (null: no particular one), and writes the
-  // buffered records. Call it once, and only while not is_open().
-  void Open(const tvb::Shift *first);
-
-  // True after Open(), and once more than a megabyte of records was buffered: then it is too late
-  // to put a record before them.
-  bool is_open() const {
-    return is_open_;
-  }
+  // Writes the first record, which tells the target's place: one made for that, or an instruction
+  // scan of the file's own. Call one of them before all else, or none. `limit`: of the frequency,
+  // as for SetFrequency(), by which the cost of this record is counted; the file sets none yet.
+  void Opening(const tvb::ChainPlace &place, uint8_t instruction, uint32_t limit);
+  void OpeningScan(const tvb::Shift &scan, uint32_t limit);
 
   // Writes a scan. An all-zero mask means no comparison; don't-care bits are chosen by the writer.
   void Scan(tvb::Opcode opcode, const tvb::Shift &scan);
 
-  // Writes a run-test of that many clocks at hz(), as a time if that is not 0; nothing if there are
-  // no clocks.
-  void RunTest(uint64_t microseconds, uint64_t clocks);
+  // Writes a run-test, several if one cannot count the clocks; nothing if there are none.
+  void RunTest(const RunTestPlan &plan);
 
   // Limits the frequency from here on, to less than 2^31 Hz; 0: no limit.
-  void SetFrequency(uint32_t hz);
-
-  // The frequency of run-tests; without a limit, the player's default.
-  uint32_t hz() const;
+  void SetFrequency(uint32_t limit);
 
   // Closes the file with a record without effect: the player notices a failed comparison only when
-  // the next record starts. The file must be open.
+  // the next record starts.
   void Finish();
 
   const WrittenCounts &counts() const {
@@ -138,31 +128,25 @@ class RecordWriter {
 
   // The one frequency of all clocks, or 0 if there were several.
   uint32_t only_hz() const {
-    return several_rates_ ? 0 : hz();
+    return several_rates_ ? 0 : tvb::HzWithin(limit_);
   }
 
  private:
   void Begin();
   void WriteFrequency();
-  void HoldBack(tvb::Bytes record);
-  void LetGo();
-  void AccountForScan(tvb::Opcode opcode, const tvb::Shift &scan);
-  void NoteRate();
+  void AccountForScan(tvb::Opcode opcode, const tvb::Shift &scan, uint32_t limit);
+  void NoteRate(uint32_t limit);
 
   RecordFolder folder_;
   tvb::BlockEncoder encoder_;
-  tvb::Encoder encode_;  // encoder_, or empty
   tvb::Writer writer_;
   PlayCost cost_;
   WrittenCounts counts_;
 
-  bool begun_ = false;  // a record was written
-  bool is_open_ = false;
-  tvb::Buffer held_bytes_;  // buffered records
-  std::vector<size_t> held_ends_;
+  bool begun_ = false;  // a record was written, other than the opening
 
-  uint32_t hz_ = 0;          // 0: no limit
-  uint32_t written_hz_ = 0;  // the frequency last written to the file
+  uint32_t limit_ = 0;       // of the frequency; 0: none
+  uint32_t written_hz_ = 0;  // the limit last written to the file
   uint32_t clocked_hz_ = 0;  // of the last clocks; 0: none yet
   bool several_rates_ = false;
 };

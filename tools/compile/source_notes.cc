@@ -8,14 +8,14 @@
 namespace tool {
 
 void SourceNotes::Warning(size_t offset, std::string_view message) {
-  tool::Warning(Place(offset), message);
+  tool::Warning(Where(offset), message);
 }
 
 void SourceNotes::Note(size_t offset, std::string_view message) {
-  tool::Note(Place(offset), message);
+  tool::Note(Where(offset), message);
 }
 
-std::string SourceNotes::Place(size_t offset) {
+std::string SourceNotes::Where(size_t offset) {
   const svf::Position position = lines_.At(offset);
   return fmt::format("{}:{}:{}", name_, position.line, position.column);
 }

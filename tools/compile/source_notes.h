@@ -22,7 +22,7 @@ class SourceNotes {
   void Note(size_t offset, std::string_view message);
 
   // "NAME:LINE:COLUMN" of an offset.
-  std::string Place(size_t offset);
+  std::string Where(size_t offset);
 
   const std::string &name() const {
     return name_;

@@ -59,13 +59,13 @@ struct ListingFault {
 std::optional<ListingFault> FaultOfEnd(const TvbFile &file, uint64_t end, uint64_t records) {
   const uint64_t size = file.image().size();
   if (end > size) {
-    return ListingFault{file.Place(size, records),
+    return ListingFault{file.Where(size, records),
                         fmt::format("the last record goes {} past the end of the file",
                                     CountText(end - size, "byte"))};
   }
   if (end < size) {
     return ListingFault{
-        file.Place(end),
+        file.Where(end),
         fmt::format("{} where a record should begin; expected '^' (0x5E) or the end of the file",
                     tvb::Hex(file.image()[static_cast<size_t>(end)]))};
   }
@@ -79,7 +79,7 @@ std::optional<ListingFault> List(TvbFile &file, DumpFormat &format) {
   while (const std::optional<tvb::RecordView> record = reader.Next()) {
     format.Record(*record, nesting.Enter(*record));
     if (record->fault) {
-      return ListingFault{file.Place(record->fault->offset, record->index), record->fault->message};
+      return ListingFault{file.Where(record->fault->offset, record->index), record->fault->message};
     }
     file.Forget(record->offset);
   }

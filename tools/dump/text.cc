@@ -11,7 +11,7 @@
 namespace tool {
 namespace {
 
-constexpr size_t kDigitsInLine = 64;
+constexpr size_t kDigitsInRow = 64;
 constexpr int kFieldColumn = 30;
 
 // An amount from the file, which may be negative or exceed 32 bits.
@@ -133,8 +133,8 @@ void DumpText::Data(const tvb::RecordView &record, const tvb::BlockView &block,
     return;
   }
   const std::string digits = BitRow::FromFile(data, record.bits()).Hex();
-  for (size_t at = 0; at < digits.size(); at += kDigitsInLine) {
-    WriteLine(out_, fmt::format("{}{}", indent, digits.substr(at, kDigitsInLine)));
+  for (size_t at = 0; at < digits.size(); at += kDigitsInRow) {
+    WriteLine(out_, fmt::format("{}{}", indent, digits.substr(at, kDigitsInRow)));
   }
 }
 

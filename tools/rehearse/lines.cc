@@ -75,7 +75,7 @@ void Lines::FollowScan(svf::TapState left) {
   if (left == svf::TapState::kIdle) {
     BeginScan();
   } else if (svf::IsCapture(state)) {
-    scan_.which = state == svf::TapState::kIrCapture ? Register::kIr : Register::kDr;
+    scan_.which = state == svf::TapState::kIrCapture ? ScanKind::kIr : ScanKind::kDr;
     scan_.open = true;
     scan_.tdi.Clear();
     scan_.tdo.Clear();

@@ -72,7 +72,7 @@ void SetRecord(const FileScan &scan, Mismatch &mismatch) {
   mismatch.loop = played.loop;
   mismatch.pass = played.pass;
   mismatch.passes = played.passes;
-  mismatch.which = played.record.opcode == tvb::kSir ? Register::kIr : Register::kDr;
+  mismatch.which = played.record.opcode == tvb::kSir ? ScanKind::kIr : ScanKind::kDr;
   mismatch.header = scan.header;
   mismatch.trailer = scan.trailer;
 }
@@ -195,7 +195,7 @@ Mismatch MakeMismatch(const StoppedScan &stopped, const Lines &lines, const Play
     mismatch.mask.Push(scan.Compares(i));
   }
   FindStuckLevel(lines.counts(), mismatch);
-  mismatch.identifies = mismatch.which == Register::kDr && (playhead.compared_dr_scans() == 1 ||
+  mismatch.identifies = mismatch.which == ScanKind::kDr && (playhead.compared_dr_scans() == 1 ||
                                                             SelectsIdcode(playhead.instruction()));
   return mismatch;
 }

@@ -26,7 +26,7 @@ struct Mismatch {
   uint64_t loop = 0;  // number of the LOOP record; 0: none
   uint64_t pass = 1;
   uint64_t passes = 1;
-  Register which = Register::kDr;
+  ScanKind which = ScanKind::kDr;
   uint32_t header = 0;
   uint32_t trailer = 0;
   uint32_t bit = 0;  // the first that differs, at which the driver stops

@@ -16,8 +16,8 @@ std::string DataText(const BitRow &row) {
 
 }  // namespace
 
-std::string_view NameOf(Register which) {
-  return which == Register::kIr ? "IR" : "DR";
+std::string_view NameOf(ScanKind which) {
+  return which == ScanKind::kIr ? "IR" : "DR";
 }
 
 std::optional<uint32_t> FileScan::OwnBit(uint64_t bit) const {

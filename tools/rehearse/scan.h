@@ -15,10 +15,10 @@
 
 namespace tool {
 
-enum class Register : uint8_t { kIr, kDr };
+enum class ScanKind : uint8_t { kIr, kDr };
 
 // "IR" or "DR".
-std::string_view NameOf(Register which);
+std::string_view NameOf(ScanKind which);
 
 // A TAP controller that starts in Test-Logic-Reset and follows TMS at the rising edges of TCK.
 class Tap {
@@ -82,7 +82,7 @@ struct FileScan {
 // A scan on the lines, header and trailer included. It has no bits before its Capture.
 struct LineScan {
   const FileScan *of_file = nullptr;  // null: not one of the file's
-  Register which = Register::kIr;
+  ScanKind which = ScanKind::kIr;
   bool open = false;  // from its Capture to its Update
   BitRow tdi;
   BitRow tdo;

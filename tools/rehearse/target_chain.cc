@@ -56,7 +56,7 @@ class Node {
     }
     std::vector<Node> nodes;
     for (size_t i = 0; i < value_.size(); ++i) {
-      nodes.emplace_back(value_[i], name_, path_ + '/' + std::to_string(i));
+      nodes.emplace_back(value_[i], name_, fmt::format("{}/{}", path_, i));
     }
     return nodes;
   }

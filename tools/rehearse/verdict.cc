@@ -40,14 +40,14 @@ class Verdict {
   void TellMismatch() {
     const std::optional<Mismatch> &mismatch = rehearsal_.mismatch();
     if (!mismatch) {
-      Error(file_.Place(rehearsal_.result().position),
+      Error(file_.Where(rehearsal_.result().position),
             "a comparison failed in a scan before this place");
       return;
     }
-    Error(file_.Place(mismatch->offset, mismatch->record), MismatchSentence(*mismatch));
+    Error(file_.Where(mismatch->offset, mismatch->record), MismatchSentence(*mismatch));
     fmt::print(stderr, "{}", MismatchDetail(*mismatch));
     if (rehearsal_.result().done) {
-      Note(file_.Place(mismatch->offset, mismatch->record),
+      Note(file_.Where(mismatch->offset, mismatch->record),
            "on a board this passes for a good download: the driver looks at a comparison when the "
            "next record starts, and none follows; end the file with a harmless record");
     }
@@ -59,7 +59,7 @@ class Verdict {
       Error(file_.name(), "the driver ran out of memory");
       return;
     }
-    Error(file_.Place(played->record.offset, played->record.index),
+    Error(file_.Where(played->record.offset, played->record.index),
           fmt::format("the driver cannot hold a scan of {} bits: with header, trailer and the way "
                       "there and back it may take {} clocks",
                       NumberText(played->record.bits()), NumberText(tvb::kMaxScanClocks)));
@@ -69,17 +69,17 @@ class Verdict {
     while (const std::optional<tvb::PlayedRecord> played = rehearsal_.playhead().Next()) {
       const tvb::RecordView &record = played->record;
       if (record.fault) {
-        Error(file_.Place(record.fault->offset, record.index), record.fault->message);
+        Error(file_.Where(record.fault->offset, record.index), record.fault->message);
         return kBad;
       }
       if (record.IsPad() && record.end >= rehearsal_.result().position) {
         Error(
-            file_.Place(record.offset, record.index),
+            file_.Where(record.offset, record.index),
             fmt::format("the driver cannot hold a register of {} bits", NumberText(record.bits())));
         return kFailed;
       }
     }
-    Error(file_.Place(rehearsal_.result().position), "the driver stopped before this place");
+    Error(file_.Where(rehearsal_.result().position), "the driver stopped before this place");
     return kFailed;
   }
 
@@ -89,7 +89,7 @@ class Verdict {
     }
     const uint64_t position = rehearsal_.result().position;
     if (position < file_.image().size()) {
-      Warning(file_.Place(position - 1),
+      Warning(file_.Where(position - 1),
               fmt::format("the driver ends here, since {} is not the '^' of a record: {} bytes are "
                           "not played",
                           tvb::Hex(file_.image()[position - 1]),
