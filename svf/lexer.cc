@@ -17,6 +17,13 @@ bool IsWordCharacter(char c) {
   return ClassOf(c) <= CharacterClass::kLetter;
 }
 
+// Some systems end a text with Ctrl-Z, and some tools fill up a block with NULs.
+std::string_view WithoutFill(std::string_view text) {
+  constexpr std::string_view kFill("\x1A\0\r\n", 4);
+  const size_t last = text.find_last_not_of(kFill);
+  return text.substr(0, last == std::string_view::npos ? 0 : last + 1);
+}
+
 }  // namespace
 
 bool Is(const Token &token, std::string_view word) {
@@ -39,7 +46,7 @@ std::string Quoted(const Token &token) {
   return "'" + std::string(token.text) + "'";
 }
 
-Lexer::Lexer(std::string_view text) : text_(text) {
+Lexer::Lexer(std::string_view text) : text_(WithoutFill(text)) {
   if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
     at_ = kByteOrderMark.size();
   }

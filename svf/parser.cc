@@ -55,6 +55,7 @@ bool Parser::Next(Statement &statement) {
   for (const Keyword &keyword : kKeywords) {
     if (Is(token_, keyword.word)) {
       (this->*keyword.read)(statement);
+      statement.ended = token_.kind != TokenKind::kEnd;
       return true;
     }
   }
@@ -212,7 +213,7 @@ void Parser::ReadRunTestEnd(RunTestStatement &run) {
 void Parser::ReadFrequency(Statement &statement) {
   auto &frequency = statement.what.emplace<FrequencyStatement>();
   Advance();
-  if (token_.kind != TokenKind::kSemicolon) {
+  if (token_.kind != TokenKind::kSemicolon && token_.kind != TokenKind::kEnd) {
     frequency.hertz_offset = token_.offset;
     frequency.hertz = TakeReal("a number of HZ or ';' after FREQUENCY");
     if (!Accept("HZ")) {
@@ -305,10 +306,10 @@ TapState Parser::TakeStableState(const std::string &what) {
   return *state;
 }
 
-// Checks the statement's last token without reading past it, so that the lexer's offset is the end
+// Checks what ends the statement without reading past it, so that the lexer's offset is the end
 // of the statement.
 void Parser::ExpectSemicolon(const std::string &or_what) {
-  if (token_.kind != TokenKind::kSemicolon) {
+  if (token_.kind != TokenKind::kSemicolon && token_.kind != TokenKind::kEnd) {
     FailExpected(or_what + Quote(";"));
   }
 }

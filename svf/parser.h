@@ -111,6 +111,7 @@ struct ParallelStatement {};
 struct Statement {
   size_t offset = 0;      // of its first word
   std::string_view name;  // that word as in the file
+  bool ended = true;      // by ';'; false: by the end of the text
   std::variant<ScanStatement, EndStatement, StateStatement, RunTestStatement, FrequencyStatement,
                TrstStatement, ParallelStatement>
       what;
@@ -124,7 +125,8 @@ class Parser {
   explicit Parser(std::string_view text) : lexer_(text) {}
 
   // Reads the next statement into `statement`; returns false, with nothing read, at the end of the
-  // text. Throws Error for anything that is not a statement; nothing can be read after that.
+  // text, which also ends a statement that is whole but for its ';'. Throws Error for anything that
+  // is not a statement; nothing can be read after that.
   bool Next(Statement &statement);
 
   // How far the text has been read, in bytes.

@@ -9,6 +9,7 @@
 
 #include "play_bench.h"
 #include "tools/rehearse/target_chain.h"
+#include "tools/rehearse/verdict.h"
 #include "tvb/play_order.h"
 
 namespace {
@@ -27,14 +28,34 @@ tool::ChainDescription OnePart() {
 // A download with the driver itself.
 struct Played {
   explicit Played(const tvb::Buffer &bytes, tool::ChainTarget *chain = nullptr,
-                  std::optional<tool::FailAt> fail_at = std::nullopt, uint64_t pin_ns = 100)
+                  std::optional<tool::FailAt> fail_at = std::nullopt, uint64_t pin_ns = 100,
+                  uint32_t calls_per_tick = 1 << 18)
       : image(bytes),
         header(tvb::ReadHeader(image)),
         rehearsal(image, header, chain, Options(fail_at, pin_ns),
                   {[this](uint64_t, std::string_view line) { log.emplace_back(line); },
                    [this](std::string_view text) { vcd += text; },
                    [this](std::string_view text) { scans += text; }}) {
-    rehearsal.Run([this] { ++ticks; });
+    rehearsal.Run({[this] { Look(); }, calls_per_tick});
+  }
+
+  // Takes in what can be seen, as a progress line does.
+  void Look() {
+    ++ticks;
+    const tool::Rehearsal &seen = rehearsal;
+    seen_records = seen.playhead().records();
+    seen_clocks = seen.counts().all_clocks();
+  }
+
+  // What a user is told.
+  std::string Told(bool with_clocks = true) {
+    const auto &mismatch = rehearsal.mismatch();
+    std::string told =
+        mismatch ? tool::MismatchSentence(*mismatch) + tool::MismatchDetail(*mismatch) : "";
+    if (with_clocks) {
+      told += tool::Summary(rehearsal, mismatch ? 1 : 0);
+    }
+    return told + scans;
   }
 
   static tool::RehearsalOptions Options(std::optional<tool::FailAt> fail_at, uint64_t pin_ns) {
@@ -50,6 +71,8 @@ struct Played {
   std::string vcd;
   std::string scans;
   int ticks = 0;
+  uint64_t seen_records = 0;
+  uint64_t seen_clocks = 0;
   tool::Rehearsal rehearsal;
 };
 
@@ -145,6 +168,42 @@ TEST(PlayRehearsal, TellsTheOtherEndsApart) {
   const tool::DriverResult read = Played(unknown.Finish()).rehearsal.result();
   EXPECT_FALSE(read.done);
   EXPECT_EQ(read.stop, DriverStop::kNothing);
+}
+
+// So many idle clocks, and five pairs of scans that are alike but for their data.
+tvb::Buffer ScansAfterIdle(uint64_t clocks) {
+  tvb::Writer writer;
+  writer.Frequency(0);
+  writer.RunTest(clocks);
+  for (int i = 0; i < 5; ++i) {
+    writer.Sdr(8, FileBytes(0x5A, 8), FileBytes(0x00, 8), tvb::Buffer{0xFF});
+    writer.Sdr(8, FileBytes(0xA5, 8), FileBytes(0x00, 8), tvb::Buffer{0xFF});
+  }
+  return writer.Finish();
+}
+
+TEST(PlayRehearsal, IsTheSameWhereverItIsLookedAt) {
+  const tvb::Buffer file = ScansAfterIdle(40);
+  for (const auto &fail_at : {std::optional<tool::FailAt>(), std::optional(tool::FailAt{7, 3})}) {
+    Played never(file, nullptr, fail_at, 100, UINT32_MAX);
+    EXPECT_EQ(never.ticks, 0);
+    EXPECT_EQ(never.rehearsal.playhead().scans(), fail_at ? 7u : 10u);
+    EXPECT_EQ(never.rehearsal.mismatch().has_value(), fail_at.has_value());
+    for (uint32_t calls = 1; calls <= 2000; calls += calls < 50 ? 1 : 37) {
+      Played looked(file, nullptr, fail_at, 100, calls);
+      EXPECT_EQ(looked.Told(), never.Told()) << calls;
+      EXPECT_EQ(looked.vcd, never.vcd) << calls;
+    }
+  }
+}
+
+TEST(PlayRehearsal, IsTheSameAfterAnyNumberOfIdleClocks) {
+  Played one(ScansAfterIdle(1), nullptr, tool::FailAt{9, 3});
+  for (uint64_t clocks = 300; clocks <= 700; ++clocks) {
+    Played played(ScansAfterIdle(clocks), nullptr, tool::FailAt{9, 3}, 100, 600);
+    EXPECT_GE(played.ticks, 2);
+    EXPECT_EQ(played.Told(false), one.Told(false)) << clocks;
+  }
 }
 
 TEST(PlayRehearsal, TicksInALongRunTest) {

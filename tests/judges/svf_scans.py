@@ -34,6 +34,13 @@ class _Register:
         self.compared = self.mask if 'TDO' in fields else 0
 
 
+class _Piece:
+    """A scan as a part of another."""
+
+    def __init__(self, scan):
+        self.bits, self.tdi, self.tdo, self.compared = scan[1:]
+
+
 def _statements(text):
     text = re.sub(r'(!|//)[^\n]*', '', text).upper()
     return [statement.strip() for statement in text.split(';') if statement.strip()]
@@ -59,17 +66,26 @@ def _registers():
 
 
 def read(text):
-    """Returns the scans of an SVF text in their order."""
+    """Returns the scans of an SVF text in their order. A scan that resumes the one before it, which
+    has paused, is the rest of that."""
     kept = _registers()
+    ends = {'ENDIR': 'IDLE', 'ENDDR': 'IDLE'}
+    paused = None
     scans = []
     for statement in _statements(text):
         words = statement.replace('(', ' (').split()
-        if words[0] not in kept:
-            continue
-        kept[words[0]].take(int(words[1]), _fields(statement))
+        if words[0] in ends:
+            ends[words[0]] = words[1]
+        elif words[0] in ('STATE', 'RUNTEST', 'TRST'):
+            paused = None
+        elif words[0] in kept:
+            kept[words[0]].take(int(words[1]), _fields(statement))
         if words[0] in ('SIR', 'SDR'):
             kind = words[0][1:]
-            scans.append(_joined(kind, [kept['H' + kind], kept[words[0]], kept['T' + kind]]))
+            before = [_Piece(scans.pop())] if paused == kind else []
+            scans.append(_joined(kind, before + [kept['H' + kind], kept[words[0]],
+                                                 kept['T' + kind]]))
+            paused = kind if ends['END' + kind] == kind + 'PAUSE' else None
     return scans
 
 
@@ -95,8 +111,8 @@ def _in_clocks(words, hertz):
 
 def for_openocd(text):
     """Returns the text with one statement a line, without comments, with the data of every scan and
-    pad in one piece and a MASK with every TDO, and with waits as clocks. Changes nothing that is
-    asked for."""
+    pad in one piece and a MASK with every TDO, with waits as clocks, and led back from a last pause.
+    Changes nothing that is asked for."""
     kept = _registers()
     hertz = DEFAULT_HZ
     lines = []
@@ -117,4 +133,5 @@ def for_openocd(text):
             hertz = int(float(words[1])) if len(words) > 1 else DEFAULT_HZ
             continue
         lines.append(statement + ';\n')
+    lines.append('STATE IDLE;\n')
     return ''.join(lines)

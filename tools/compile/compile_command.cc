@@ -26,6 +26,7 @@ struct CompileCommand {
   std::string input;
   std::string output;
   std::string chain;
+  uint32_t longest_wait = 20;  // in milliseconds
   bool quiet = false;
   CompileOptions options;
 };
@@ -146,6 +147,7 @@ std::string EncodingMode(const std::string &name) {
 }
 
 void ApplyOptions(CompileCommand &command) {
+  command.options.longest_wait = uint64_t{1000} * command.longest_wait;
   if (!command.chain.empty()) {
     command.options.chain = ParsePlace(command.chain);
   }
@@ -175,6 +177,12 @@ void AddOptions(CLI::App &app, Invocation &invocation, CompileCommand &command) 
                "Store all data blocks plain, without the byte that names an encoding (header byte "
                "0xF2)")
       ->excludes(encoding);
+  app.add_option("--longest-wait", command.longest_wait,
+                 "Write longer run-tests as pieces of at most so many milliseconds, because the "
+                 "player holds a processor while it waits; 0 for no limit")
+      ->check(CLI::Range(0u, 1000000u).description(""))
+      ->type_name("MS")
+      ->capture_default_str();
   AddPinTime(app, command.options.pin_ns);
   app.add_flag("-q,--quiet", command.quiet, "Print no summary");
 }

@@ -47,21 +47,29 @@ std::optional<tvb::ChainPlace> PlaceOfPads(const tvb::PadBits &pads) {
 Compiler::Compiler(const CompileOptions &options, SourceNotes &notes, RecordFolder::Sink sink)
     : options_(options),
       notes_(notes),
-      writer_(options.plain, options.blocks, options.pin_ns, std::move(sink)),
+      writer_(options.plain, options.blocks, options.pin_ns, options.longest_wait, std::move(sink)),
       tap_(notes, options.pause_as_idle) {}
 
 void Compiler::Compile(const svf::Statement &statement) {
   offset_ = statement.offset;
+  if (!statement.ended) {
+    notes_.Note(offset_,
+                fmt::format("this {} ends with the file, without ';'; it is taken as whole: "
+                            "see that nothing is missing after it",
+                            statement.name));
+  }
   std::visit([this](const auto &what) { Compile(what); }, statement.what);
 }
 
 void Compiler::Finish() {
   tap_.Finish();
+  WriteScan();
   if (!open_) {
     if (!HoldsRunTest()) {
       notes_.Warning(offset_, "the file has no scan and no RUNTEST; nothing will be played");
     }
-    Open(nullptr, nullptr);
+    place_ = TargetPlace();
+    Open(nullptr);
   }
   writer_.Finish();
 }
@@ -73,26 +81,76 @@ void Compiler::Compile(const svf::ScanStatement &scan) {
   }
   const bool instruction = scan.which == Register::kSir;
   CheckLength(scan);
-  tap_.BeginScan(instruction, offset_);
-  Loaded(scan.which).Load(scan);
-  const tvb::Shift joined =
-      instruction
-          ? joiner_.Join(Loaded(Register::kHir), Loaded(Register::kSir), Loaded(Register::kTir))
-          : joiner_.Join(Loaded(Register::kHdr), Loaded(Register::kSdr), Loaded(Register::kTdr));
-  if (open_ || !Open(&scan, &joined)) {
-    writer_.Scan(OpcodeOf(scan.which), joined);
+  if (!tap_.BeginScan(instruction, offset_)) {
+    WriteScan();
   }
+  Loaded(scan.which).Load(scan);
+  AddPiece(scan);
   tap_.EndScan(instruction, instruction ? end_ir_ : end_dr_, offset_);
+  if (tap_.scan_pauses()) {
+    joiner_.Keep();
+  } else {
+    WriteScan();
+  }
+}
+
+// A scan that would be too long with those that it resumes is only counted, so that the message
+// tells how long; with --pause-as-idle it is a scan of its own.
+void Compiler::AddPiece(const svf::ScanStatement &scan) {
+  const uint64_t bits = PadBitsOf(scan.which) + scan.bits;
+  const bool fits = tvb::ScanClocks(OpcodeOf(scan.which), scan_.bits + bits) <= tvb::kMaxScanClocks;
+  if (!fits && options_.pause_as_idle) {
+    notes_.Warning(offset_, fmt::format("this {} resumes a paused scan, but together they are too "
+                                        "long for the player; taken as Run-Test/Idle: the paused "
+                                        "scan's register is updated before this one captures anew",
+                                        Name(scan.which)));
+    WriteScan();
+  }
+  if (scan_.pieces == 0) {
+    scan_ = {scan.which, offset_};
+    if (!open_) {
+      place_ = TargetPlace();
+    }
+  }
+  ++scan_.pieces;
+  scan_.bits += bits;
+  if (!fits && !options_.pause_as_idle) {
+    return;
+  }
+  if (scan.which == Register::kSir) {
+    joiner_.Add(Loaded(Register::kHir), Loaded(Register::kSir), Loaded(Register::kTir));
+  } else {
+    joiner_.Add(Loaded(Register::kHdr), Loaded(Register::kSdr), Loaded(Register::kTdr));
+  }
+}
+
+// Writes the scan that was paused, if there is one, and what had to wait for it.
+void Compiler::WriteScan() {
+  if (scan_.pieces == 0) {
+    return;
+  }
+  const tvb::Opcode opcode = OpcodeOf(scan_.which);
+  if (const uint64_t clocks = tvb::ScanClocks(opcode, scan_.bits); clocks > tvb::kMaxScanClocks) {
+    throw svf::Error(scan_.offset,
+                     fmt::format("this {0} pauses and is resumed {1} times; that is one scan of "
+                                 "{2} bits, which takes {3} clocks, and the player holds {4} at "
+                                 "most; end it in IDLE now and then (END{5} IDLE), or take "
+                                 "Run-Test/Idle for such a pause with --pause-as-idle",
+                                 Name(scan_.which), scan_.pieces - 1, scan_.bits, clocks,
+                                 tvb::kMaxScanClocks, opcode == tvb::kSir ? "IR" : "DR"));
+  }
+  const tvb::Shift joined = joiner_.Scan();
+  if (!open_) {
+    Open(&joined);
+  } else {
+    writer_.Scan(opcode, joined);
+    LetGo();
+  }
+  joiner_.Clear();
+  scan_ = {};
 }
 
 void Compiler::LoadPad(const svf::ScanStatement &pad) {
-  const auto &tdo = pad.field(Field::kTdo);
-  if (tdo && pad.bits > 0) {
-    throw svf::Error(tdo->offset,
-                     fmt::format("the TDO of {0} has no form in a TVB file, in which only a scan's "
-                                 "own bits are compared; take TDO and MASK out of this {0}",
-                                 Name(pad.which)));
-  }
   if (pad.bits > tvb::kMaxScanClocks) {
     throw svf::Error(pad.bits_offset,
                      fmt::format("no scan could hold {} bits of {}; it is at most {} clocks long",
@@ -102,9 +160,7 @@ void Compiler::LoadPad(const svf::ScanStatement &pad) {
 }
 
 void Compiler::CheckLength(const svf::ScanStatement &scan) const {
-  const bool instruction = scan.which == Register::kSir;
-  const uint64_t pads = instruction ? Loaded(Register::kHir).bits() + Loaded(Register::kTir).bits()
-                                    : Loaded(Register::kHdr).bits() + Loaded(Register::kTdr).bits();
+  const uint64_t pads = PadBitsOf(scan.which);
   if (pads + scan.bits == 0) {
     throw svf::Error(scan.bits_offset, fmt::format("an {} of 0 bits shifts nothing and would leave "
                                                    "the player's TAP in a pause; take it out",
@@ -121,14 +177,20 @@ void Compiler::CheckLength(const svf::ScanStatement &scan) const {
   }
 }
 
+uint64_t Compiler::PadBitsOf(Register scan) const {
+  return scan == Register::kSir
+             ? uint64_t{Loaded(Register::kHir).bits()} + Loaded(Register::kTir).bits()
+             : uint64_t{Loaded(Register::kHdr).bits()} + Loaded(Register::kTdr).bits();
+}
+
 void Compiler::Compile(const svf::EndStatement &end) {
   (end.instruction ? end_ir_ : end_dr_) = end.state;
 }
 
 void Compiler::Compile(const svf::StateStatement &state) {
-  if (const uint64_t clocks = tap_.Walk(state, offset_)) {
-    RunTest({0, clocks});
-  }
+  const uint64_t clocks = tap_.Walk(state, offset_);
+  WriteScan();
+  RunTest({0, clocks});
 }
 
 void Compiler::Compile(const svf::RunTestStatement &run) {
@@ -140,6 +202,7 @@ void Compiler::Compile(const svf::RunTestStatement &run) {
     run_end_ = run.end->state;
   }
   tap_.RunTest(run_, run_end_, offset_);
+  WriteScan();
   if (run.count && run.count->system_clock && !warned_of_system_clock_) {
     warned_of_system_clock_ = true;
     notes_.Warning(run.count->offset,
@@ -181,6 +244,12 @@ void Compiler::Compile(const svf::FrequencyStatement &frequency) {
   if (frequency.hertz) {
     // It is an upper bound, so a lower frequency will do.
     hz = static_cast<uint32_t>(std::min<uint64_t>(frequency.hertz->TimesDown(1), tvb::kMaxNumber));
+    if (frequency.hertz->TimesUp(1) > tvb::kMaxNumber) {
+      notes_.Note(frequency.hertz_offset,
+                  fmt::format("a TVB file can say no frequency above {} HZ; this one is taken as "
+                              "that",
+                              tvb::kMaxNumber));
+    }
     if (hz == 0) {
       throw svf::Error(frequency.hertz_offset,
                        "a frequency below 1 HZ has no form in a TVB file; write at least 1 HZ, or "
@@ -192,9 +261,10 @@ void Compiler::Compile(const svf::FrequencyStatement &frequency) {
 
 void Compiler::Compile(const svf::TrstStatement &trst) {
   if (trst.mode == svf::TrstStatement::Mode::kOn) {
-    throw svf::Error(offset_,
-                     "TRST ON has no form in a TVB file: the player has no TRST line and "
-                     "resets the TAP by TMS before the file; take it out");
+    tap_.HoldInReset(offset_);
+    WriteScan();
+  } else {
+    tap_.EndReset();
   }
 }
 
@@ -214,17 +284,36 @@ void Compiler::RunTest(const RunTestPlan &plan) {
 
 void Compiler::SetFrequency(uint32_t hz) {
   limit_ = hz;
-  if (open_) {
+  if (open_ && scan_.pieces == 0) {
     writer_.SetFrequency(hz);
   } else {
     held_.push_back(hz);
   }
 }
 
-// Starts the file, at its first scan or at its end. True if the scan has been written.
-bool Compiler::Open(const svf::ScanStatement *scan, const tvb::Shift *joined) {
-  const bool written = Opening(scan, joined);
+// Starts the file, at its first scan (an instruction or a data scan, as scan_ says) or at its end.
+void Compiler::Open(const tvb::Shift *first) {
+  const bool written = Opening(first);
   open_ = true;
+  LetGo();
+  if (first != nullptr && !written) {
+    writer_.Scan(OpcodeOf(scan_.which), *first);
+  }
+}
+
+// Writes the opening record, if there is to be one. True if it is the scan.
+bool Compiler::Opening(const tvb::Shift *first) {
+  if (first != nullptr && IsTold(*first)) {
+    writer_.OpeningScan(*first, limit_);
+    return true;
+  }
+  if (place_ && !place_->IsAlone() && FitsOpening(*place_)) {
+    writer_.Opening(*place_, IdcodeInstruction(first), limit_);
+  }
+  return false;
+}
+
+void Compiler::LetGo() {
   for (const Held &held : std::exchange(held_, {})) {
     if (const auto *plan = std::get_if<RunTestPlan>(&held)) {
       writer_.RunTest(*plan);
@@ -232,20 +321,6 @@ bool Compiler::Open(const svf::ScanStatement *scan, const tvb::Shift *joined) {
       writer_.SetFrequency(std::get<uint32_t>(held));
     }
   }
-  return written;
-}
-
-// Writes the opening record, if there is to be one. True if it is the scan.
-bool Compiler::Opening(const svf::ScanStatement *scan, const tvb::Shift *joined) {
-  const auto place = TargetPlace();
-  if (scan != nullptr && IsToldBy(*scan, *joined, place)) {
-    writer_.OpeningScan(*joined, limit_);
-    return true;
-  }
-  if (place && !place->IsAlone() && FitsOpening(*place)) {
-    writer_.Opening(*place, IdcodeInstruction(scan), limit_);
-  }
-  return false;
 }
 
 bool Compiler::HoldsRunTest() const {
@@ -253,20 +328,19 @@ bool Compiler::HoldsRunTest() const {
                      [](const Held &held) { return std::holds_alternative<RunTestPlan>(held); });
 }
 
-// True if the scan, the first of the file, itself gives that place, or any place if none is known.
-bool Compiler::IsToldBy(const svf::ScanStatement &scan, const tvb::Shift &joined,
-                        const std::optional<tvb::ChainPlace> &place) const {
-  if (scan.which != Register::kSir || HoldsRunTest()) {
+// True if the file's first scan itself gives the target's place, or any place if none is known.
+bool Compiler::IsTold(const tvb::Shift &first) const {
+  if (scan_.which != Register::kSir || HoldsRunTest()) {
     return false;
   }
-  const auto told = PlaceToldBy(joined);
-  return told && (!place || *told == *place);
+  const auto told = PlaceToldBy(first);
+  return told && (!place_ || *told == *place_);
 }
 
 // A file that reads the IDCODE with the other instruction shows it by its first scan.
-uint8_t Compiler::IdcodeInstruction(const svf::ScanStatement *scan) const {
+uint8_t Compiler::IdcodeInstruction(const tvb::Shift *first) const {
   const svf::ScanRegister &sir = Loaded(Register::kSir);
-  const bool other = scan != nullptr && scan->which == Register::kSir &&
+  const bool other = first != nullptr && scan_.which == Register::kSir && scan_.pieces == 1 &&
                      sir.bits() == tvb::kInstructionBits &&
                      sir.tdi() == tvb::ChainInstructions({}, tvb::kOtherIdcode);
   return other ? tvb::kOtherIdcode : tvb::kIdcode;

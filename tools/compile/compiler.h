@@ -24,9 +24,10 @@ namespace tool {
 struct CompileOptions {
   std::optional<tvb::ChainPlace> chain;  // of the target; none: taken from the file's pads
   bool pause_as_idle = false;
-  bool plain = false;       // header: blocks are raw and have no mode byte
-  tvb::BlockChoice blocks;  // if not plain
-  double pin_ns = 100;      // duration of a pin call, for the time estimate
+  uint64_t longest_wait = 20000;  // of one run-test in microseconds; 0: no limit
+  bool plain = false;             // header: blocks are raw and have no mode byte
+  tvb::BlockChoice blocks;        // if not plain
+  double pin_ns = 100;            // duration of a pin call, for the time estimate
 };
 
 // Takes statements in file order and passes the bytes of the TVB file to a sink as they become
@@ -57,6 +58,10 @@ class Compiler {
 
   void LoadPad(const svf::ScanStatement &pad);
   void CheckLength(const svf::ScanStatement &scan) const;
+  uint64_t PadBitsOf(svf::Register scan) const;
+  void AddPiece(const svf::ScanStatement &scan);
+  void WriteScan();
+  void LetGo();
   svf::ScanRegister &Loaded(svf::Register which) {
     return registers_[static_cast<size_t>(which)];
   }
@@ -70,12 +75,11 @@ class Compiler {
     return tvb::HzWithin(limit_);
   }
 
-  bool Open(const svf::ScanStatement *scan, const tvb::Shift *joined);
-  bool Opening(const svf::ScanStatement *scan, const tvb::Shift *joined);
+  void Open(const tvb::Shift *first);
+  bool Opening(const tvb::Shift *first);
   bool HoldsRunTest() const;
-  bool IsToldBy(const svf::ScanStatement &scan, const tvb::Shift &joined,
-                const std::optional<tvb::ChainPlace> &place) const;
-  uint8_t IdcodeInstruction(const svf::ScanStatement *scan) const;
+  bool IsTold(const tvb::Shift &first) const;
+  uint8_t IdcodeInstruction(const tvb::Shift *first) const;
   bool FitsOpening(const tvb::ChainPlace &place);
   std::optional<tvb::ChainPlace> TargetPlace();
 
@@ -95,11 +99,21 @@ class Compiler {
   svf::TapState run_end_ = svf::TapState::kIdle;
   uint32_t limit_ = 0;  // FREQUENCY in hertz; 0: none
 
-  // What comes before the first scan: it is written after the opening record, which is known only
-  // then, because files state their pads late. A limit is one of the frequency.
+  // The scan that is paused, or being written: its pieces' bits are in joiner_.
+  struct PausedScan {
+    svf::Register which = svf::Register::kSir;
+    size_t offset = 0;    // of its first piece
+    uint64_t pieces = 0;  // 0: none
+    uint64_t bits = 0;    // in all, also where they are too many for joiner_
+  };
+  PausedScan scan_;
+
+  // What is written only later: before the first scan, because the opening record, which is known
+  // only then, comes first; while a scan is paused, a limit of the frequency.
   using Held = std::variant<RunTestPlan, uint32_t>;
   std::vector<Held> held_;
   bool open_ = false;
+  std::optional<tvb::ChainPlace> place_;  // of the target, from the first scan on
 
   bool warned_of_system_clock_ = false;
   bool warned_of_maximum_ = false;

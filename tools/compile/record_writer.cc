@@ -85,10 +85,11 @@ void PlayCost::AddClocks(uint64_t clocks, uint32_t hz) {
 }
 
 RecordWriter::RecordWriter(bool plain, const tvb::BlockChoice &blocks, double pin_ns,
-                           RecordFolder::Sink sink)
+                           uint64_t longest_wait, RecordFolder::Sink sink)
     : folder_(sink),
       encoder_(blocks),
       writer_(Header(plain), [this](tvb::Bytes record) { folder_.Put(record); }),
+      longest_wait_(longest_wait),
       cost_(pin_ns) {
   if (!plain) {
     writer_.Encode(std::ref(encoder_));
@@ -125,18 +126,30 @@ void RecordWriter::RunTest(const RunTestPlan &plan) {
   Begin();
   ++counts_.run_tests;
   NoteRate(limit_);
-  if (plan.microseconds > 0) {
+  const uint64_t most = ClocksOfPiece(plan.clocks);
+  if (plan.microseconds > 0 && plan.clocks <= most) {
     writer_.RunTest(std::chrono::microseconds(plan.microseconds));
     cost_.AddRunTest(plan.clocks, clocked_hz_);
     return;
   }
   uint64_t clocks = plan.clocks;
   while (clocks > 0) {
-    const uint64_t piece = std::min(clocks, tvb::kMaxCycles);
+    const uint64_t piece = std::min(clocks, most);
     writer_.RunTest(piece);
     cost_.AddRunTest(piece, clocked_hz_);
     clocks -= piece;
   }
+}
+
+// The most clocks of one piece of so many. A number of pieces that takes long to write belongs to a
+// wait of hours.
+uint64_t RecordWriter::ClocksOfPiece(uint64_t clocks) const {
+  constexpr uint64_t kMaxPieces = 1000000;
+  if (longest_wait_ == 0) {
+    return tvb::kMaxCycles;
+  }
+  const uint64_t wanted = tvb::HzWithin(limit_) * longest_wait_ / kMicrosecondsInSecond;
+  return std::clamp(wanted, clocks / kMaxPieces + 1, tvb::kMaxCycles);
 }
 
 void RecordWriter::SetFrequency(uint32_t limit) {

@@ -92,8 +92,9 @@ class PlayCost {
 class RecordWriter {
  public:
   // `plain`: the header says that blocks are raw, and `blocks` is ignored. `pin_ns`: the duration
-  // of a pin call, for cost().
-  RecordWriter(bool plain, const tvb::BlockChoice &blocks, double pin_ns, RecordFolder::Sink sink);
+  // of a pin call, for cost(). `longest_wait`: of a run-test in microseconds, 0 for no limit.
+  RecordWriter(bool plain, const tvb::BlockChoice &blocks, double pin_ns, uint64_t longest_wait,
+               RecordFolder::Sink sink);
   RecordWriter(const RecordWriter &) = delete;
   RecordWriter &operator=(const RecordWriter &) = delete;
 
@@ -106,7 +107,8 @@ class RecordWriter {
   // Writes a scan. An all-zero mask means no comparison; don't-care bits are chosen by the writer.
   void Scan(tvb::Opcode opcode, const tvb::Shift &scan);
 
-  // Writes a run-test, several if one cannot count the clocks; nothing if there are none.
+  // Writes a run-test, in pieces if it is longer than the longest wait or than the player can
+  // count; nothing if there are no clocks. The player holds its processor for the time of a piece.
   void RunTest(const RunTestPlan &plan);
 
   // Limits the frequency from here on, to less than 2^31 Hz; 0: no limit.
@@ -134,12 +136,14 @@ class RecordWriter {
  private:
   void Begin();
   void WriteFrequency();
+  uint64_t ClocksOfPiece(uint64_t clocks) const;
   void AccountForScan(tvb::Opcode opcode, const tvb::Shift &scan, uint32_t limit);
   void NoteRate(uint32_t limit);
 
   RecordFolder folder_;
   tvb::BlockEncoder encoder_;
   tvb::Writer writer_;
+  uint64_t longest_wait_;
   PlayCost cost_;
   WrittenCounts counts_;
 

@@ -21,10 +21,18 @@ const char *ScanName(bool instruction) {
 
 }  // namespace
 
-void TapTracker::BeginScan(bool instruction, size_t offset) {
+bool TapTracker::BeginScan(bool instruction, size_t offset) {
+  if (trst_) {
+    throw svf::Error(offset, fmt::format("TRST is ON, so this {} would not reach a register; write "
+                                         "TRST OFF before it",
+                                         ScanName(instruction)));
+  }
   RefuseAfterReset();
   scanned_ = true;
-  if (at_ == PauseOf(instruction)) {
+  const bool resumes = at_ == PauseOf(instruction) && scan_pauses_;
+  if (resumes) {
+    scan_pauses_ = false;
+  } else if (at_ == PauseOf(instruction)) {
     const char *scan = ScanName(instruction);
     RefusePause(
         offset,
@@ -38,6 +46,7 @@ void TapTracker::BeginScan(bool instruction, size_t offset) {
   }
   at_ = TapState::kIdle;
   scan_pauses_ = false;
+  return resumes;
 }
 
 void TapTracker::EndScan(bool instruction, TapState end, size_t offset) {
@@ -54,6 +63,16 @@ void TapTracker::EndScan(bool instruction, TapState end, size_t offset) {
     scan_pauses_ = svf::IsPause(end);
   }
   at_ = end;
+}
+
+void TapTracker::HoldInReset(size_t offset) {
+  trst_ = offset;
+  LeaveScanPause();
+  Enter(TapState::kReset, offset);
+}
+
+void TapTracker::EndReset() {
+  trst_.reset();
 }
 
 uint64_t TapTracker::Walk(const svf::StateStatement &statement, size_t offset) {
@@ -110,13 +129,11 @@ void TapTracker::RunTest(TapState run, TapState end, size_t offset) {
 }
 
 void TapTracker::Finish() {
-  if (svf::IsPause(at_) && scan_pauses_) {
-    RefusePause(scan_,
-                fmt::format("the file ends with this scan paused in {}, but the player ends every "
-                            "scan in Run-Test/Idle",
-                            Name(at_)),
-                "write STATE IDLE at the end of the file",
-                "the scan ends in Run-Test/Idle and its register is updated");
+  if (scan_pauses_) {
+    notes_.Warning(scan_, fmt::format("the file ends with this scan paused in {}, but the player "
+                                      "ends every scan in Run-Test/Idle: its register is updated, "
+                                      "as it would be by the reset of the next download",
+                                      Name(at_)));
   }
   if (reset_) {
     notes_.Warning(*reset_,

@@ -15,10 +15,11 @@
 namespace tool {
 
 // The player resets the TAP once, before the file; after that every scan and every run-test begins
-// and ends in Run-Test/Idle. So only one kind of pause has a form in a TVB file: a scan that pauses
-// in its own register's pause and is left through UPDATE equals, but for one idle clock, a scan
-// that ends in Run-Test/Idle. Functions throw svf::Error where there is no form, and print notes
-// and, with `pause_as_idle`, warnings.
+// and ends in Run-Test/Idle. So two kinds of pause have a form in a TVB file, both of a scan that
+// pauses in its own register's pause: if it is left through UPDATE, it equals, but for one idle
+// clock, a scan that ends in Run-Test/Idle; if the next scan resumes it, both are one scan.
+// Functions throw svf::Error where there is no form, and print notes and, with `pause_as_idle`,
+// warnings.
 class TapTracker {
  public:
   // With `pause_as_idle` every pause counts as Run-Test/Idle, with a warning whenever devices see a
@@ -27,9 +28,18 @@ class TapTracker {
       : notes_(notes), pause_as_idle_(pause_as_idle) {}
 
   // Begins a scan of the instruction register or the data register, stated at `offset`; ends it in
-  // `end`.
-  void BeginScan(bool instruction, size_t offset);
+  // `end`. BeginScan() returns true if the scan resumes the last one: shifting goes on.
+  bool BeginScan(bool instruction, size_t offset);
   void EndScan(bool instruction, svf::TapState end, size_t offset);
+
+  // True in the pause in which the last scan ended.
+  bool scan_pauses() const {
+    return scan_pauses_;
+  }
+
+  // TRST ON, or what ends it.
+  void HoldInReset(size_t offset);
+  void EndReset();
 
   // Follows a STATE statement. Returns the clocks that its path spends in Run-Test/Idle.
   uint64_t Walk(const svf::StateStatement &statement, size_t offset);
@@ -58,6 +68,7 @@ class TapTracker {
   bool scan_pauses_ = false;     // at_ is the pause in which that scan ended
   bool captured_ = false;        // a path went through CAPTURE and has not ended yet
   std::optional<size_t> reset_;  // a reset not yet followed by anything played
+  std::optional<size_t> trst_;   // TRST is ON since then
   uint64_t pauses_ = 0;          // left through UPDATE
 };
 

@@ -25,7 +25,7 @@ struct PlatformState {
   const tvb_driver *driver = nullptr;  // the registered driver
   std::unordered_set<void *> blocks;   // live memory of the driver
   Lines *lines = nullptr;
-  std::function<void()> on_tick;
+  Ticks ticks;
   uint32_t calls = 0;  // number of pin callback calls
 };
 
@@ -37,7 +37,6 @@ constexpr unsigned char kFill = 0xA5;
 constexpr uint64_t kLoopsPerMicrosecond = 4295;
 
 constexpr int64_t kBadFile = -9;
-constexpr uint32_t kCallsPerTick = 1 << 18;
 
 PlatformState *the_platform;
 
@@ -94,8 +93,8 @@ void Log(const std::string &text, bool whole) {
 // A driver message ends when the driver makes a call of another kind.
 inline void CountCall(PlatformState &platform) {
   platform.log.Flush();
-  if (++platform.calls % kCallsPerTick == 0) {
-    platform.on_tick();
+  if (++platform.calls % platform.ticks.calls == 0) {
+    platform.ticks.tell();
   }
 }
 
@@ -182,9 +181,9 @@ Platform::~Platform() {
   the_platform = nullptr;
 }
 
-DriverResult Platform::Play(Lines &lines, tvb::Bytes image, std::function<void()> on_tick) {
+DriverResult Platform::Play(Lines &lines, tvb::Bytes image, Ticks ticks) {
   state_->lines = &lines;
-  state_->on_tick = std::move(on_tick);
+  state_->ticks = std::move(ticks);
   init_module();
   DriverResult result;
   result.done = Download(*state_->driver, image) == DOWNLOAD_DONE;

@@ -66,6 +66,12 @@ struct DriverResult {
 // The driver's visible state while it runs.
 DriverView ViewDriver();
 
+// What is told now and then while the driver runs, between two of its calls.
+struct Ticks {
+  std::function<void()> tell;
+  uint32_t calls = 1 << 18;  // pin calls from one to the next
+};
+
 // Only one platform exists at a time; the driver's calls reach that one. Memory is the host's, but
 // blocks are limited to the kernel's largest size, and memory not requested zeroed is filled, so
 // that rehearsals are reproducible. The destructor frees what the driver has not.
@@ -78,9 +84,8 @@ class Platform {
   Platform &operator=(const Platform &) = delete;
 
   // Loads the driver, has it play `image` (not empty, less than 4 GiB) on `lines`, and unloads it.
-  // The driver's state is as at load only in a process that has not run it before. `on_tick` is
-  // called now and then, between two calls of the driver.
-  DriverResult Play(Lines &lines, tvb::Bytes image, std::function<void()> on_tick);
+  // The driver's state is as at load only in a process that has not run it before.
+  DriverResult Play(Lines &lines, tvb::Bytes image, Ticks ticks);
 
  private:
   std::unique_ptr<struct PlatformState> state_;

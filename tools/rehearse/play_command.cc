@@ -110,12 +110,12 @@ void RunWatched(Rehearsal &rehearsal, const TvbFile &file) {
   const tvb::PlayLength length =
       shown ? tvb::MeasurePlay(file.image(), file.header()) : tvb::PlayLength();
   Progress progress("play", length.clocks, "clocks");
-  rehearsal.Run([&] {
-    rehearsal.playhead().CatchUp();
+  const Rehearsal &seen = rehearsal;
+  rehearsal.Run({[&] {
     progress.Relabel(
-        fmt::format("play  record {} of {}", rehearsal.playhead().records(), length.records));
-    progress.Update(rehearsal.counts().all_clocks());
-  });
+        fmt::format("play  record {} of {}", seen.playhead().records(), length.records));
+    progress.Update(seen.counts().all_clocks());
+  }});
 }
 
 DriverLog::Sink LogTo(FILE *screen) {

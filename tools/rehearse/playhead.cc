@@ -12,16 +12,8 @@ std::optional<tvb::PlayedRecord> Playhead::Next() {
   std::optional<tvb::PlayedRecord> played = order_.Next();
   if (played) {
     records_ = played->step;
-    record_end_ = played->record.end;
   }
   return played;
-}
-
-void Playhead::CatchUp() {
-  const uint64_t position = driver_.position();
-  if (driver_.in_records() && position != record_end_) {
-    GoTo(position, false);
-  }
 }
 
 const FileScan *Playhead::BeginScan() {
@@ -29,7 +21,7 @@ const FileScan *Playhead::BeginScan() {
   if (!driver_.in_records()) {
     return nullptr;
   }
-  if (const std::optional<tvb::PlayedRecord> played = GoTo(driver_.position(), true)) {
+  if (const std::optional<tvb::PlayedRecord> played = NextShift(driver_.position())) {
     scan_ = ScanOf(*played);
     Count();
   }
@@ -37,12 +29,11 @@ const FileScan *Playhead::BeginScan() {
 }
 
 // The driver acts on a record when it has read exactly up to the record's end.
-std::optional<tvb::PlayedRecord> Playhead::GoTo(uint64_t position, bool only_shifts) {
+std::optional<tvb::PlayedRecord> Playhead::NextShift(uint64_t end) {
   std::optional<tvb::PlayedRecord> played;
   do {
     played = Next();
-  } while (played &&
-           (played->record.end != position || (only_shifts && !played->record.IsShift())));
+  } while (played && !(played->record.IsShift() && played->record.end == end));
   return played;
 }
 

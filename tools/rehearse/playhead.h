@@ -21,7 +21,8 @@ struct DriverView {
                                        // its own
 };
 
-// Follows the driver through the records. Every SIR and SDR record is one scan.
+// Follows the driver through the records. Every SIR and SDR record is one scan. Only scans move it,
+// and Next(): it is the same whoever looks at it, and when.
 class Playhead {
  public:
   // The caller owns the image, as in tvb::PlayOrder; its header is valid.
@@ -47,7 +48,7 @@ class Playhead {
   }
 
   // Counts so far: the file's scans, the scans that compare (all, and DR scans only), and the
-  // records.
+  // records to the last one of Next() or the last scan.
   uint64_t scans() const {
     return scans_;
   }
@@ -61,14 +62,11 @@ class Playhead {
     return records_;
   }
 
-  // Moves to the record that the driver plays without a scan: a run-test.
-  void CatchUp();
-
   // Moves to the next record in playing order; none at the end.
   std::optional<tvb::PlayedRecord> Next();
 
  private:
-  std::optional<tvb::PlayedRecord> GoTo(uint64_t position, bool only_shifts);
+  std::optional<tvb::PlayedRecord> NextShift(uint64_t end);
   FileScan ScanOf(const tvb::PlayedRecord &played);
   void Count();
 
@@ -81,7 +79,6 @@ class Playhead {
   uint64_t compared_dr_scans_ = 0;
   tvb::Buffer instruction_;
   uint64_t records_ = 0;
-  uint64_t record_end_ = 0;  // end of the last record
 };
 
 }  // namespace tool

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tools/rehearse/rehearsal.h"
 
+#include <utility>
+
 namespace tool {
 
 Rehearsal::Rehearsal(tvb::Bytes image, const tvb::HeaderView &header, Target *chain,
@@ -29,9 +31,9 @@ void Rehearsal::Watch(const RehearsalOptions &options, const RehearsalSinks &sin
   }
 }
 
-void Rehearsal::Run(const std::function<void()> &on_tick) {
+void Rehearsal::Run(Ticks ticks) {
   Platform platform(clock_, log_);
-  result_ = platform.Play(lines_, image_, on_tick);
+  result_ = platform.Play(lines_, image_, std::move(ticks));
   FinishTraces();
   if (result_.stop == DriverStop::kMismatch) {
     ExplainMismatch();

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 
 #include "tools/rehearse/lines.h"
@@ -48,8 +47,8 @@ class Rehearsal {
   Rehearsal(const Rehearsal &) = delete;
   Rehearsal &operator=(const Rehearsal &) = delete;
 
-  // Plays the image. `on_tick` is called now and then, between two calls of the driver.
-  void Run(const std::function<void()> &on_tick);
+  // Plays the image. `ticks` are for looking only.
+  void Run(Ticks ticks);
 
   // Valid after Run().
   const DriverResult &result() const {
@@ -69,6 +68,9 @@ class Rehearsal {
   }
   const LineCounts &counts() const {
     return lines_.counts();
+  }
+  const Playhead &playhead() const {
+    return playhead_;
   }
   Playhead &playhead() {
     return playhead_;

@@ -17,7 +17,7 @@ sample() {
 
 for name in $(cat /test/samples/names); do
   case $name in
-    target_by_pads) sample $name "idcode=0x13579BDF;$chip;bypass" ;;
+    target_by_pads | pads_that_compare) sample $name "idcode=0x13579BDF;$chip;bypass" ;;
     *) sample $name "$chip" ;;
   esac
 done
