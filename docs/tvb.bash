@@ -34,7 +34,7 @@ _tvb_value() {
 
 _tvb_options() {
   case $1 in
-    compile) echo '--chain --pause-as-idle --encoding --no-compress --longest-wait --pin-ns --quiet -q --output -o' ;;
+    compile) echo '--chain --pause-as-idle --encoding --no-compress --no-split --longest-wait --pin-ns --quiet -q --output -o' ;;
     decompile) echo '--force --output -o' ;;
     dump) echo '--json --hex' ;;
     check) echo '--strict' ;;

@@ -11,8 +11,11 @@ namespace fuzz {
 tvb::Buffer CompileSvf(std::string_view svf, const tool::CompileOptions &options) {
   tvb::Buffer image;
   tool::SourceNotes notes("fuzz.svf", svf);
-  tool::Compiler compiler(options, notes,
-                          [&image](tvb::Bytes records) { tvb::Append(image, records); });
+  tool::CompileOptions one_file = options;
+  one_file.split = false;
+  tool::Compiler compiler(one_file, notes, [&image](std::optional<size_t>) {
+    return [&image](tvb::Bytes records) { tvb::Append(image, records); };
+  });
   svf::Parser parser(svf);
   svf::Statement statement;
   while (parser.Next(statement)) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -49,18 +50,9 @@ inline std::string ParseError(std::string_view text) {
   });
 }
 
-// A text compiled, and its records read back.
-struct Compiled {
-  explicit Compiled(std::string_view text, const tool::CompileOptions &options = {})
-      : notes("test", text), compiler(options, notes, [this](tvb::Bytes bytes) {
-          image.insert(image.end(), bytes.begin(), bytes.end());
-        }) {
-    svf::Parser parser(text);
-    svf::Statement statement;
-    while (parser.Next(statement)) {
-      compiler.Compile(statement);
-    }
-    compiler.Finish();
+// A TVB file that was compiled, read back.
+struct ReadBack {
+  void Read() {
     const tvb::HeaderView header = tvb::ReadHeader(image);
     EXPECT_FALSE(header.fault);
     tvb::Reader reader(image, header);
@@ -146,9 +138,31 @@ struct Compiled {
   }
 
   tvb::Buffer image;
+  std::vector<tvb::RecordView> records;
+};
+
+// A text compiled: its first file, and all of them.
+struct Compiled : ReadBack {
+  explicit Compiled(std::string_view text, const tool::CompileOptions &options = {})
+      : notes("test", text), compiler(options, notes, [this](std::optional<size_t>) {
+          ReadBack &file = *files.emplace_back(std::make_unique<ReadBack>());
+          return [&file](tvb::Bytes bytes) { tvb::Append(file.image, bytes); };
+        }) {
+    svf::Parser parser(text);
+    svf::Statement statement;
+    while (parser.Next(statement)) {
+      compiler.Compile(statement);
+    }
+    compiler.Finish();
+    for (const auto &file : files) {
+      file->Read();
+    }
+    static_cast<ReadBack &>(*this) = *files.front();
+  }
+
+  std::vector<std::unique_ptr<ReadBack>> files;
   tool::SourceNotes notes;
   tool::Compiler compiler;
-  std::vector<tvb::RecordView> records;
 };
 
 inline std::string CompileError(std::string_view text, const tool::CompileOptions &options = {}) {

@@ -241,6 +241,42 @@ TEST(SvfCompile, LetsResetsBeWhereTheyChangeNothing) {
   EXPECT_THAT(Records(kText), ElementsAre("RUNTEST 5 TCK", "SIR 8 06", "IDLE"));
 }
 
+TEST(SvfCompile, BeginsAnotherFileAtAReset) {
+  const Compiled compiled(
+      "HIR 8 TDI (FF); HDR 1 TDI (0); ENDDR DRPAUSE; ENDIR IRPAUSE; FREQUENCY 2E6 HZ;"
+      "SIR 8 TDI (06); SDR 8 TDI (12) TDO (34) MASK (F0) SMASK (0F);"
+      "STATE RESET; STATE IDLE; RUNTEST 5 TCK; STATE RESET; RUNTEST 6 TCK;"
+      "SDR 8 TDO (56); SIR 8; RUNTEST 7 TCK ENDSTATE RESET; FREQUENCY; RUNTEST IDLE 8 TCK;"
+      "STATE IDLE IDLE DRSELECT IRSELECT RESET IDLE IDLE IDLE; SIR 8;"
+      "STATE IDLE IDLE IDLE DRSELECT IRSELECT RESET IDLE IDLE IDLE;");
+  ASSERT_EQ(compiled.files.size(), 4u);
+  const std::vector<std::string> start = {"PAD 12 0", "PAD 10 0", "PAD 11 0", "PAD 9 0",
+                                          "FREQUENCY 0"};
+  const auto texts = [&](size_t file, bool opened) {
+    const auto all = compiled.files[file]->Texts();
+    const size_t first = opened ? 1 : 0;
+    EXPECT_TRUE(std::equal(start.begin(), start.end(), all.begin() + static_cast<long>(first)));
+    return compiled.files[file]->Texts(first + kPreamble);
+  };
+  EXPECT_EQ(compiled.files[0]->Texts()[0], "SIR 16 06FF");
+  EXPECT_THAT(texts(0, true), ElementsAre("FREQUENCY 2000000", "SDR 9 024 068/1E0", "IDLE"));
+  EXPECT_EQ(compiled.files[1]->Texts()[0], "SIR 16 06FF");
+  EXPECT_THAT(texts(1, true),
+              ElementsAre("FREQUENCY 2000000", "RUNTEST 5 TCK", "RUNTEST 6 TCK",
+                          "SDR 9 024 0AC/1E0", "SIR 16 06FF", "RUNTEST 7 TCK", "IDLE"));
+  // A reset before the first scan of a file changes nothing.
+  EXPECT_EQ(compiled.files[2]->Texts()[0], "SIR 16 06FF");
+  EXPECT_THAT(texts(2, true), ElementsAre("RUNTEST 8 TCK", "RUNTEST 3 TCK", "SIR 16 06FF",
+                                          "RUNTEST 2 TCK", "IDLE"));
+  EXPECT_EQ(compiled.files[3]->Texts()[0], "SIR 16 06FF");
+  EXPECT_THAT(texts(3, true), ElementsAre("RUNTEST 2 TCK", "IDLE"));
+  tool::CompileOptions options;
+  options.split = false;
+  EXPECT_EQ(CompileError("SIR 8 TDI (06);\n STATE RESET; SIR 8;", options),
+            "2:2: the TAP is reset in the middle of the file, but the player resets it at a file's "
+            "start only; take this reset out, or do without --no-split");
+}
+
 TEST(SvfCompile, LetsPausesBeThatGoOnThroughUpdate) {
   const char *kText =
       "ENDIR IRPAUSE; ENDDR DRPAUSE; SIR 8 TDI (06); SDR 8 TDI (00); SIR 8; RUNTEST 3 TCK;"
@@ -301,8 +337,7 @@ TEST(SvfCompile, TakesTrstForAReset) {
               ElementsAre("RUNTEST 5 TCK", "SIR 8 06", "IDLE"));
   EXPECT_EQ(CompileError("TRST ON;\nSIR 8 TDI (06);"),
             "2:1: TRST is ON, so this SIR would not reach a register; write TRST OFF before it");
-  EXPECT_THAT(CompileError("SIR 8 TDI (06);\nTRST ON; TRST Z; SIR 8;"),
-              StartsWith("2:1: the TAP is reset in the middle of the file"));
+  EXPECT_EQ(Compiled("SIR 8 TDI (06);\nTRST ON; TRST Z; SIR 8;").files.size(), 2u);
 }
 
 TEST(SvfCompile, TakesALastStatementWithoutItsSemicolon) {
@@ -316,11 +351,11 @@ TEST(SvfCompile, CountsWhatItWillCost) {
   const Compiled compiled(
       "FREQUENCY 1E6 HZ; SIR 8 TDI (06); SDR 8 TDI (00) TDO (00) MASK (0F);"
       "RUNTEST 100 TCK;");
-  EXPECT_EQ(compiled.compiler.writer().cost().clocks(), 14 + 13 + 100u);
-  EXPECT_EQ(compiled.compiler.writer().cost().run_test_clocks(), 100u);
+  EXPECT_EQ(compiled.compiler.files()[0].cost.clocks(), 14 + 13 + 100u);
+  EXPECT_EQ(compiled.compiler.files()[0].cost.run_test_clocks(), 100u);
   // TCK twice a clock; TDI 8, TMS 8 and 7; 4 reads; the run-test puts TDI and TMS low.
-  EXPECT_EQ(compiled.compiler.writer().cost().pin_calls(), 2 * 127 + 16 + 15 + 4 + 2u);
-  EXPECT_EQ(compiled.compiler.writer().only_hz(), 1000000u);
+  EXPECT_EQ(compiled.compiler.files()[0].cost.pin_calls(), 2 * 127 + 16 + 15 + 4 + 2u);
+  EXPECT_EQ(compiled.compiler.files()[0].only_hz, 1000000u);
 }
 
 }  // namespace

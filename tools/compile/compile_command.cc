@@ -4,10 +4,12 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "svf/parser.h"
 #include "svf/text.h"
@@ -41,22 +43,20 @@ std::string TimeText(double nanoseconds) {
   return tool::TimeText(static_cast<uint64_t>(nanoseconds));
 }
 
-std::string Summary(const CompileCommand &command, const RecordWriter &writer,
-                    const InputFile &input, uint64_t bytes, const std::string &output) {
-  const WrittenCounts &counts = writer.counts();
-  const PlayCost &cost = writer.cost();
-  const RecordFolder &folder = writer.folder();
+std::string Summary(const CompileCommand &command, const WrittenFile &file, const InputFile &input,
+                    uint64_t bytes, const std::string &output) {
+  const WrittenCounts &counts = file.counts;
+  const PlayCost &cost = file.cost;
   std::string text = fmt::format("{}: {}, {}, {} of the {} of SVF\n", output,
-                                 CountText(folder.records(), "record"), CountText(bytes, "byte"),
+                                 CountText(file.records, "record"), CountText(bytes, "byte"),
                                  PercentText(bytes, input.size()), CountText(input.size(), "byte"));
   text += fmt::format("  {}, {}, {}; {} shifted; {}\n", CountText(counts.instruction_scans, "SIR"),
                       CountText(counts.data_scans, "SDR"), CountText(counts.run_tests, "run-test"),
-                      CountText(counts.bits, "bit"), CountText(folder.loops(), "loop"));
+                      CountText(counts.bits, "bit"), CountText(file.loops, "loop"));
   text += fmt::format("  {}, {} of them in run-tests\n", CountText(cost.clocks(), "clock"),
                       NumberText(cost.run_test_clocks()));
-  const std::string rate = writer.only_hz() == 0
-                               ? "the frequencies in force"
-                               : fmt::format("{} Hz", NumberText(writer.only_hz()));
+  const std::string rate = file.only_hz == 0 ? "the frequencies in force"
+                                             : fmt::format("{} Hz", NumberText(file.only_hz));
   text += fmt::format("  {} at {}; {} with {} ns a pin call ({})\n",
                       TimeText(cost.time_at_frequency()), rate, TimeText(cost.time_of_pins()),
                       RealText(command.options.pin_ns), CountText(cost.pin_calls(), "call"));
@@ -79,20 +79,94 @@ void CompileText(Compiler &compiler, InputFile &input, SourceNotes &notes) {
   }
 }
 
+// The name of the file of that number, from 1: OUT.tvb, OUT-2.tvb, OUT-3.tvb.
+std::string NumberedPath(const std::string &path, size_t number) {
+  if (number == 1 || path == "/dev/null") {
+    return path;
+  }
+  const std::filesystem::path whole(path);
+  const std::string name =
+      fmt::format("{}-{}{}", whole.stem().string(), number, whole.extension().string());
+  return (whole.parent_path() / name).string();
+}
+
+// The files being written: none appears before all are whole.
+class TvbFiles {
+ public:
+  TvbFiles(const CompileCommand &command, SourceNotes &notes) : command_(command), notes_(notes) {}
+
+  RecordFolder::Sink Next(std::optional<size_t> reset) {
+    const std::string path = NumberedPath(command_.output, files_.size() + 1);
+    if (reset) {
+      Announce(*reset, path);
+    }
+    File &file = *files_.emplace_back(std::make_unique<File>(path));
+    return [&file](tvb::Bytes records) {
+      file.output.Write(records.data(), records.size());
+      file.bytes += records.size();
+    };
+  }
+
+  void Commit() {
+    for (const auto &file : files_) {
+      file->output.Commit();
+    }
+    const std::string further = NumberedPath(command_.output, files_.size() + 1);
+    if (further != command_.output && std::filesystem::is_regular_file(further)) {
+      Warning(further, "this file is from before, and not one of those just written");
+    }
+  }
+
+  std::string Summary(const std::vector<WrittenFile> &written, const InputFile &input) const {
+    std::string text;
+    for (size_t i = 0; i < written.size(); ++i) {
+      text +=
+          tool::Summary(command_, written[i], input, files_[i]->bytes, files_[i]->output.name());
+    }
+    return text;
+  }
+
+ private:
+  struct File {
+    explicit File(const std::string &path) : output(path) {}
+    OutputFile output;
+    uint64_t bytes = 0;
+  };
+
+  void Announce(size_t reset, const std::string &path) {
+    std::error_code none;
+    if (command_.output == "-" || std::filesystem::is_fifo(command_.output, none)) {
+      throw Failure(
+          "the TAP is reset here, in the middle of the file, which makes two TVB files of "
+          "it; name a file with -o in place of a stream",
+          notes_.Where(reset));
+    }
+    if (std::filesystem::equivalent(path, command_.input, none)) {
+      throw Failure(
+          fmt::format("the next file, {}, would overwrite the input; name another file", path),
+          notes_.Where(reset));
+    }
+    notes_.Note(reset, fmt::format("the TAP is reset here, so {} begins: download it after the one "
+                                   "before; the player resets the TAP and reads the IDCODE first",
+                                   path));
+  }
+
+  const CompileCommand &command_;
+  SourceNotes &notes_;
+  std::vector<std::unique_ptr<File>> files_;
+};
+
 int Compile(const CompileCommand &command) {
   InputFile input(command.input);
-  OutputFile output(command.output);
   SourceNotes notes(input.name(), input.text());
-  uint64_t bytes = 0;
-  Compiler compiler(command.options, notes, [&output, &bytes](tvb::Bytes records) {
-    output.Write(records.data(), records.size());
-    bytes += records.size();
-  });
+  TvbFiles files(command, notes);
+  Compiler compiler(command.options, notes,
+                    [&files](std::optional<size_t> reset) { return files.Next(reset); });
   CompileText(compiler, input, notes);
-  output.Commit();
+  files.Commit();
   if (!command.quiet) {
     fmt::print(command.output == "-" ? stderr : stdout, "{}",
-               Summary(command, compiler.writer(), input, bytes, output.name()));
+               files.Summary(compiler.files(), input));
   }
   return kDone;
 }
@@ -177,6 +251,9 @@ void AddOptions(CLI::App &app, Invocation &invocation, CompileCommand &command) 
                "Store all data blocks plain, without the byte that names an encoding (header byte "
                "0xF2)")
       ->excludes(encoding);
+  app.add_flag_callback(
+      "--no-split", [&command] { command.options.split = false; },
+      "Refuse a reset in the middle of the file, where OUT-2.tvb, OUT-3.tvb, ... would begin");
   app.add_option("--longest-wait", command.longest_wait,
                  "Write longer run-tests as pieces of at most so many milliseconds, because the "
                  "player holds a processor while it waits; 0 for no limit")

@@ -44,11 +44,13 @@ std::optional<tvb::ChainPlace> PlaceOfPads(const tvb::PadBits &pads) {
 
 }  // namespace
 
-Compiler::Compiler(const CompileOptions &options, SourceNotes &notes, RecordFolder::Sink sink)
+Compiler::Compiler(const CompileOptions &options, SourceNotes &notes, NextFile next_file)
     : options_(options),
       notes_(notes),
-      writer_(options.plain, options.blocks, options.pin_ns, options.longest_wait, std::move(sink)),
-      tap_(notes, options.pause_as_idle) {}
+      next_file_(std::move(next_file)),
+      tap_(notes, options.pause_as_idle) {
+  BeginFile(std::nullopt);
+}
 
 void Compiler::Compile(const svf::Statement &statement) {
   offset_ = statement.offset;
@@ -64,14 +66,45 @@ void Compiler::Compile(const svf::Statement &statement) {
 void Compiler::Finish() {
   tap_.Finish();
   WriteScan();
+  if (!open_ && !HoldsRunTest()) {
+    notes_.Warning(offset_, "the file has no scan and no RUNTEST; nothing will be played");
+  }
+  EndFile();
+}
+
+// The player keeps no state of ours from one file to the next, so what is in force is set anew.
+void Compiler::BeginFile(std::optional<size_t> reset) {
+  writer_.emplace(options_.plain, options_.blocks, options_.pin_ns, options_.longest_wait,
+                  next_file_(reset));
+  writer_->SetFrequency(limit_);
+  open_ = false;
+}
+
+void Compiler::EndFile() {
+  WriteScan();
   if (!open_) {
-    if (!HoldsRunTest()) {
-      notes_.Warning(offset_, "the file has no scan and no RUNTEST; nothing will be played");
-    }
     place_ = TargetPlace();
     Open(nullptr);
   }
-  writer_.Finish();
+  writer_->Finish();
+  files_.push_back({writer_->counts(), writer_->cost(), writer_->folder().records(),
+                    writer_->folder().loops(), writer_->only_hz()});
+}
+
+// Call it before anything that is played.
+void Compiler::ResetIfAsked() {
+  const std::optional<size_t> reset = tap_.reset();
+  if (!reset) {
+    return;
+  }
+  if (!options_.split) {
+    throw svf::Error(*reset,
+                     "the TAP is reset in the middle of the file, but the player resets it at a "
+                     "file's start only; take this reset out, or do without --no-split");
+  }
+  EndFile();
+  tap_.BeginFile();
+  BeginFile(reset);
 }
 
 void Compiler::Compile(const svf::ScanStatement &scan) {
@@ -81,6 +114,7 @@ void Compiler::Compile(const svf::ScanStatement &scan) {
   }
   const bool instruction = scan.which == Register::kSir;
   CheckLength(scan);
+  ResetIfAsked();
   if (!tap_.BeginScan(instruction, offset_)) {
     WriteScan();
   }
@@ -143,7 +177,7 @@ void Compiler::WriteScan() {
   if (!open_) {
     Open(&joined);
   } else {
-    writer_.Scan(opcode, joined);
+    writer_->Scan(opcode, joined);
     LetGo();
   }
   joiner_.Clear();
@@ -188,9 +222,13 @@ void Compiler::Compile(const svf::EndStatement &end) {
 }
 
 void Compiler::Compile(const svf::StateStatement &state) {
-  const uint64_t clocks = tap_.Walk(state, offset_);
+  const TapTracker::IdleClocks clocks = tap_.Walk(state, offset_);
   WriteScan();
-  RunTest({0, clocks});
+  RunTest({0, clocks.before});
+  if (clocks.after > 0) {
+    ResetIfAsked();
+    RunTest({0, clocks.after});
+  }
 }
 
 void Compiler::Compile(const svf::RunTestStatement &run) {
@@ -201,6 +239,7 @@ void Compiler::Compile(const svf::RunTestStatement &run) {
   if (run.end) {
     run_end_ = run.end->state;
   }
+  ResetIfAsked();
   tap_.RunTest(run_, run_end_, offset_);
   WriteScan();
   if (run.count && run.count->system_clock && !warned_of_system_clock_) {
@@ -276,7 +315,7 @@ void Compiler::Compile(const svf::ParallelStatement &) {
 
 void Compiler::RunTest(const RunTestPlan &plan) {
   if (open_) {
-    writer_.RunTest(plan);
+    writer_->RunTest(plan);
   } else if (plan.clocks != 0) {
     held_.push_back(plan);
   }
@@ -284,8 +323,11 @@ void Compiler::RunTest(const RunTestPlan &plan) {
 
 void Compiler::SetFrequency(uint32_t hz) {
   limit_ = hz;
+  if (tap_.reset()) {
+    return;  // the next file, if there is one, sets it
+  }
   if (open_ && scan_.pieces == 0) {
-    writer_.SetFrequency(hz);
+    writer_->SetFrequency(hz);
   } else {
     held_.push_back(hz);
   }
@@ -297,18 +339,18 @@ void Compiler::Open(const tvb::Shift *first) {
   open_ = true;
   LetGo();
   if (first != nullptr && !written) {
-    writer_.Scan(OpcodeOf(scan_.which), *first);
+    writer_->Scan(OpcodeOf(scan_.which), *first);
   }
 }
 
 // Writes the opening record, if there is to be one. True if it is the scan.
 bool Compiler::Opening(const tvb::Shift *first) {
   if (first != nullptr && IsTold(*first)) {
-    writer_.OpeningScan(*first, limit_);
+    writer_->OpeningScan(*first, limit_);
     return true;
   }
   if (place_ && !place_->IsAlone() && FitsOpening(*place_)) {
-    writer_.Opening(*place_, IdcodeInstruction(first), limit_);
+    writer_->Opening(*place_, IdcodeInstruction(first), limit_);
   }
   return false;
 }
@@ -316,9 +358,9 @@ bool Compiler::Opening(const tvb::Shift *first) {
 void Compiler::LetGo() {
   for (const Held &held : std::exchange(held_, {})) {
     if (const auto *plan = std::get_if<RunTestPlan>(&held)) {
-      writer_.RunTest(*plan);
+      writer_->RunTest(*plan);
     } else {
-      writer_.SetFrequency(std::get<uint32_t>(held));
+      writer_->SetFrequency(std::get<uint32_t>(held));
     }
   }
 }

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <variant>
 #include <vector>
@@ -24,18 +25,33 @@ namespace tool {
 struct CompileOptions {
   std::optional<tvb::ChainPlace> chain;  // of the target; none: taken from the file's pads
   bool pause_as_idle = false;
+  bool split = true;              // a reset after a scan begins another file
   uint64_t longest_wait = 20000;  // of one run-test in microseconds; 0: no limit
   bool plain = false;             // header: blocks are raw and have no mode byte
   tvb::BlockChoice blocks;        // if not plain
   double pin_ns = 100;            // duration of a pin call, for the time estimate
 };
 
-// Takes statements in file order and passes the bytes of the TVB file to a sink as they become
-// final. All functions throw svf::Error where a statement has no form in a TVB file.
+// A TVB file that has been written.
+struct WrittenFile {
+  WrittenCounts counts;
+  PlayCost cost;
+  uint64_t records = 0;
+  uint64_t loops = 0;
+  uint32_t only_hz = 0;  // as RecordWriter::only_hz()
+};
+
+// Takes statements in file order and passes the bytes of the TVB files to sinks as they become
+// final: one file, and another for each reset that something is played before and after. All
+// functions throw svf::Error where a statement has no form in a TVB file.
 class Compiler {
  public:
+  // Returns the sink of the next file; `reset`: the offset of the reset that begins it, none for
+  // the first.
+  using NextFile = std::function<RecordFolder::Sink(std::optional<size_t> reset)>;
+
   // `notes` must live as long as the object.
-  Compiler(const CompileOptions &options, SourceNotes &notes, RecordFolder::Sink sink);
+  Compiler(const CompileOptions &options, SourceNotes &notes, NextFile next_file);
 
   // Compiles the next statement.
   void Compile(const svf::Statement &statement);
@@ -43,8 +59,9 @@ class Compiler {
   // Ends the SVF file; call it once, last.
   void Finish();
 
-  const RecordWriter &writer() const {
-    return writer_;
+  // The files so far; all after Finish().
+  const std::vector<WrittenFile> &files() const {
+    return files_;
   }
 
  private:
@@ -55,6 +72,10 @@ class Compiler {
   void Compile(const svf::FrequencyStatement &frequency);
   void Compile(const svf::TrstStatement &trst);
   void Compile(const svf::ParallelStatement &);
+
+  void BeginFile(std::optional<size_t> reset);
+  void EndFile();
+  void ResetIfAsked();
 
   void LoadPad(const svf::ScanStatement &pad);
   void CheckLength(const svf::ScanStatement &scan) const;
@@ -87,7 +108,9 @@ class Compiler {
 
   CompileOptions options_;
   SourceNotes &notes_;
-  RecordWriter writer_;
+  NextFile next_file_;
+  std::optional<RecordWriter> writer_;  // of the file being written
+  std::vector<WrittenFile> files_;
   TapTracker tap_;
   ScanJoiner joiner_;
 

@@ -27,7 +27,6 @@ bool TapTracker::BeginScan(bool instruction, size_t offset) {
                                          "TRST OFF before it",
                                          ScanName(instruction)));
   }
-  RefuseAfterReset();
   scanned_ = true;
   const bool resumes = at_ == PauseOf(instruction) && scan_pauses_;
   if (resumes) {
@@ -75,12 +74,12 @@ void TapTracker::EndReset() {
   trst_.reset();
 }
 
-uint64_t TapTracker::Walk(const svf::StateStatement &statement, size_t offset) {
+TapTracker::IdleClocks TapTracker::Walk(const svf::StateStatement &statement, size_t offset) {
+  IdleClocks clocks;
   if (statement.path.size() == 1) {
     MoveTo(statement.path.front().state, offset);
-    return 0;
+    return clocks;
   }
-  uint64_t idle_clocks = 0;
   bool first = true;
   for (const auto &[state, step_offset] : statement.path) {
     // A path may begin with a state to reach by the shortest way, as a single state does. The TAP's
@@ -88,19 +87,15 @@ uint64_t TapTracker::Walk(const svf::StateStatement &statement, size_t offset) {
     if (first && svf::IsStable(state) && (!scanned_ || !svf::Leads(at_, state))) {
       MoveTo(state, step_offset);
     } else {
-      idle_clocks += at_ == TapState::kIdle && state == TapState::kIdle;
+      (reset_ ? clocks.after : clocks.before) += at_ == TapState::kIdle && state == TapState::kIdle;
       StepTo(state, step_offset);
     }
     first = false;
   }
-  if (idle_clocks > 0) {
-    RefuseAfterReset();
-  }
-  return idle_clocks;
+  return clocks;
 }
 
 void TapTracker::RunTest(TapState run, TapState end, size_t offset) {
-  RefuseAfterReset();
   if (run == TapState::kReset) {
     throw svf::Error(offset,
                      "this RUNTEST runs in RESET, but the player clocks in Run-Test/Idle only; "
@@ -213,14 +208,6 @@ void TapTracker::Reset(size_t offset) {
   scan_pauses_ = false;
   if (scanned_ && !reset_) {
     reset_ = offset;
-  }
-}
-
-void TapTracker::RefuseAfterReset() const {
-  if (reset_) {
-    throw svf::Error(*reset_,
-                     "the TAP is reset in the middle of the file, but the player resets it at a "
-                     "file's start only; take this reset out, or begin a second file here");
   }
 }
 

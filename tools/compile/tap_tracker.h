@@ -19,13 +19,23 @@ namespace tool {
 // pauses in its own register's pause: if it is left through UPDATE, it equals, but for one idle
 // clock, a scan that ends in Run-Test/Idle; if the next scan resumes it, both are one scan.
 // Functions throw svf::Error where there is no form, and print notes and, with `pause_as_idle`,
-// warnings.
+// warnings. A reset after a scan begins another file: see reset().
 class TapTracker {
  public:
   // With `pause_as_idle` every pause counts as Run-Test/Idle, with a warning whenever devices see a
   // difference. `notes` must live as long as the object.
   TapTracker(SourceNotes &notes, bool pause_as_idle)
       : notes_(notes), pause_as_idle_(pause_as_idle) {}
+
+  // The offset of a reset that the file needs before anything else is played; none if the player's
+  // own reset is enough. BeginFile() says that the player will make it, before a new file.
+  const std::optional<size_t> &reset() const {
+    return reset_;
+  }
+  void BeginFile() {
+    reset_.reset();
+    scanned_ = false;
+  }
 
   // Begins a scan of the instruction register or the data register, stated at `offset`; ends it in
   // `end`. BeginScan() returns true if the scan resumes the last one: shifting goes on.
@@ -41,8 +51,13 @@ class TapTracker {
   void HoldInReset(size_t offset);
   void EndReset();
 
-  // Follows a STATE statement. Returns the clocks that its path spends in Run-Test/Idle.
-  uint64_t Walk(const svf::StateStatement &statement, size_t offset);
+  // Follows a STATE statement. Returns the clocks that its path spends in Run-Test/Idle, before it
+  // goes through reset and after.
+  struct IdleClocks {
+    uint64_t before = 0;
+    uint64_t after = 0;
+  };
+  IdleClocks Walk(const svf::StateStatement &statement, size_t offset);
 
   // Follows a RUNTEST, stated at `offset`, that runs in one state and ends in another.
   void RunTest(svf::TapState run, svf::TapState end, size_t offset);
@@ -56,7 +71,6 @@ class TapTracker {
   void Enter(svf::TapState state, size_t offset);
   void LeaveScanPause();
   void Reset(size_t offset);
-  void RefuseAfterReset() const;
   void RefusePause(size_t offset, const std::string &what, const std::string &instead,
                    const std::string &change);
 
