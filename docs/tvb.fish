@@ -34,7 +34,7 @@ complete -c tvb -n '__tvb_in compile' -l no-compress -d 'Store all blocks as the
 complete -c tvb -n '__tvb_in compile' -l no-split -d 'Refuse a reset in the middle of the file'
 complete -c tvb -n '__tvb_in compile' -l longest-wait -x -d 'Milliseconds that one run-test may take'
 complete -c tvb -n '__tvb_in compile' -l pin-ns -x -d 'Nanoseconds that a pin call takes'
-complete -c tvb -n '__tvb_in compile' -s q -l quiet -d 'Print no summary'
+complete -c tvb -n '__tvb_in compile' -s q -l quiet -d 'Print no summary and no notes'
 complete -c tvb -n '__tvb_in compile' -a '(__tvb_files svf)'
 
 complete -c tvb -n '__tvb_in decompile' -s o -l output -ra '(__tvb_files svf)' -d 'SVF file to write'

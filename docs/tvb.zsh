@@ -38,8 +38,8 @@ _tvb_compile_options() {
     '--no-split[refuse a reset in the middle of the file]' \
     '--longest-wait=[milliseconds that one run-test may take]:milliseconds: ' \
     '--pin-ns=[nanoseconds that a pin call takes]:nanoseconds: ' \
-    '(--quiet)-q[print no summary]' \
-    '(-q)--quiet[print no summary]' \
+    '(--quiet)-q[print no summary and no notes]' \
+    '(-q)--quiet[print no summary and no notes]' \
     ':SVF file:_files -g "*.svf(-.)"'
 }
 

@@ -89,6 +89,14 @@ void Lexer::SkipBlanks() {
   }
 }
 
+void Lexer::SkipToSemicolon() {
+  SkipBlanks();
+  while (at_ < text_.size() && ClassOf(text_[at_]) != CharacterClass::kSemicolon) {
+    ++at_;
+    SkipBlanks();
+  }
+}
+
 Token Lexer::MakeToken(TokenKind kind, size_t length) {
   Token token;
   token.kind = kind;

@@ -44,6 +44,9 @@ class Lexer {
   // begin a token.
   Token Next();
 
+  // Passes over what is no token of SVF, so that a semicolon or the end is next.
+  void SkipToSemicolon();
+
   // How far the text has been read, in bytes.
   size_t offset() const {
     return at_;

@@ -241,9 +241,11 @@ void Parser::ReadTrst(Statement &statement) {
   FailExpected("ON, OFF, Z or ABSENT after TRST");
 }
 
-// The parentheses of PIO and PIOMAP do not hold hexadecimal data, so parsing cannot continue.
+// The parentheses of PIO and PIOMAP do not hold hexadecimal data.
 void Parser::ReadParallel(Statement &statement) {
   statement.what.emplace<ParallelStatement>();
+  lexer_.SkipToSemicolon();
+  Advance();
 }
 
 bool Parser::Accept(std::string_view word) {

@@ -22,6 +22,7 @@ tvb::Buffer CompileSvf(std::string_view svf, const tool::CompileOptions &options
     compiler.Compile(statement);
   }
   compiler.Finish();
+  notes.ThrowRefusal();
   return image;
 }
 

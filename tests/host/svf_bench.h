@@ -154,6 +154,7 @@ struct Compiled : ReadBack {
       compiler.Compile(statement);
     }
     compiler.Finish();
+    notes.ThrowRefusal();
     for (const auto &file : files) {
       file->Read();
     }

@@ -63,20 +63,30 @@ std::string Summary(const CompileCommand &command, const WrittenFile &file, cons
   return text;
 }
 
+// Goes on after an error, to find all of them.
+void CompileStatement(Compiler &compiler, const svf::Statement &statement, SourceNotes &notes) {
+  try {
+    compiler.Compile(statement);
+  } catch (const svf::Error &error) {
+    notes.Refuse(error.offset(), error.what());
+  }
+}
+
 void CompileText(Compiler &compiler, InputFile &input, SourceNotes &notes) {
   svf::Parser parser(input.text());
   Progress progress("compile", input.size());
   try {
     svf::Statement statement;
     while (parser.Next(statement)) {
-      compiler.Compile(statement);
+      CompileStatement(compiler, statement, notes);
       progress.Update(parser.offset());
       input.Forget(parser.offset());
     }
     compiler.Finish();
   } catch (const svf::Error &error) {
-    throw Failure(error.what(), notes.Where(error.offset()));
+    notes.Refuse(error.offset(), error.what());
   }
+  notes.Finish();
 }
 
 // The name of the file of that number, from 1: OUT.tvb, OUT-2.tvb, OUT-3.tvb.
@@ -146,9 +156,10 @@ class TvbFiles {
           fmt::format("the next file, {}, would overwrite the input; name another file", path),
           notes_.Where(reset));
     }
-    notes_.Note(reset, fmt::format("the TAP is reset here, so {} begins: download it after the one "
-                                   "before; the player resets the TAP and reads the IDCODE first",
-                                   path));
+    notes_.Warning(reset,
+                   fmt::format("the TAP is reset here, so {} begins: download it after the one "
+                               "before; the player resets the TAP and reads the IDCODE first",
+                               path));
   }
 
   const CompileCommand &command_;
@@ -158,7 +169,7 @@ class TvbFiles {
 
 int Compile(const CompileCommand &command) {
   InputFile input(command.input);
-  SourceNotes notes(input.name(), input.text());
+  SourceNotes notes(input.name(), input.text(), command.quiet);
   TvbFiles files(command, notes);
   Compiler compiler(command.options, notes,
                     [&files](std::optional<size_t> reset) { return files.Next(reset); });
@@ -261,7 +272,7 @@ void AddOptions(CLI::App &app, Invocation &invocation, CompileCommand &command) 
       ->type_name("MS")
       ->capture_default_str();
   AddPinTime(app, command.options.pin_ns);
-  app.add_flag("-q,--quiet", command.quiet, "Print no summary");
+  app.add_flag("-q,--quiet", command.quiet, "Print no summary and no notes");
 }
 
 }  // namespace

@@ -64,6 +64,10 @@ void Compiler::Compile(const svf::Statement &statement) {
 }
 
 void Compiler::Finish() {
+  if (notes_.refused()) {
+    WriteScan();  // it may be too long as well
+    return;
+  }
   tap_.Finish();
   WriteScan();
   if (!open_ && !HoldsRunTest()) {
@@ -97,13 +101,15 @@ void Compiler::ResetIfAsked() {
   if (!reset) {
     return;
   }
+  tap_.BeginFile();
   if (!options_.split) {
-    throw svf::Error(*reset,
-                     "the TAP is reset in the middle of the file, but the player resets it at a "
-                     "file's start only; take this reset out, or do without --no-split");
+    notes_.Refuse(
+        *reset,
+        "the TAP is reset in the middle of the file, but the player resets it at a file's "
+        "start only; take this reset out, or do without --no-split");
+    return;
   }
   EndFile();
-  tap_.BeginFile();
   BeginFile(reset);
 }
 
@@ -165,13 +171,7 @@ void Compiler::WriteScan() {
   }
   const tvb::Opcode opcode = OpcodeOf(scan_.which);
   if (const uint64_t clocks = tvb::ScanClocks(opcode, scan_.bits); clocks > tvb::kMaxScanClocks) {
-    throw svf::Error(scan_.offset,
-                     fmt::format("this {0} pauses and is resumed {1} times; that is one scan of "
-                                 "{2} bits, which takes {3} clocks, and the player holds {4} at "
-                                 "most; end it in IDLE now and then (END{5} IDLE), or take "
-                                 "Run-Test/Idle for such a pause with --pause-as-idle",
-                                 Name(scan_.which), scan_.pieces - 1, scan_.bits, clocks,
-                                 tvb::kMaxScanClocks, opcode == tvb::kSir ? "IR" : "DR"));
+    RefuseLength(clocks);
   }
   const tvb::Shift joined = joiner_.Scan();
   if (!open_) {
@@ -209,6 +209,18 @@ void Compiler::CheckLength(const svf::ScanStatement &scan) const {
                     "4 MiB, so {} is the most; split it into shorter scans",
                     Name(scan.which), clocks, clocks - scan.bits, tvb::kMaxScanClocks));
   }
+}
+
+void Compiler::RefuseLength(uint64_t clocks) {
+  notes_.Refuse(
+      scan_.offset,
+      fmt::format("this {0} pauses and is resumed {1} times; that is one scan of {2} bits, "
+                  "which takes {3} clocks, and the player holds {4} at most; end it in "
+                  "IDLE now and then ({5} IDLE), or take Run-Test/Idle for such a pause "
+                  "with --pause-as-idle",
+                  Name(scan_.which), scan_.pieces - 1, scan_.bits, clocks, tvb::kMaxScanClocks,
+                  scan_.which == Register::kSir ? "ENDIR" : "ENDDR"),
+      true);
 }
 
 uint64_t Compiler::PadBitsOf(Register scan) const {

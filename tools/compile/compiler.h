@@ -82,6 +82,7 @@ class Compiler {
   uint64_t PadBitsOf(svf::Register scan) const;
   void AddPiece(const svf::ScanStatement &scan);
   void WriteScan();
+  void RefuseLength(uint64_t clocks);
   void LetGo();
   svf::ScanRegister &Loaded(svf::Register which) {
     return registers_[static_cast<size_t>(which)];

@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 
 #include "svf/text.h"
-#include "tools/cli/report.h"
 
 namespace tool {
 namespace {
@@ -136,7 +135,7 @@ void TapTracker::Finish() {
                    "Run-Test/Idle with its last instruction, until the next download resets it");
   }
   if (pauses_ > 1) {
-    tool::Note(notes_.name(), fmt::format("{} scans in all pause like that", pauses_));
+    notes_.Note(fmt::format("{} scans in all pause like that", pauses_));
   }
 }
 
@@ -214,9 +213,11 @@ void TapTracker::Reset(size_t offset) {
 void TapTracker::RefusePause(size_t offset, const std::string &what, const std::string &instead,
                              const std::string &change) {
   if (!pause_as_idle_) {
-    throw svf::Error(offset, fmt::format("{}; {}, or take Run-Test/Idle for every pause with "
-                                         "--pause-as-idle",
-                                         what, instead));
+    notes_.Refuse(offset,
+                  fmt::format("{}; {}, or take Run-Test/Idle for every pause with --pause-as-idle",
+                              what, instead),
+                  true);
+    return;
   }
   notes_.Warning(offset, fmt::format("{}; taken as Run-Test/Idle: {}", what, change));
 }

@@ -18,8 +18,9 @@ namespace tool {
 // and ends in Run-Test/Idle. So two kinds of pause have a form in a TVB file, both of a scan that
 // pauses in its own register's pause: if it is left through UPDATE, it equals, but for one idle
 // clock, a scan that ends in Run-Test/Idle; if the next scan resumes it, both are one scan.
-// Functions throw svf::Error where there is no form, and print notes and, with `pause_as_idle`,
-// warnings. A reset after a scan begins another file: see reset().
+// Functions throw svf::Error where there is no form. They tell notes of pauses and, with
+// `pause_as_idle`, warnings; without it, they refuse other pauses and go on as if it were set. A
+// reset after a scan begins another file: see reset().
 class TapTracker {
  public:
   // With `pause_as_idle` every pause counts as Run-Test/Idle, with a warning whenever devices see a
