@@ -4,7 +4,10 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "tools/cli/command.h"
 #include "tools/cli/input_file.h"
@@ -16,7 +19,7 @@ namespace tool {
 namespace {
 
 struct CheckOptions {
-  std::string input;
+  std::vector<std::string> inputs;
   bool strict = false;
 };
 
@@ -33,8 +36,8 @@ std::string Summary(const tvb::CheckResult &result) {
                                              CountText(result.unchecked, "byte"));
 }
 
-int Check(const CheckOptions &options) {
-  TvbFile file(options.input);
+int CheckFile(const std::string &path, bool strict) {
+  TvbFile file(path);
   Progress progress("check", file.image().size());
   const auto report = [&file](const tvb::Finding &finding) {
     const auto print = finding.severity == tvb::Severity::kWarning ? Warning : Error;
@@ -46,15 +49,24 @@ int Check(const CheckOptions &options) {
   });
   progress.Hide();
   fmt::print("{}: {}\n", file.name(), Summary(result));
-  return result.errors > 0 || (options.strict && result.warnings > 0) ? kFailed : kDone;
+  return result.errors > 0 || (strict && result.warnings > 0) ? kFailed : kDone;
+}
+
+int Check(const CheckOptions &options) {
+  int code = kDone;
+  for (const std::string &path : options.inputs) {
+    code = std::max(code, CheckFile(path, options.strict));
+  }
+  return code;
 }
 
 }  // namespace
 
 void AddCheck(CLI::App &app, Invocation &invocation) {
-  CLI::App *check = app.add_subcommand("check", "Find what is wrong with a TVB file");
+  CLI::App *check = app.add_subcommand("check", "Find what is wrong with TVB files");
   const auto options = std::make_shared<CheckOptions>();
-  AddInput(*check, invocation, "IN.tvb", options->input, "TVB file to check; - is standard input");
+  AddInputs(*check, invocation, "IN.tvb", options->inputs,
+            "TVB files to check, each by itself; - is standard input");
   check->add_flag("--strict", options->strict, "Fail on warnings too");
   check->callback(
       [options, &invocation] { invocation.run = [options] { return Check(*options); }; });

@@ -123,10 +123,11 @@ void RefuseLongLoops(const TvbFile &file) {
 
 class Decompiler {
  public:
-  Decompiler(TvbFile &file, OutputFile &out)
-      : file_(file), image_(file.image()), order_(image_, file.header()), svf_(out) {}
+  Decompiler(TvbFile &file, OutputFile &out, const tvb::Player &player)
+      : file_(file), image_(file.image()), order_(image_, file.header(), player), svf_(out) {}
 
-  void Run() {
+  // Returns the player after the file.
+  tvb::Player Run() {
     Preamble();
     Progress progress("decompile", image_.size());
     while (std::optional<tvb::PlayedRecord> played = order_.Next()) {
@@ -135,9 +136,24 @@ class Decompiler {
       file_.Forget(played->record.offset);
     }
     EndFrequency();
+    ClearPads();
+    tvb::Player player = order_.player();
+    player.EndFile();
+    return player;
   }
 
  private:
+  // The player discards the pads at a file's end; in SVF they would hold for the next file.
+  void ClearPads() {
+    for (const auto &[name, bits] :
+         {std::pair("HIR", order_.pads().hir), std::pair("TIR", order_.pads().tir),
+          std::pair("HDR", order_.pads().hdr), std::pair("TDR", order_.pads().tdr)}) {
+      if (bits != 0) {
+        svf_.Statement(fmt::format("{} 0", name));
+      }
+    }
+  }
+
   void Preamble() {
     svf_.Comment("Made of a TVB command file");
     svf_.Statement("ENDIR IDLE");
@@ -270,7 +286,7 @@ class Decompiler {
 };
 
 struct DecompileOptions {
-  std::string input;
+  std::vector<std::string> inputs;
   std::string output = "-";
   bool force = false;
 };
@@ -294,27 +310,30 @@ void RefuseErrors(TvbFile &file, bool force) {
   tvb::CheckImage(file.image(), refuse, [&file](uint64_t offset) { file.Forget(offset); });
 }
 
-int DecompileFile(const DecompileOptions &options) {
-  TvbFile file(options.input);
-  RefuseErrors(file, options.force);
+int DecompileFiles(const DecompileOptions &options) {
   OutputFile out(options.output);
-  Decompile(file, out);
+  tvb::Player player;
+  for (const std::string &path : options.inputs) {
+    TvbFile file(path);
+    RefuseErrors(file, options.force);
+    player = Decompile(file, out, player);
+  }
   out.Commit();
   return kDone;
 }
 
 }  // namespace
 
-void Decompile(TvbFile &file, OutputFile &out) {
+tvb::Player Decompile(TvbFile &file, OutputFile &out, const tvb::Player &player) {
   RefuseLongLoops(file);
-  Decompiler(file, out).Run();
+  return Decompiler(file, out, player).Run();
 }
 
 void AddDecompile(CLI::App &app, Invocation &invocation) {
-  CLI::App *decompile = app.add_subcommand("decompile", "Make an SVF file of a TVB file");
+  CLI::App *decompile = app.add_subcommand("decompile", "Make an SVF file of TVB files");
   const auto options = std::make_shared<DecompileOptions>();
-  AddInput(*decompile, invocation, "IN.tvb", options->input,
-           "TVB file to read; - is standard input");
+  AddInputs(*decompile, invocation, "IN.tvb", options->inputs,
+            "TVB files to read, in the order of their downloads; - is standard input");
   AddOutput(*decompile, invocation, "-o,--output", options->output,
             "SVF file to write; - is standard output")
       ->type_name("OUT.svf")
@@ -323,7 +342,7 @@ void AddDecompile(CLI::App &app, Invocation &invocation) {
                       "Accept an error of the file, with a warning, if the player plays it all the "
                       "same");
   decompile->callback(
-      [options, &invocation] { invocation.run = [options] { return DecompileFile(*options); }; });
+      [options, &invocation] { invocation.run = [options] { return DecompileFiles(*options); }; });
 }
 
 }  // namespace tool

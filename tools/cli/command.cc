@@ -13,34 +13,44 @@ namespace {
 
 constexpr double kMaxPinTime = 1e9;
 
-const char *StandardStream(const FileOption &file) {
+// A file that was named.
+struct NamedFile {
+  std::string option;
+  std::string path;
+  bool output;
+};
+
+const char *StandardStream(const NamedFile &file) {
   return file.output ? "standard output" : "standard input";
 }
 
 // False if no file has that path yet.
-bool GetStatus(const FileOption &file, struct stat &status) {
-  if (*file.path == "-") {
+bool GetStatus(const NamedFile &file, struct stat &status) {
+  if (file.path == "-") {
     return fstat(file.output ? STDOUT_FILENO : STDIN_FILENO, &status) == 0;
   }
-  return stat(file.path->c_str(), &status) == 0;
+  return stat(file.path.c_str(), &status) == 0;
 }
 
 // A text that is equal for two options that name the same file; empty for what can be shared.
-std::string Identity(const FileOption &file) {
+std::string Identity(const NamedFile &file) {
   struct stat status = {};
   if (GetStatus(file, status)) {
     return S_ISREG(status.st_mode) ? fmt::format("{}:{}", status.st_dev, status.st_ino) : "";
   }
   std::error_code ignored;
-  const std::filesystem::path path = std::filesystem::absolute(*file.path, ignored);
+  const std::filesystem::path path = std::filesystem::absolute(file.path, ignored);
   return (std::filesystem::weakly_canonical(path.parent_path(), ignored) / path.filename())
       .string();
 }
 
-void RefuseClash(const FileOption &file, const FileOption &other) {
-  if (*file.path == "-" && *other.path == "-" && file.output == other.output) {
-    throw Failure(
-        fmt::format("{} and {} cannot both be {}", file.name, other.name, StandardStream(file)));
+void RefuseClash(const NamedFile &file, const NamedFile &other) {
+  if (file.path.empty() || other.path.empty()) {
+    return;
+  }
+  if (file.path == "-" && other.path == "-" && file.output == other.output) {
+    throw Failure(fmt::format("{} and {} cannot both be {}", file.option, other.option,
+                              StandardStream(file)));
   }
   const std::string identity = Identity(file);
   if ((!file.output && !other.output) || identity.empty() || identity != Identity(other)) {
@@ -48,16 +58,17 @@ void RefuseClash(const FileOption &file, const FileOption &other) {
   }
   if (file.output && other.output) {
     throw Failure(
-        fmt::format("{} and {} would write the same file; name two", file.name, other.name));
+        fmt::format("{} and {} would write the same file; name two", file.option, other.option));
   }
-  const FileOption &output = file.output ? file : other;
-  const FileOption &input = file.output ? other : file;
-  throw Failure(fmt::format("{} would overwrite {}; name another file", output.name,
-                            *input.path == "-" ? "the file on standard input"
-                                               : fmt::format("the input {}", *input.path)));
+  const NamedFile &output = file.output ? file : other;
+  const NamedFile &input = file.output ? other : file;
+  throw Failure(fmt::format(
+      "{} would overwrite {}; name another file", output.option,
+      input.path == "-" ? "the file on standard input" : fmt::format("the input {}", input.path)));
 }
 
-CLI::Option *AddFile(FileOption file, CLI::App &command, Invocation &invocation, std::string &path,
+template <typename Path>
+CLI::Option *AddFile(FileOption file, CLI::App &command, Invocation &invocation, Path &path,
                      const std::string &description) {
   CLI::Option *option = command.add_option(file.name, path, description);
   file.name = option->get_name();
@@ -65,6 +76,10 @@ CLI::Option *AddFile(FileOption file, CLI::App &command, Invocation &invocation,
   option->required(positional)->type_name(positional ? "" : "FILE");
   invocation.files.push_back(std::move(file));
   return option;
+}
+
+std::function<std::vector<std::string>()> One(const std::string &path) {
+  return [&path] { return std::vector<std::string>{path}; };
 }
 
 std::string CheckPinTime(const std::string &text) {
@@ -78,24 +93,35 @@ std::string CheckPinTime(const std::string &text) {
 
 CLI::Option *AddInput(CLI::App &command, Invocation &invocation, const std::string &name,
                       std::string &path, const std::string &description) {
-  return AddFile({&command, name, &path, false}, command, invocation, path, description);
+  return AddFile({&command, name, One(path), false}, command, invocation, path, description);
+}
+
+CLI::Option *AddInputs(CLI::App &command, Invocation &invocation, const std::string &name,
+                       std::vector<std::string> &paths, const std::string &description) {
+  return AddFile({&command, name, [&paths] { return paths; }, false}, command, invocation, paths,
+                 description);
 }
 
 CLI::Option *AddOutput(CLI::App &command, Invocation &invocation, const std::string &name,
                        std::string &path, const std::string &description) {
-  return AddFile({&command, name, &path, true}, command, invocation, path, description);
+  return AddFile({&command, name, One(path), true}, command, invocation, path, description);
 }
 
 void RefuseClashes(const Invocation &invocation) {
-  std::vector<const FileOption *> named;
-  for (const FileOption &file : invocation.files) {
-    if (!file.command->parsed() || file.path->empty()) {
+  std::vector<NamedFile> named;
+  for (const FileOption &option : invocation.files) {
+    if (!option.command->parsed()) {
       continue;
     }
-    for (const FileOption *other : named) {
-      RefuseClash(*other, file);
+    for (const std::string &path : option.paths()) {
+      const NamedFile file = {option.name, path, option.output};
+      for (const NamedFile &other : named) {
+        RefuseClash(other, file);
+      }
+      if (!path.empty()) {
+        named.push_back(file);
+      }
     }
-    named.push_back(&file);
   }
 }
 

@@ -43,11 +43,11 @@ class Failure : public std::runtime_error {
   ExitCode code_;
 };
 
-// A file that an option names.
+// An option that names a file, or several.
 struct FileOption {
   const CLI::App *command;
-  std::string name;         // of the option
-  const std::string *path;  // empty if not given
+  std::string name;                                 // of the option
+  std::function<std::vector<std::string>()> paths;  // an empty one if not given
   bool output;
 };
 
@@ -76,6 +76,8 @@ void AddPlay(CLI::App &app, Invocation &invocation);
 // syntax; a positional one ("IN.tvb") is required. `path` outlives the invocation.
 CLI::Option *AddInput(CLI::App &command, Invocation &invocation, const std::string &name,
                       std::string &path, const std::string &description);
+CLI::Option *AddInputs(CLI::App &command, Invocation &invocation, const std::string &name,
+                       std::vector<std::string> &paths, const std::string &description);
 CLI::Option *AddOutput(CLI::App &command, Invocation &invocation, const std::string &name,
                        std::string &path, const std::string &description);
 
