@@ -27,14 +27,14 @@ _tvb_value() {
     'play --chain') _tvb_files json "$3" ;;
     *' --vcd') _tvb_files vcd "$3" ;;
     *' --scans' | *' --memory') _tvb_files txt "$3" ;;
-    *' --fail-at' | *' --vcd-idle' | *' --pin-ns' | *' --longest-wait' | 'compile --chain') ;;
+    *' --fail-at' | *' --vcd-idle' | *' --pin-ns' | *' --longest-wait' | *' --require-idcode' | 'compile --chain') ;;
     *) return 1 ;;
   esac
 }
 
 _tvb_options() {
   case $1 in
-    compile) echo '--chain --pause-as-idle --encoding --no-compress --no-split --longest-wait --pin-ns --quiet -q --output -o' ;;
+    compile) echo '--chain --require-idcode --pause-as-idle --encoding --no-compress --no-split --longest-wait --pin-ns --quiet -q --output -o' ;;
     decompile) echo '--force --output -o' ;;
     dump) echo '--json --hex' ;;
     check) echo '--strict' ;;

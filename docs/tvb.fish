@@ -31,6 +31,7 @@ complete -c tvb -n '__tvb_in compile' -l chain -x -d 'Devices before and behind 
 complete -c tvb -n '__tvb_in compile' -l pause-as-idle -d 'Take Run-Test/Idle for every pause'
 complete -c tvb -n '__tvb_in compile' -l encoding -xa 'raw run-length nibble bit-coding lzw' -d 'Encode all blocks alike'
 complete -c tvb -n '__tvb_in compile' -l no-compress -d 'Store all blocks as they are'
+complete -c tvb -n '__tvb_in compile' -l require-idcode -x -d 'IDCODE to compare first'
 complete -c tvb -n '__tvb_in compile' -l no-split -d 'Refuse a reset in the middle of the file'
 complete -c tvb -n '__tvb_in compile' -l longest-wait -x -d 'Milliseconds that one run-test may take'
 complete -c tvb -n '__tvb_in compile' -l pin-ns -x -d 'Nanoseconds that a pin call takes'

@@ -35,6 +35,7 @@ _tvb_compile_options() {
     '--pause-as-idle[take Run-Test/Idle for every pause]' \
     '(--no-compress)--encoding=[encode all blocks alike]:encoding:(raw run-length nibble bit-coding lzw)' \
     '(--encoding)--no-compress[store all blocks as they are]' \
+    '--require-idcode=[IDCODE to compare first]:IDCODE/MASK: ' \
     '--no-split[refuse a reset in the middle of the file]' \
     '--longest-wait=[milliseconds that one run-test may take]:milliseconds: ' \
     '--pin-ns=[nanoseconds that a pin call takes]:nanoseconds: ' \

@@ -28,6 +28,7 @@ struct CompileCommand {
   std::string input;
   std::string output;
   std::string chain;
+  std::string idcode;
   uint32_t longest_wait = 20;  // in milliseconds
   bool quiet = false;
   CompileOptions options;
@@ -200,6 +201,38 @@ std::optional<tvb::ChainPlace> ParsePlace(std::string_view text) {
   return place;
 }
 
+// "IDCODE" or "IDCODE/MASK", hexadecimal numbers.
+std::optional<RequiredIdcode> ParseIdcode(std::string_view text) {
+  RequiredIdcode idcode;
+  const auto read = [&text](uint32_t &value) {
+    if (text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X") {
+      text.remove_prefix(2);
+    }
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), value, 16);
+    text.remove_prefix(static_cast<size_t>(result.ptr - text.data()));
+    return result.ec == std::errc();
+  };
+  if (!read(idcode.value)) {
+    return std::nullopt;
+  }
+  if (!text.empty()) {
+    const bool slash = text.front() == '/';
+    text.remove_prefix(1);
+    if (!slash || !read(idcode.mask) || !text.empty()) {
+      return std::nullopt;
+    }
+  }
+  return idcode.mask != 0 ? std::optional(idcode) : std::nullopt;
+}
+
+std::string CheckIdcode(const std::string &text) {
+  return ParseIdcode(text) ? ""
+                           : fmt::format(
+                                 "expected IDCODE or IDCODE/MASK, hexadecimal numbers of 32 "
+                                 "bits, as in 0A014C35/0FFFFFFF; found '{}'",
+                                 text);
+}
+
 // The error text that follows the option's name, or nothing if the value is valid.
 std::string CheckPlace(const std::string &text) {
   return ParsePlace(text)
@@ -232,6 +265,9 @@ std::string EncodingMode(const std::string &name) {
 }
 
 void ApplyOptions(CompileCommand &command) {
+  if (!command.idcode.empty()) {
+    command.options.idcode = ParseIdcode(command.idcode);
+  }
   command.options.longest_wait = uint64_t{1000} * command.longest_wait;
   if (!command.chain.empty()) {
     command.options.chain = ParsePlace(command.chain);
@@ -249,6 +285,10 @@ void AddOptions(CLI::App &app, Invocation &invocation, CompileCommand &command) 
                  "default, the lengths of TDR and HDR")
       ->check(CheckPlace)
       ->type_name("BEFORE,AFTER");
+  app.add_option("--require-idcode", command.idcode,
+                 "Compare the target's IDCODE, under a mask, before everything else")
+      ->check(CheckIdcode)
+      ->type_name("IDCODE[/MASK]");
   app.add_flag("--pause-as-idle", command.options.pause_as_idle,
                "Use Run-Test/Idle for every pause that has no form in a TVB file, with a "
                "warning of what that changes");

@@ -120,6 +120,7 @@ void Compiler::Compile(const svf::ScanStatement &scan) {
   }
   const bool instruction = scan.which == Register::kSir;
   CheckLength(scan);
+  WarnOfInstructionLength(scan);
   ResetIfAsked();
   if (!tap_.BeginScan(instruction, offset_)) {
     WriteScan();
@@ -182,6 +183,21 @@ void Compiler::WriteScan() {
   }
   joiner_.Clear();
   scan_ = {};
+}
+
+// In every download the player reads the IDCODE by an instruction of its own.
+void Compiler::WarnOfInstructionLength(const svf::ScanStatement &scan) {
+  if (scan.which != Register::kSir || scan.bits % tvb::kInstructionBits == 0 ||
+      warned_of_instruction_length_) {
+    return;
+  }
+  warned_of_instruction_length_ = true;
+  notes_.Warning(
+      scan.bits_offset,
+      fmt::format("this instruction has {} bits, but before every file the player shifts "
+                  "{} bits a device, 0x{:02X} or 0x{:02X}, to read the IDCODE; see that "
+                  "the device takes that for nothing harmful",
+                  scan.bits, tvb::kInstructionBits, tvb::kIdcode, tvb::kOtherIdcode));
 }
 
 void Compiler::LoadPad(const svf::ScanStatement &pad) {
@@ -355,16 +371,54 @@ void Compiler::Open(const tvb::Shift *first) {
   }
 }
 
-// Writes the opening record, if there is to be one. True if it is the scan.
+// Writes the opening record, if there is to be one, and compares the IDCODE. True if the opening
+// record is the scan.
 bool Compiler::Opening(const tvb::Shift *first) {
-  if (first != nullptr && IsTold(*first)) {
+  if (first != nullptr && IsTold(*first) && !options_.idcode) {
     writer_->OpeningScan(*first, limit_);
     return true;
   }
+  const uint8_t instruction = IdcodeInstruction(first);
   if (place_ && !place_->IsAlone() && FitsOpening(*place_)) {
-    writer_->Opening(*place_, IdcodeInstruction(first), limit_);
+    writer_->Opening(*place_, instruction, limit_);
+  }
+  if (options_.idcode && place_ && !FitsOpening(*place_)) {
+    notes_.Refuse(offset_, "the chain is too long for a comparison of the IDCODE");
+  } else if (options_.idcode) {
+    CompareIdcode(instruction);
   }
   return false;
+}
+
+// The other devices are in BYPASS: each is one bit of the data register.
+void Compiler::CompareIdcode(uint8_t instruction) {
+  const tvb::ChainPlace place = place_.value_or(tvb::ChainPlace());
+  const tvb::Buffer instructions = tvb::ChainInstructions(place, instruction);
+  tvb::Shift scan;
+  scan.bits = static_cast<uint32_t>(tvb::kInstructionBits * place.devices());
+  scan.tdi = instructions;
+  writer_->Scan(tvb::kSir, scan);
+
+  BitQueue tdi;
+  BitQueue tdo;
+  BitQueue mask;
+  const auto append = [&](uint32_t expected, uint32_t compared) {
+    for (int byte = 0; byte < 4; ++byte) {
+      tdo.Append(tvb::Buffer{tvb::InstructionByte(static_cast<uint8_t>(expected >> 8 * byte))}, 8);
+      mask.Append(tvb::Buffer{tvb::InstructionByte(static_cast<uint8_t>(compared >> 8 * byte))}, 8);
+    }
+  };
+  tdo.AppendZeros(place.after);
+  mask.AppendZeros(place.after);
+  append(options_.idcode->value & options_.idcode->mask, options_.idcode->mask);
+  tdo.AppendZeros(place.before);
+  mask.AppendZeros(place.before);
+  scan.bits = place.after + 32 + place.before;
+  tdi.AppendZeros(scan.bits);
+  scan.tdi = tdi.bytes();
+  scan.tdo = tdo.bytes();
+  scan.mask = mask.bytes();
+  writer_->Scan(tvb::kSdr, scan);
 }
 
 void Compiler::LetGo() {

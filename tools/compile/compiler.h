@@ -22,8 +22,15 @@
 
 namespace tool {
 
+// An IDCODE to compare under a mask.
+struct RequiredIdcode {
+  uint32_t value = 0;
+  uint32_t mask = 0xFFFFFFFF;
+};
+
 struct CompileOptions {
   std::optional<tvb::ChainPlace> chain;  // of the target; none: taken from the file's pads
+  std::optional<RequiredIdcode> idcode;  // that every file compares first
   bool pause_as_idle = false;
   bool split = true;              // a reset after a scan begins another file
   uint64_t longest_wait = 20000;  // of one run-test in microseconds; 0: no limit
@@ -84,6 +91,8 @@ class Compiler {
   void WriteScan();
   void RefuseLength(uint64_t clocks);
   void LetGo();
+  void CompareIdcode(uint8_t instruction);
+  void WarnOfInstructionLength(const svf::ScanStatement &scan);
   svf::ScanRegister &Loaded(svf::Register which) {
     return registers_[static_cast<size_t>(which)];
   }
@@ -139,6 +148,7 @@ class Compiler {
   bool open_ = false;
   std::optional<tvb::ChainPlace> place_;  // of the target, from the first scan on
 
+  bool warned_of_instruction_length_ = false;
   bool warned_of_system_clock_ = false;
   bool warned_of_maximum_ = false;
 };
