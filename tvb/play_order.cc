@@ -54,6 +54,36 @@ void PlayOrder::FollowLoop(const RecordView &record) {
   }
 }
 
+std::optional<RecordView> FindScan(Bytes image, const HeaderView &header, uint64_t number) {
+  Reader reader(image, header);
+  Reader body = reader;
+  uint64_t body_scans = 0;
+  uint64_t passes = 1;
+  std::optional<RecordView> record;
+  while ((record = reader.Next()) && !record->fault) {
+    if (record->IsShift() && --number == 0) {
+      return record;
+    }
+    body_scans += record->IsShift();
+    if (record->opcode == kLoop) {
+      body = reader;
+      body_scans = 0;
+      passes = PassesOf(*record);
+    } else if (record->opcode == kEndLoop) {
+      const uint64_t repeated = body_scans * (passes - 1);
+      passes = 1;
+      if (number <= repeated) {
+        number = (number - 1) % body_scans + 1;
+        reader = body;
+        body_scans = 0;
+      } else {
+        number -= repeated;
+      }
+    }
+  }
+  return std::nullopt;
+}
+
 PlayLength MeasurePlay(Bytes image, const HeaderView &header) {
   Player player;
   PlayLength length;

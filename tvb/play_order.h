@@ -63,6 +63,11 @@ class PlayOrder {
   uint64_t passes_ = 1;
 };
 
+// The record of scan `number`, from 1 in play order; none if the file has fewer before its end or
+// its fault. Every SIR and SDR record is a scan. Takes time linear in the image: the passes of a
+// loop are counted, not walked.
+std::optional<RecordView> FindScan(Bytes image, const HeaderView &header, uint64_t number);
+
 // How long a file takes to play.
 struct PlayLength {
   uint64_t clocks = 0;

@@ -80,4 +80,62 @@ TEST(TvbPlayOrder, PadsInForce) {
   EXPECT_EQ(order.pads().trailer(image::kSdr), 5u);
 }
 
+// The numbers of the records that hold the scans, as far as `most`, and 0 for no scan.
+std::vector<uint64_t> FoundScans(const Bytes &records, uint64_t most) {
+  const Bytes file = image::Join({image::Header(), records});
+  std::vector<uint64_t> indexes;
+  for (uint64_t number = 1; number <= most; ++number) {
+    const auto record = tvb::FindScan(file, tvb::ReadHeader(file), number);
+    indexes.push_back(record ? record->index : 0);
+  }
+  return indexes;
+}
+
+// The same by playing.
+std::vector<uint64_t> PlayedScans(const Bytes &records, uint64_t most) {
+  const Bytes file = image::Join({image::Header(), records});
+  tvb::PlayOrder order(file, tvb::ReadHeader(file));
+  std::vector<uint64_t> indexes;
+  while (const auto played = order.Next()) {
+    if (played->record.IsShift() && !played->record.fault) {
+      indexes.push_back(played->record.index);
+    }
+  }
+  indexes.resize(most);
+  return indexes;
+}
+
+Bytes OneScan() {
+  return image::Sdr(8, {0x55});
+}
+
+TEST(TvbFindScan, CountsTheScansOfEveryPass) {
+  const Bytes records = image::Join(
+      {OneScan(), image::Loop(3), OneScan(), One(), OneScan(), image::EndLoop(), One(), OneScan()});
+  EXPECT_EQ(FoundScans(records, 9), (std::vector<uint64_t>{1, 3, 5, 3, 5, 3, 5, 8, 0}));
+}
+
+TEST(TvbFindScan, TakesNoLongerForLongLoops) {
+  const Bytes records =
+      image::Join({image::Loop(0x7FFFFFFF), OneScan(), OneScan(), image::EndLoop(), OneScan()});
+  const Bytes file = image::Join({image::Header(), records});
+  const tvb::HeaderView header = tvb::ReadHeader(file);
+  EXPECT_EQ(tvb::FindScan(file, header, 4294967293)->index, 2u);
+  EXPECT_EQ(tvb::FindScan(file, header, 4294967294)->index, 3u);
+  EXPECT_EQ(tvb::FindScan(file, header, 4294967295)->index, 5u);
+  EXPECT_FALSE(tvb::FindScan(file, header, 4294967296));
+}
+
+TEST(TvbFindScan, IsTheOrderInWhichTheyArePlayed) {
+  const Bytes pieces[] = {OneScan(), image::Loop(2), image::Loop(3), image::EndLoop(),
+                          image::Record(2, {})};
+  for (uint32_t choice = 0; choice < 16384; ++choice) {
+    Bytes records;
+    for (uint32_t rest = choice; rest != 0; rest /= 5) {
+      records = image::Join({records, pieces[rest % 5]});
+    }
+    ASSERT_EQ(FoundScans(records, 20), PlayedScans(records, 20)) << choice;
+  }
+}
+
 }  // namespace

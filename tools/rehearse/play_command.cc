@@ -13,6 +13,7 @@
 #include "tools/cli/input_file.h"
 #include "tools/cli/output_file.h"
 #include "tools/cli/report.h"
+#include "tools/cli/text.h"
 #include "tools/rehearse/rehearsal.h"
 #include "tools/rehearse/target_chain.h"
 #include "tools/rehearse/verdict.h"
@@ -126,14 +127,31 @@ DriverLog::Sink LogTo(FILE *screen) {
   };
 }
 
-// Warns if the bit to be inverted made no difference.
-void WarnOfFailAt(const Rehearsal &rehearsal, const FailAt &fail_at, const TvbFile &file,
-                  int code) {
+// Throws Failure unless the file has that bit and compares it.
+void RefuseFailAt(const FailAt &fail_at, const TvbFile &file) {
+  const auto record = tvb::FindScan(file.image(), file.header(), fail_at.scan);
+  if (!record) {
+    throw Failure(fmt::format("--fail-at: the file has no scan {}", fail_at.scan), file.name());
+  }
+  const std::string place = file.Where(record->offset, record->index);
+  if (fail_at.bit >= record->bits()) {
+    throw Failure(fmt::format("--fail-at: scan {} has no bit {}; it has {}", fail_at.scan,
+                              fail_at.bit, CountText(record->bits(), "bit")),
+                  place);
+  }
+  FileScan scan;
+  scan.mask = tvb::FieldData(file.image(), *record, tvb::kTagMask);
+  if (!scan.Compares(static_cast<uint32_t>(fail_at.bit))) {
+    throw Failure(
+        fmt::format("--fail-at: nothing compares bit {} of scan {}", fail_at.bit, fail_at.scan),
+        place);
+  }
+}
+
+// Warns if the driver stopped before the bit to be inverted.
+void WarnOfFailAt(const Rehearsal &rehearsal, const FailAt &fail_at, const TvbFile &file) {
   if (!rehearsal.failed_as_asked()) {
     Warning(file.name(), fmt::format("scan {} bit {} was not reached, so nothing was inverted",
-                                     fail_at.scan, fail_at.bit));
-  } else if (code == kDone) {
-    Warning(file.name(), fmt::format("scan {} bit {} was inverted, but nothing compares it",
                                      fail_at.scan, fail_at.bit));
   }
 }
@@ -146,6 +164,9 @@ int Play(const PlayOptions &options) {
   if (file.image().size() > UINT32_MAX) {
     throw Failure("the file is too long: the driver takes less than 4 GiB", file.name());
   }
+  if (options.rehearsal.fail_at) {
+    RefuseFailAt(*options.rehearsal.fail_at, file);
+  }
   const std::unique_ptr<ChainTarget> chain = OpenChain(options.chain);
   Outputs outputs(options);
   FILE *const screen = Outputs::Screen(options);
@@ -156,7 +177,7 @@ int Play(const PlayOptions &options) {
   outputs.Finish(chain.get());
   const int code = TellVerdict(rehearsal, file);
   if (options.rehearsal.fail_at) {
-    WarnOfFailAt(rehearsal, *options.rehearsal.fail_at, file, code);
+    WarnOfFailAt(rehearsal, *options.rehearsal.fail_at, file);
   }
   fmt::print(screen, "{}", Summary(rehearsal, code));
   if (options.time) {
