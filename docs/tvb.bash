@@ -38,7 +38,7 @@ _tvb_options() {
     decompile) echo '--force --output -o' ;;
     dump) echo '--json --hex' ;;
     check) echo '--strict' ;;
-    play) echo '--echo --chain --fail-at --vcd --vcd-idle --scans --memory --time --pin-ns' ;;
+    play) echo '--echo --chain --fail-at --vcd --vcd-idle --scans --memory --time --pin-ns --quiet -q' ;;
     '') echo '--version' ;;
   esac
   echo '--help -h'

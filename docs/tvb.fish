@@ -58,6 +58,7 @@ complete -c tvb -n '__tvb_in play' -l scans -ra '(__tvb_files txt)' -d 'Write th
 complete -c tvb -n '__tvb_in play' -l memory -ra '(__tvb_files txt)' -d 'Write the configuration memory as text'
 complete -c tvb -n '__tvb_in play' -l time -d 'Tell what the download takes on a board'
 complete -c tvb -n '__tvb_in play' -l pin-ns -x -d 'Nanoseconds that a pin call takes'
+complete -c tvb -n '__tvb_in play' -s q -l quiet -d 'Print neither the log nor the summary'
 complete -c tvb -n '__tvb_in play' -a '(__tvb_files tvb)'
 
 complete -c tvb -n '__tvb_in help' -a 'compile decompile dump check play help'

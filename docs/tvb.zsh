@@ -84,6 +84,8 @@ _tvb_play_options() {
     '--memory=[write the configuration memory as text]:text file:_files -g "*.txt(-.)"' \
     '--time[tell what the download takes on a board]' \
     '--pin-ns=[nanoseconds that a pin call takes]:nanoseconds: ' \
+    '(--quiet)-q[print neither the log nor the summary]' \
+    '(-q)--quiet[print neither the log nor the summary]' \
     ':TVB file:_files -g "*.tvb(-.)"'
 }
 

@@ -31,6 +31,7 @@ struct PlayOptions {
   std::string scans;
   std::string memory;
   bool time = false;
+  bool quiet = false;
   RehearsalOptions rehearsal;
 };
 
@@ -119,6 +120,8 @@ void RunWatched(Rehearsal &rehearsal, const TvbFile &file) {
   }});
 }
 
+void IgnoreLog(uint64_t /*time*/, std::string_view /*message*/) {}
+
 DriverLog::Sink LogTo(FILE *screen) {
   return [screen](uint64_t time, std::string_view message) {
     HideProgress();
@@ -156,9 +159,9 @@ void WarnOfFailAt(const Rehearsal &rehearsal, const FailAt &fail_at, const TvbFi
   }
 }
 
-// Plays options.input and returns the exit code. The driver's log and the result go to standard
-// output, or to standard error if one of the output files is standard output; errors and warnings
-// go to standard error. Throws Failure if a file is bad.
+// Plays options.input and returns the exit code. The driver's log and the result, unless quiet, and
+// the times go to standard output, or to standard error if one of the output files is standard
+// output; errors and warnings go to standard error. Throws Failure if a file is bad.
 int Play(const PlayOptions &options) {
   const TvbFile file(options.input);
   if (file.image().size() > UINT32_MAX) {
@@ -172,14 +175,17 @@ int Play(const PlayOptions &options) {
   FILE *const screen = Outputs::Screen(options);
 
   Rehearsal rehearsal(file.image(), file.header(), chain.get(), options.rehearsal,
-                      {LogTo(screen), outputs.VcdSink(), outputs.ScanSink()});
+                      {options.quiet ? DriverLog::Sink(IgnoreLog) : LogTo(screen),
+                       outputs.VcdSink(), outputs.ScanSink()});
   RunWatched(rehearsal, file);
   outputs.Finish(chain.get());
   const int code = TellVerdict(rehearsal, file);
   if (options.rehearsal.fail_at) {
     WarnOfFailAt(rehearsal, *options.rehearsal.fail_at, file);
   }
-  fmt::print(screen, "{}", Summary(rehearsal, code));
+  if (!options.quiet) {
+    fmt::print(screen, "{}", Summary(rehearsal, code));
+  }
   if (options.time) {
     fmt::print(screen, "{}",
                TimeTable(rehearsal.counts(), rehearsal.clock(), options.rehearsal.pin_ns));
@@ -218,6 +224,7 @@ void AddRest(CLI::App &play, PlayOptions &options, std::string &fail_at) {
       ->type_name("CLOCKS");
   play.add_flag("--time", options.time, "Print what the download takes on a board");
   AddPinTime(play, options.rehearsal.pin_ns);
+  play.add_flag("-q,--quiet", options.quiet, "Print neither the driver's log nor the summary");
 }
 
 }  // namespace
