@@ -22,6 +22,7 @@ _tvb_words() {
 _tvb_value() {
   case "$1 $2" in
     *' --encoding') _tvb_words 'raw run-length nibble bit-coding lzw' "$3" ;;
+    *' --vcd-state') _tvb_words 'none bits string' "$3" ;;
     'compile -o' | 'compile --output') _tvb_files tvb "$3" ;;
     'decompile -o' | 'decompile --output') _tvb_files svf "$3" ;;
     'play --chain') _tvb_files json "$3" ;;
@@ -38,7 +39,7 @@ _tvb_options() {
     decompile) echo '--force --output -o' ;;
     dump) echo '--json --hex' ;;
     check) echo '--strict' ;;
-    play) echo '--echo --chain --fail-at --vcd --vcd-idle --scans --memory --time --pin-ns --quiet -q' ;;
+    play) echo '--echo --chain --fail-at --vcd --vcd-idle --vcd-state --scans --memory --time --pin-ns --quiet -q' ;;
     '') echo '--version' ;;
   esac
   echo '--help -h'

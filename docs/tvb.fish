@@ -54,6 +54,7 @@ complete -c tvb -n '__tvb_in play' -l chain -ra '(__tvb_files json)' -d 'Play to
 complete -c tvb -n '__tvb_in play' -l fail-at -x -d 'Invert a bit that is read'
 complete -c tvb -n '__tvb_in play' -l vcd -ra '(__tvb_files vcd)' -d 'Write a waveform'
 complete -c tvb -n '__tvb_in play' -l vcd-idle -x -d 'Clocks to draw of a stay in Run-Test/Idle'
+complete -c tvb -n '__tvb_in play' -l vcd-state -xa 'none bits string' -d 'How to draw the TAP state'
 complete -c tvb -n '__tvb_in play' -l scans -ra '(__tvb_files txt)' -d 'Write the scans as text'
 complete -c tvb -n '__tvb_in play' -l memory -ra '(__tvb_files txt)' -d 'Write the configuration memory as text'
 complete -c tvb -n '__tvb_in play' -l time -d 'Tell what the download takes on a board'

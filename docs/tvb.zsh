@@ -80,6 +80,7 @@ _tvb_play_options() {
     '--fail-at=[invert a bit that is read]:SCAN\:BIT: ' \
     '--vcd=[write a waveform]:waveform:_files -g "*.vcd(-.)"' \
     '--vcd-idle=[clocks to draw of a stay in Run-Test/Idle]:clocks: ' \
+    '--vcd-state=[how to draw the TAP state]:form:(none bits string)' \
     '--scans=[write the scans as text]:text file:_files -g "*.txt(-.)"' \
     '--memory=[write the configuration memory as text]:text file:_files -g "*.txt(-.)"' \
     '--time[tell what the download takes on a board]' \

@@ -109,7 +109,7 @@ TEST(PlayRehearsal, ProgramsASimulatedPart) {
                                                 "1 IR 8 TDI 10 TDO 01\n"
                                                 "2 DR 1 TDI 0 TDO 0\n"));
   EXPECT_THAT(played.scans, testing::EndsWith("8 DR 8 TDI 00 TDO 05\n"));
-  EXPECT_THAT(played.vcd, HasSubstr("sUpdate-DR %\n"));
+  EXPECT_THAT(played.vcd, HasSubstr("\n1(\n0'\n0%\n"));
 }
 
 // The driver's reset and its IDCODE scans are not the file's.

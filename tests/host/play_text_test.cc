@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -201,15 +203,18 @@ TEST_F(PlayTrace, ADumpHasEveryChangeAtItsTime) {
             "$var wire 1 \" TMS $end\n"
             "$var wire 1 # TDI $end\n"
             "$var wire 1 $ TDO $end\n"
-            "$var string 1 % state $end\n"
+            "$var wire 1 ( state [3] $end\n"
+            "$var wire 1 ' state [2] $end\n"
+            "$var wire 1 & state [1] $end\n"
+            "$var wire 1 % state [0] $end\n"
             "$upscope $end\n"
             "$enddefinitions $end\n"
-            "#0\n$dumpvars\n0!\n1\"\n1#\n1$\nsTest-Logic-Reset %\n$end\n"
-            "#2\n0\"\n#4\n1!\nsRun-Test/Idle %\n"
-            "#6\n0!\n#8\n1\"\n#10\n1!\nsSelect-DR-Scan %\n"
-            "#12\n0!\n#16\n1!\nsSelect-IR-Scan %\n"
-            "#18\n0!\n#20\n0\"\n#22\n1!\nsCapture-IR %\n"
-            "#24\n0!\n#28\n1!\nsShift-IR %\n"
+            "#0\n$dumpvars\n0!\n1\"\n1#\n1$\n0(\n0'\n0&\n0%\n$end\n"
+            "#2\n0\"\n#4\n1!\n1%\n"
+            "#6\n0!\n#8\n1\"\n#10\n1!\n1&\n0%\n"
+            "#12\n0!\n#16\n1!\n1(\n0&\n1%\n"
+            "#18\n0!\n#20\n0\"\n#22\n1!\n1&\n0%\n"
+            "#24\n0!\n#28\n1!\n1%\n"
             "#30\n0!\n"
             "#32\n");
 }
@@ -221,9 +226,9 @@ TEST_F(PlayTrace, ADumpCanLeaveOutIdleClocks) {
   Clocks("1");
   vcd.Finish(clock_.now());
   EXPECT_THAT(text_, testing::EndsWith("$end\n"
-                                       "#2\n0\"\n#4\n1!\nsRun-Test/Idle %\n"
+                                       "#2\n0\"\n#4\n1!\n1%\n"
                                        "#6\n0!\n#10\n1!\n#12\n0!\n#16\n1!\n"
-                                       "#42\n0!\n#44\n1\"\n#46\n1!\nsSelect-DR-Scan %\n"
+                                       "#42\n0!\n#44\n1\"\n#46\n1!\n1&\n0%\n"
                                        "#48\n"));
 }
 
@@ -238,6 +243,36 @@ TEST_F(PlayTrace, ADumpThatLeavesOutClocksEndsAsTheLinesDo) {
   vcd.Finish(clock_.now());
   EXPECT_THAT(text_, testing::EndsWith("#6\n0!\n#10\n1!\n"
                                        "#30\n0!\n#32\n0#\n#34\n1!\n#36\n0!\n#38\n"));
+}
+
+TEST_F(PlayTrace, ADumpCanNameTheStates) {
+  tool::Vcd vcd(sink_, lines_, 200, 0, tool::StateForm::kString);
+  lines_.WatchChanges([&vcd](const tool::LineChange &change) { vcd.Add(change); });
+  Clocks("0");
+  vcd.Finish(clock_.now());
+  EXPECT_THAT(text_, testing::HasSubstr("\n$var string 1 % state $end\n"));
+  EXPECT_THAT(text_, testing::EndsWith("\n1$\nsTest-Logic-Reset %\n$end\n"
+                                       "#2\n0\"\n#4\n1!\nsRun-Test/Idle %\n#6\n"));
+}
+
+TEST_F(PlayTrace, ADumpCanLeaveOutTheStates) {
+  tool::Vcd vcd(sink_, lines_, 200, 0, tool::StateForm::kNone);
+  lines_.WatchChanges([&vcd](const tool::LineChange &change) { vcd.Add(change); });
+  Clocks("0");
+  vcd.Finish(clock_.now());
+  EXPECT_THAT(text_, testing::HasSubstr("$var wire 1 $ TDO $end\n$upscope $end\n"));
+  EXPECT_THAT(text_, testing::EndsWith("\n1$\n$end\n#2\n0\"\n#4\n1!\n#6\n"));
+}
+
+TEST_F(PlayTrace, TheFilterForViewersHasTheNamesOfTheStates) {
+  std::ifstream file(TAP_STATE_FILTER);
+  std::string line;
+  while (std::getline(file, line) && line[0] == '#') {
+  }
+  for (int state = 0; state < svf::kTapStates; ++state, std::getline(file, line)) {
+    EXPECT_EQ(line, fmt::format("{:X} {}", state, svf::kTapTable[state].standard_name));
+  }
+  EXPECT_FALSE(file);
 }
 
 TEST_F(PlayTrace, TheUnitOfADumpDividesCallsAndWaits) {

@@ -197,6 +197,10 @@ std::string CheckFailAt(const std::string &text) {
   return ParseFailAt(text) ? "" : "expected SCAN:BIT, scans from 1 and bits from 0, as in 12:31";
 }
 
+std::string CheckStateForm(const std::string &name) {
+  return FindStateForm(name) ? "" : fmt::format("expected none, bits or string; found '{}'", name);
+}
+
 void AddFiles(CLI::App &play, Invocation &invocation, PlayOptions &options) {
   AddInput(play, invocation, "IN.tvb", options.input, "TVB file to play; - is standard input");
   CLI::Option *chain = AddInput(play, invocation, "--chain", options.chain,
@@ -212,16 +216,31 @@ void AddFiles(CLI::App &play, Invocation &invocation, PlayOptions &options) {
       ->needs(chain);
 }
 
-void AddRest(CLI::App &play, PlayOptions &options, std::string &fail_at) {
-  play.add_option("--fail-at", fail_at,
-                  "Invert one bit that is read: of a scan of the file, from 1, a bit, from 0")
-      ->check(CheckFailAt)
-      ->type_name("SCAN:BIT");
+void AddWaveform(CLI::App &play, PlayOptions &options) {
   play.add_option("--vcd-idle", options.rehearsal.vcd_idle,
                   "Draw at most this many clocks of each stay in Run-Test/Idle; 0 draws all")
       ->capture_default_str()
       ->check(CLI::Range(uint64_t{0}, kMaxIdleClocks).description(""))
       ->type_name("CLOCKS");
+  play.add_option_function<std::string>(
+          "--vcd-state",
+          [&options](const std::string &name) {
+            options.rehearsal.vcd_state = *FindStateForm(name);
+          },
+          "Draw the TAP state as: none, bits (its number, four wires) or string (its name, for "
+          "viewers that "
+          "can show it)")
+      ->default_str("bits")
+      ->check(CheckStateForm)
+      ->type_name("FORM");
+}
+
+void AddRest(CLI::App &play, PlayOptions &options, std::string &fail_at) {
+  play.add_option("--fail-at", fail_at,
+                  "Invert one bit that is read: of a scan of the file, from 1, a bit, from 0")
+      ->check(CheckFailAt)
+      ->type_name("SCAN:BIT");
+  AddWaveform(play, options);
   play.add_flag("--time", options.time, "Print what the download takes on a board");
   AddPinTime(play, options.rehearsal.pin_ns);
   play.add_flag("-q,--quiet", options.quiet, "Print neither the driver's log nor the summary");

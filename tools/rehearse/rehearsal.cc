@@ -22,7 +22,7 @@ Rehearsal::Rehearsal(tvb::Bytes image, const tvb::HeaderView &header, Target *ch
 
 void Rehearsal::Watch(const RehearsalOptions &options, const RehearsalSinks &sinks) {
   if (sinks.vcd) {
-    vcd_.emplace(sinks.vcd, lines_, options.pin_ns, options.vcd_idle);
+    vcd_.emplace(sinks.vcd, lines_, options.pin_ns, options.vcd_idle, options.vcd_state);
     lines_.WatchChanges([this](const LineChange &change) { vcd_->Add(change); });
   }
   if (sinks.scans) {

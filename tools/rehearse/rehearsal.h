@@ -27,7 +27,8 @@ struct FailAt {
 struct RehearsalOptions {
   std::optional<FailAt> fail_at;
   uint64_t vcd_idle = 0;  // clocks drawn per stay in Run-Test/Idle; 0: all
-  double pin_ns = 100;    // duration of a pin call
+  StateForm vcd_state = StateForm::kBits;
+  double pin_ns = 100;  // duration of a pin call
 };
 
 // The sinks for the results of a rehearsal; empty if not wanted.

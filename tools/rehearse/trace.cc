@@ -4,7 +4,9 @@
 #include <fmt/compile.h>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "tvb/player.h"
 
@@ -12,7 +14,8 @@ namespace tool {
 namespace {
 
 constexpr size_t kLongText = 1 << 16;
-constexpr char kStateCode = '%';
+constexpr char kStateCode = '%';  // of a string, or of the lowest bit
+constexpr int kStateBits = 4;
 
 constexpr Line kLines[] = {Line::kTck, Line::kTms, Line::kTdi, Line::kTdo};
 
@@ -23,6 +26,10 @@ const char *NameOf(Line line) {
 
 char CodeOf(Line line) {
   return static_cast<char>('!' + static_cast<int>(line));
+}
+
+char CodeOfStateBit(int bit) {
+  return static_cast<char>(kStateCode + bit);
 }
 
 std::string UnitText(uint64_t unit) {
@@ -39,10 +46,20 @@ uint64_t VcdUnit(double call_time) {
   return unit;
 }
 
-Vcd::Vcd(TextSink sink, const Lines &lines, double call_time, uint64_t max_idle_clocks)
+std::optional<StateForm> FindStateForm(std::string_view name) {
+  constexpr std::string_view kNames[] = {"none", "bits", "string"};
+  const auto *found = std::find(std::begin(kNames), std::end(kNames), name);
+  return found == std::end(kNames)
+             ? std::nullopt
+             : std::optional<StateForm>(static_cast<StateForm>(found - kNames));
+}
+
+Vcd::Vcd(TextSink sink, const Lines &lines, double call_time, uint64_t max_idle_clocks,
+         StateForm state_form)
     : sink_(std::move(sink)),
       unit_(VcdUnit(call_time)),
       max_idle_clocks_(max_idle_clocks),
+      state_form_(state_form),
       idle_(lines.state() == svf::TapState::kIdle),
       tms_(lines.level(Line::kTms)) {
   WriteHead(lines);
@@ -54,7 +71,13 @@ void Vcd::WriteHead(const Lines &lines) {
   for (const Line line : kLines) {
     text_ += fmt::format("$var wire 1 {} {} $end\n", CodeOf(line), NameOf(line));
   }
-  text_ += fmt::format("$var string 1 {} state $end\n", kStateCode);
+  if (state_form_ == StateForm::kString) {
+    text_ += fmt::format("$var string 1 {} state $end\n", kStateCode);
+  } else if (state_form_ == StateForm::kBits) {
+    for (int bit = kStateBits - 1; bit >= 0; --bit) {
+      text_ += fmt::format("$var wire 1 {} state [{}] $end\n", CodeOfStateBit(bit), bit);
+    }
+  }
   text_ += "$upscope $end\n$enddefinitions $end\n#0\n$dumpvars\n";
   for (const Line line : kLines) {
     PutLevel(line, lines.level(line));
@@ -136,11 +159,24 @@ void Vcd::PutLevel(Line line, bool level) {
 }
 
 void Vcd::PutState(svf::TapState state) {
-  text_ += 's';
-  text_ += StandardName(state);
-  text_ += ' ';
-  text_ += kStateCode;
-  text_ += '\n';
+  if (state_form_ == StateForm::kBits) {
+    PutStateBits(static_cast<unsigned>(state));
+  } else if (state_form_ == StateForm::kString) {
+    text_ += fmt::format("s{} {}\n", StandardName(state), kStateCode);
+  }
+}
+
+// Those that have changed.
+void Vcd::PutStateBits(unsigned bits) {
+  for (int bit = kStateBits - 1; bit >= 0; --bit) {
+    const unsigned level = bits >> bit & 1;
+    if (!state_bits_ || (*state_bits_ >> bit & 1) != level) {
+      text_ += level != 0 ? '1' : '0';
+      text_ += CodeOfStateBit(bit);
+      text_ += '\n';
+    }
+  }
+  state_bits_ = bits;
 }
 
 void Vcd::FlushIfLong() {

@@ -17,10 +17,21 @@ namespace tool {
 // Receives text as it is produced.
 using TextSink = std::function<void(std::string_view text)>;
 
+// What a dump shows of the TAP's state.
+enum class StateForm {
+  kNone,
+  // Its number in svf::TapState, as the wires state[3] to state[0]: some programs stop at the first
+  // change of a variable of several bits.
+  kBits,
+  kString,  // its name in the standard; an extension of VCD that some viewers skip or complain of
+};
+
+// The form called "none", "bits" or "string"; none if there is no such form.
+std::optional<StateForm> FindStateForm(std::string_view name);
+
 // The four lines and the TAP's state as a value change dump (VCD, IEEE 1364), for a waveform
 // viewer. The scope `jtag` contains the wires TCK, TMS, TDI and TDO, in this order, and `state`,
-// the name of the TAP's state as a string. Strings are an extension that some waveform viewers
-// support and others skip. The time unit is the longest VCD unit that divides both the duration of
+// as asked for. The time unit is the longest VCD unit that divides both the duration of
 // a pin call and the driver's wait of 100 microseconds.
 //
 // A stay in Run-Test/Idle may last millions of clocks; the dump can be limited to the first ones:
@@ -29,7 +40,8 @@ class Vcd {
  public:
   // Writes the head with the current levels of `lines`. `call_time`: the value that `lines` was
   // constructed with. `max_idle_clocks`: the clocks drawn per stay in Run-Test/Idle; 0: all.
-  Vcd(TextSink sink, const Lines &lines, double call_time, uint64_t max_idle_clocks = 0);
+  Vcd(TextSink sink, const Lines &lines, double call_time, uint64_t max_idle_clocks = 0,
+      StateForm state_form = StateForm::kBits);
 
   void Add(const LineChange &change);
 
@@ -43,14 +55,17 @@ class Vcd {
   void StampTime(uint64_t time);
   void PutLevel(Line line, bool level);
   void PutState(svf::TapState state);
+  void PutStateBits(unsigned bits);
   void FlushIfLong();
 
   TextSink sink_;
   uint64_t unit_;         // nanoseconds
   uint64_t stamped_ = 0;  // the last time written, in units
   uint64_t max_idle_clocks_;
-  uint64_t idle_clocks_ = 0;         // of the current stay in Run-Test/Idle
-  std::optional<uint64_t> fell_at_;  // a falling edge of TCK that is not drawn yet
+  StateForm state_form_;
+  std::optional<unsigned> state_bits_;  // as they were drawn last
+  uint64_t idle_clocks_ = 0;            // of the current stay in Run-Test/Idle
+  std::optional<uint64_t> fell_at_;     // a falling edge of TCK that is not drawn yet
   bool idle_;
   bool tms_;
   std::string text_;  // not yet passed to the sink
