@@ -124,6 +124,10 @@ TEST(PlayAccounting, TimesAndNumbersAreReadable) {
   EXPECT_EQ(tool::TimeText(999950), "1000.0 us");
   EXPECT_EQ(tool::TimeText(1000000), "1.000 ms");
   EXPECT_EQ(tool::TimeText(1234567890), "1.235 s");
+  EXPECT_EQ(tool::TimeText(60000000000), "1:00 min");
+  EXPECT_EQ(tool::TimeText(80000000000), "1:20 min");
+  EXPECT_EQ(tool::TimeText(3599499999999), "59:59 min");
+  EXPECT_EQ(tool::TimeText(3599500000000), "1:00:00 h");
   EXPECT_EQ(tool::TimeText(3723400000000), "1:02:03 h");
 }
 

@@ -10,7 +10,10 @@
 #include <cerrno>
 #include <cstring>
 
+#include "svf/parser.h"
+#include "svf/text.h"
 #include "tools/cli/command.h"
+#include "tools/cli/text.h"
 #include "tvb/reader.h"
 #include "tvb/text.h"
 
@@ -39,11 +42,20 @@ class Descriptor {
   int fd_;
 };
 
+bool BeginsWithSvf(std::string_view text) {
+  try {
+    svf::Statement first;
+    return svf::Parser(text).Next(first);
+  } catch (const svf::Error &) {
+    return false;
+  }
+}
+
 }  // namespace
 
 InputFile::InputFile(const std::string &path) {
   const bool standard = path == "-";
-  name_ = standard ? "<stdin>" : path;
+  name_ = standard ? "<stdin>" : PrintableText(path);
   const Descriptor fd(standard ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC));
   struct stat status = {};
   if (fd.get() < 0 || fstat(fd.get(), &status) != 0) {
@@ -105,6 +117,9 @@ void InputFile::Fail(const char *reason) const {
 }
 
 TvbFile::TvbFile(const std::string &path) : file_(path), header_(tvb::ReadHeader(image())) {
+  if (header_.fault && BeginsWithSvf(file_.text())) {
+    throw Failure("this looks like an SVF file; make a TVB file of it with tvb compile", name());
+  }
   if (header_.fault) {
     throw Failure(header_.fault->message, Where(header_.fault->offset));
   }

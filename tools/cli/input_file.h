@@ -25,7 +25,7 @@ class InputFile {
   InputFile(const InputFile &) = delete;
   InputFile &operator=(const InputFile &) = delete;
 
-  // The name for messages: the path, or "<stdin>".
+  // The name for messages: the path with PrintableText(), or "<stdin>".
   const std::string &name() const {
     return name_;
   }

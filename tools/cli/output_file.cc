@@ -15,6 +15,7 @@
 #include <iterator>
 
 #include "tools/cli/command.h"
+#include "tools/cli/text.h"
 
 namespace tool {
 namespace {
@@ -151,7 +152,7 @@ class OutputFile::TemporaryFile {
 
 OutputFile::TemporaryFile *OutputFile::TemporaryFile::first = nullptr;
 
-OutputFile::OutputFile(const std::string &path) : name_(path) {
+OutputFile::OutputFile(const std::string &path) : name_(PrintableText(path)) {
   if (path == "-") {
     name_ = "<stdout>";
     fd_ = STDOUT_FILENO;

@@ -24,7 +24,7 @@ class OutputFile {
   OutputFile(const OutputFile &) = delete;
   OutputFile &operator=(const OutputFile &) = delete;
 
-  // The name for messages: the path, or "<stdout>".
+  // The name for messages: the path with PrintableText(), or "<stdout>".
   const std::string &name() const {
     return name_;
   }

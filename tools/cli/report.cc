@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "tools/cli/text.h"
+
 namespace tool {
 namespace {
 
@@ -38,11 +40,10 @@ void PutText(const std::string &text) {
   fputs(text.c_str(), stderr);
 }
 
-void Print(const Kind &kind, std::string_view place, std::string_view text) {
+void Print(const Kind &kind, std::string_view any_place, std::string_view any_text) {
   HideProgress();
-  if (place.empty()) {
-    place = "tvb";
-  }
+  const std::string place = PrintableText(any_place.empty() ? "tvb" : any_place);
+  const std::string text = PrintableText(any_text);
   if (MayColour(STDERR_FILENO)) {
     PutText(fmt::format("{}{}:{} {}{}:{} {}\n", kBold, place, kPlain, kind.colour, kind.name,
                         kPlain, text));

@@ -14,7 +14,8 @@ namespace tool {
 // Prints a message, "PLACE: error: TEXT"; an empty place stands for the program. `place` is
 // "FILE:LINE:COLUMN" or "FILE: offset 0x1A2 (record 7)". The text says what was expected and what
 // to do, starts in lower case and has no final period. On a terminal the kind is coloured, unless
-// the variable NO_COLOR is set and not empty. Hides the progress line first.
+// the variable NO_COLOR is set and not empty. Control characters are escaped. Hides the progress
+// line first.
 void Error(std::string_view place, std::string_view text);
 void Warning(std::string_view place, std::string_view text);
 void Note(std::string_view place, std::string_view text);

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <exception>
 #include <initializer_list>
+#include <sstream>
 #include <string>
 
 #include "tools/cli/command.h"
@@ -31,7 +32,7 @@ const CLI::App *Find(const CLI::App &app, const std::string &name) {
 }
 
 std::string NoCommand(const std::string &name) {
-  return fmt::format("there is no command '{}'; see tvb --help", name);
+  return fmt::format("there is no command '{}'", name);
 }
 
 void AddHelp(CLI::App &app, tool::Invocation &invocation) {
@@ -52,13 +53,15 @@ void AddHelp(CLI::App &app, tool::Invocation &invocation) {
   });
 }
 
-// Prints what is wrong with the command line and suggests what the user may have meant.
+// Says what is wrong with the command line and where the help for it is.
 std::string Explain(const CLI::App &app, const CLI::ParseError &error) {
+  const auto selected = app.get_subcommands();
   const auto unknown = app.remaining();
-  if (!app.get_subcommands().empty() || unknown.empty() || unknown.front()[0] == '-') {
-    return error.what();
-  }
-  return NoCommand(unknown.front());
+  const bool no_command = selected.empty() && !unknown.empty() && unknown.front()[0] != '-';
+  const std::string wrong = no_command ? NoCommand(unknown.front()) : error.what();
+  return selected.empty() || selected.front()->get_name() == "help"
+             ? fmt::format("{}; see tvb --help", wrong)
+             : fmt::format("{}; see tvb {} --help", wrong, selected.front()->get_name());
 }
 
 // Returns -1 if the command line is valid and asks for more than a text.
@@ -66,7 +69,10 @@ int ReadCommandLine(CLI::App &app, const tool::Invocation &invocation, int argc,
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success &asked) {
-    return app.exit(asked);
+    std::ostringstream text;
+    const int code = app.exit(asked, text, text);
+    fputs(text.str().c_str(), stdout);
+    return code;
   } catch (const CLI::ParseError &error) {
     tool::Error("", Explain(app, error));
     return tool::kBad;

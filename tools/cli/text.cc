@@ -43,7 +43,23 @@ std::string TimeText(uint64_t nanoseconds) {
     return fmt::format("{:.3f} s", seconds);
   }
   const uint64_t whole = (nanoseconds + 500000000) / 1000000000;
+  if (whole < 3600) {
+    return fmt::format("{}:{:02} min", whole / 60, whole % 60);
+  }
   return fmt::format("{}:{:02}:{:02} h", whole / 3600, whole / 60 % 60, whole % 60);
+}
+
+std::string PrintableText(std::string_view text) {
+  std::string printable;
+  for (const char c : text) {
+    const auto code = static_cast<unsigned char>(c);
+    if (code < 0x20 || code == 0x7F) {
+      printable += fmt::format("\\x{:02X}", code);
+    } else {
+      printable += c;
+    }
+  }
+  return printable;
 }
 
 }  // namespace tool

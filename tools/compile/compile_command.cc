@@ -34,10 +34,12 @@ struct CompileCommand {
   CompileOptions options;
 };
 
-std::string PercentText(uint64_t part, uint64_t whole) {
-  return whole == 0 ? "0 %"
-                    : fmt::format("{:.1f} %",
-                                  100.0 * static_cast<double>(part) / static_cast<double>(whole));
+// ", 12.3 % of the 1,234 bytes of SVF"; nothing if there are none.
+std::string PercentText(uint64_t bytes, uint64_t of_svf) {
+  return of_svf == 0 ? ""
+                     : fmt::format(", {:.1f} % of the {} of SVF",
+                                   100.0 * static_cast<double>(bytes) / static_cast<double>(of_svf),
+                                   CountText(of_svf, "byte"));
 }
 
 std::string TimeText(double nanoseconds) {
@@ -48,9 +50,8 @@ std::string Summary(const CompileCommand &command, const WrittenFile &file, cons
                     uint64_t bytes, const std::string &output) {
   const WrittenCounts &counts = file.counts;
   const PlayCost &cost = file.cost;
-  std::string text = fmt::format("{}: {}, {}, {} of the {} of SVF\n", output,
-                                 CountText(file.records, "record"), CountText(bytes, "byte"),
-                                 PercentText(bytes, input.size()), CountText(input.size(), "byte"));
+  std::string text = fmt::format("{}: {}, {}{}\n", output, CountText(file.records, "record"),
+                                 CountText(bytes, "byte"), PercentText(bytes, input.size()));
   text += fmt::format("  {}, {}, {}; {} shifted; {}\n", CountText(counts.instruction_scans, "SIR"),
                       CountText(counts.data_scans, "SDR"), CountText(counts.run_tests, "run-test"),
                       CountText(counts.bits, "bit"), CountText(file.loops, "loop"));
