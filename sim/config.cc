@@ -19,6 +19,8 @@ constexpr sim_field_number kNone = SIM_FIELD_COUNT;
 
 #define SIM_OFFSET(member) __builtin_offsetof(sim_device_config, member)
 #define SIM_SIZE_RULE "rows and bits are at least 1"
+#define SIM_TEXT_OF(number) #number
+#define SIM_TEXT(macro) SIM_TEXT_OF(macro)
 #define SIM_SIZE_ADVICE "; leave \"part\" out for a device without a part"
 
 }  // namespace
@@ -61,6 +63,13 @@ static_assert(sim_fields[SIM_FIELD_COUNT - 1].name != nullptr, "a field has no r
 static_assert(sim_fault_forms[SIM_FAULT_KIND_COUNT - 1].name != nullptr, "a fault has no row");
 static_assert(sim_fault_number_names[SIM_FAULT_NUMBER_COUNT - 1] != nullptr,
               "a number has no name");
+
+constexpr const char *sim_part_too_large =
+    "rows times bits are at most " SIM_TEXT(SIM_MAX_PART_BITS);
+
+int sim_part_fits(const struct sim_device_config *device) {
+  return static_cast<sim_u64>(device->rows) * device->row_bits <= SIM_MAX_PART_BITS;
+}
 
 int sim_field_allows(const struct sim_field *field, sim_u32 value) {
   return field->allows == nullptr || field->allows(value) != 0;
@@ -145,7 +154,8 @@ bool ReadSize(Scanner &scanner, sim_device_config &device) {
   return ReadNumber(scanner, rows, device) &&
          scanner.Expect('x', "'x' is expected between rows and bits") &&
          ReadNumber(scanner, bits, device) && Check(scanner, position, rows, device) &&
-         Check(scanner, position, bits, device);
+         Check(scanner, position, bits, device) &&
+         (sim_part_fits(&device) || scanner.Fail(position, sim_part_too_large));
 }
 
 bool ReadField(Scanner &scanner, const sim_field &field, sim_device_config &device) {

@@ -55,6 +55,12 @@ extern const struct sim_field sim_fields[SIM_FIELD_COUNT]; /* by enum sim_field_
 /* The name of a part as a whole. */
 #define SIM_PART_NAME "part"
 
+/* Whether a device's part, if it has one, is no larger than can be simulated: rows times bits are
+ * at most SIM_MAX_PART_BITS. And why another one is refused. */
+#define SIM_MAX_PART_BITS 268435456
+int sim_part_fits(const struct sim_device_config *device);
+extern const char *const sim_part_too_large;
+
 int sim_field_allows(const struct sim_field *field, sim_u32 value);
 sim_u32 sim_field_value(const struct sim_field *field, const struct sim_device_config *device);
 void sim_field_set(const struct sim_field *field, struct sim_device_config *device, sim_u32 value);

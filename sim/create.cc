@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr sim_u64 kMaxBytes = 1ull << 40;
+constexpr sim_u64 kMaxBytes = 1ull << 30;
 
 class Layout {
  public:
@@ -38,7 +38,8 @@ class Layout {
 bool Possible(const sim_device_config &device) {
   const sim_u32 instruction = device.idcode_instruction;
   return (instruction == 0 || sim_field_allows(&sim_fields[SIM_FIELD_INSTRUCTION], instruction)) &&
-         (device.rows == 0 || sim_field_allows(&sim_fields[SIM_FIELD_BITS], device.row_bits));
+         (device.rows == 0 || sim_field_allows(&sim_fields[SIM_FIELD_BITS], device.row_bits)) &&
+         sim_part_fits(&device);
 }
 
 bool Possible(const sim_config &config) {

@@ -125,7 +125,7 @@ struct sim_config {
 struct sim_chain;
 
 /* Bytes of memory that a chain needs; 0 if the configuration is impossible (an instruction other
- * than 6 and 224, rows of 0 bits, or a size past 2^40). */
+ * than 6 and 224, rows of 0 bits, a part that sim_part_fits() refuses, or a size past 2^30). */
 sim_size sim_chain_size(const struct sim_config *config);
 
 /* Makes a chain, powered up, in memory of sim_chain_size(config) bytes that is aligned to 8. The

@@ -230,6 +230,11 @@ TEST(SimChain, ImpossibleConfigurationsHaveNoSize) {
   EXPECT_GT(size(device), 0u);
   device.rows = device.row_bits = 0xFFFFFFFF;
   EXPECT_EQ(size(device), 0u);
+  device.rows = 2;
+  device.row_bits = 134217728;
+  EXPECT_GT(size(device), 33554432u);
+  ++device.row_bits;
+  EXPECT_EQ(size(device), 0u);
   const sim_config config = {&device, 1, 0};
   uint64_t memory[4];
   EXPECT_EQ(sim_chain_create(memory, &config), nullptr);

@@ -164,6 +164,9 @@ void ReadSize(const Node &node, sim_device_config &device) {
     wrong = sim_field_allows(&field, value) ? wrong : field.advice;
     sim_field_set(&field, &device, value);
   }
+  if (wrong == nullptr && !sim_part_fits(&device)) {
+    wrong = sim_part_too_large;
+  }
   if (wrong != nullptr) {
     node.Fail(wrong);
   }
@@ -248,7 +251,8 @@ std::vector<sim_device_config> MakeDevices(const ChainDescription &description,
   const sim_config config = {description.devices.data(),
                              static_cast<sim_u32>(description.devices.size()), 0};
   if (sim_chain_size(&config) == 0) {
-    throw Failure("the parts of this chain have more memory than can be simulated", name);
+    throw Failure("the parts of this chain have more memory than can be simulated",
+                  name + ": /devices");
   }
   return description.devices;
 }
