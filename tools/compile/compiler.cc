@@ -379,13 +379,14 @@ bool Compiler::Opening(const tvb::Shift *first) {
     return true;
   }
   const uint8_t instruction = IdcodeInstruction(first);
-  if (place_ && !place_->IsAlone() && FitsOpening(*place_)) {
+  const bool fits = !place_ || FitsOpening(*place_);
+  if (place_ && !place_->IsAlone() && fits) {
     writer_->Opening(*place_, instruction, limit_);
   }
-  if (options_.idcode && place_ && !FitsOpening(*place_)) {
-    notes_.Refuse(offset_, "the chain is too long for a comparison of the IDCODE");
-  } else if (options_.idcode) {
+  if (options_.idcode && fits) {
     CompareIdcode(instruction);
+  } else if (options_.idcode) {
+    notes_.Refuse(offset_, "the chain is too long for a comparison of the IDCODE");
   }
   return false;
 }
