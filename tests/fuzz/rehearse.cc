@@ -38,6 +38,7 @@ void Rehearse(tvb::Bytes image, tool::ChainTarget *chain, const tool::RehearsalO
   const auto log = [&text](uint64_t, std::string_view line) { text += line.size(); };
   tool::Rehearsal rehearsal(image, file.header(), chain, options, {log, count, count});
   rehearsal.Run({[] {}});
+  rehearsal.End();
   judge(rehearsal, tool::TellVerdict(rehearsal, file));
   text += tool::TimeTable(rehearsal.counts(), rehearsal.clock(), options.pin_ns).size();
   Require(text > 0, "there is something to tell");

@@ -37,6 +37,7 @@ struct Played {
                    [this](std::string_view text) { vcd += text; },
                    [this](std::string_view text) { scans += text; }}) {
     rehearsal.Run({[this] { Look(); }, calls_per_tick});
+    rehearsal.End();
   }
 
   // Takes in what can be seen, as a progress line does.

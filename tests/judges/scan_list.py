@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 """Lists of scans as `tvb play --scans` writes them, and what the judges do with them."""
+import os
 import subprocess
 from collections import namedtuple
 
@@ -27,6 +28,15 @@ def run(*command):
         raise SystemExit('FAILED (%d): %s\n%s%s' %
                          (done.returncode, ' '.join(command), done.stdout, done.stderr))
     return done.stdout
+
+
+def compiled(tvb, svf, image):
+    """Compiles an SVF file to `image`, and to those that follow it. Returns the files' names."""
+    run(tvb, 'compile', svf, '-o', image)
+    files = [image]
+    while os.path.exists('%s-%d' % (image, len(files) + 1)):
+        files.append('%s-%d' % (image, len(files) + 1))
+    return files
 
 
 def of_source(played, asked):

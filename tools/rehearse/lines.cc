@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tools/rehearse/lines.h"
 
+#include <algorithm>
+#include <functional>
 #include <iterator>
 #include <numeric>
 #include <utility>
@@ -9,6 +11,17 @@ namespace tool {
 
 uint64_t LineCounts::all_clocks() const {
   return std::accumulate(std::begin(clocks), std::end(clocks), uint64_t{0});
+}
+
+LineCounts &LineCounts::operator+=(const LineCounts &more) {
+  const auto add = [](auto &sums, const auto &numbers) {
+    std::transform(std::begin(sums), std::end(sums), std::begin(numbers), std::begin(sums),
+                   std::plus<>());
+  };
+  add(writes, more.writes);
+  add(reads, more.reads);
+  add(clocks, more.clocks);
+  return *this;
 }
 
 Lines::Lines(BoardClock &clock, double call_time, Playhead *playhead)

@@ -69,6 +69,8 @@ struct LineCounts {
     return clocks[static_cast<int>(state)];
   }
   uint64_t all_clocks() const;
+
+  LineCounts &operator+=(const LineCounts &more);
 };
 
 // A level change of a line, TDO included, and its effect.
@@ -109,6 +111,9 @@ class Lines {
   }
   const LineCounts &counts() const {
     return counts_;
+  }
+  void StartCounting() {
+    counts_ = {};
   }
 
   // The current level of a line; TDO's is valid only while changes are watched.

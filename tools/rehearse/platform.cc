@@ -181,17 +181,24 @@ Platform::~Platform() {
   the_platform = nullptr;
 }
 
+void Platform::Load() {
+  init_module();
+}
+
 DriverResult Platform::Play(Lines &lines, tvb::Bytes image, Ticks ticks) {
   state_->lines = &lines;
   state_->ticks = std::move(ticks);
-  init_module();
   DriverResult result;
   result.done = Download(*state_->driver, image) == DOWNLOAD_DONE;
   result.stop = StopOf(g_stop_code);
   result.position = g_pos;
-  cleanup_module();
   state_->log.Flush();
   return result;
+}
+
+void Platform::Unload() {
+  cleanup_module();
+  state_->log.Flush();
 }
 
 }  // namespace tool

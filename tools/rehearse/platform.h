@@ -83,9 +83,13 @@ class Platform {
   Platform(const Platform &) = delete;
   Platform &operator=(const Platform &) = delete;
 
-  // Loads the driver, has it play `image` (not empty, less than 4 GiB) on `lines`, and unloads it.
-  // The driver's state is as at load only in a process that has not run it before.
+  // Loads the driver. Its state is as at load only in a process that has not run it before.
+  void Load();
+
+  // Has the loaded driver play `image` (not empty, less than 4 GiB) on `lines`.
   DriverResult Play(Lines &lines, tvb::Bytes image, Ticks ticks);
+
+  void Unload();
 
  private:
   std::unique_ptr<struct PlatformState> state_;

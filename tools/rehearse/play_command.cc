@@ -8,6 +8,8 @@
 #include <charconv>
 #include <cstdio>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "tools/cli/command.h"
 #include "tools/cli/input_file.h"
@@ -25,7 +27,7 @@ namespace {
 constexpr uint64_t kMaxIdleClocks = 1000000000000;
 
 struct PlayOptions {
-  std::string input;
+  std::vector<std::string> inputs;
   std::string chain;  // the file that describes the target; empty: an echo
   std::string vcd;    // output files; empty: none
   std::string scans;
@@ -159,36 +161,75 @@ void WarnOfFailAt(const Rehearsal &rehearsal, const FailAt &fail_at, const TvbFi
   }
 }
 
-// Plays options.input and returns the exit code. The driver's log and the result, unless quiet, and
+using Files = std::vector<std::unique_ptr<TvbFile>>;
+
+// All are opened before the first is played.
+Files OpenFiles(const PlayOptions &options) {
+  Files files;
+  for (const std::string &path : options.inputs) {
+    const TvbFile &file = *files.emplace_back(std::make_unique<TvbFile>(path));
+    if (file.image().size() > UINT32_MAX) {
+      throw Failure("the file is too long: the driver takes less than 4 GiB", file.name());
+    }
+  }
+  if (options.rehearsal.fail_at) {
+    if (files.size() > 1) {
+      throw Failure("--fail-at: name one file; scans are counted in each by itself");
+    }
+    RefuseFailAt(*options.rehearsal.fail_at, *files.front());
+  }
+  return files;
+}
+
+// Plays one file after the other, up to the first that fails, and unloads the driver. Returns the
+// exit code and appends a summary of each.
+int PlayFiles(Rehearsal &rehearsal, const Files &files, std::string &summaries) {
+  int code = kDone;
+  for (size_t i = 0; i < files.size() && code == kDone; ++i) {
+    const TvbFile &file = *files[i];
+    if (i > 0) {
+      rehearsal.Next(file.image(), file.header());
+    }
+    RunWatched(rehearsal, file);
+    const DriverResult &result = rehearsal.result();
+    if (i + 1 == files.size() || !result.done || result.stop != DriverStop::kNothing) {
+      rehearsal.End();
+    }
+    code = TellVerdict(rehearsal, file);
+    summaries += files.size() == 1 ? "" : fmt::format("{}: ", file.name());
+    summaries += Summary(rehearsal, code);
+    if (code != kDone && i + 1 < files.size()) {
+      Note(files[i + 1]->name(), "not played, since the file before it failed");
+    }
+  }
+  return code;
+}
+
+// Plays the files and returns the exit code. The driver's log and the result, unless quiet, and
 // the times go to standard output, or to standard error if one of the output files is standard
 // output; errors and warnings go to standard error. Throws Failure if a file is bad.
 int Play(const PlayOptions &options) {
-  const TvbFile file(options.input);
-  if (file.image().size() > UINT32_MAX) {
-    throw Failure("the file is too long: the driver takes less than 4 GiB", file.name());
-  }
-  if (options.rehearsal.fail_at) {
-    RefuseFailAt(*options.rehearsal.fail_at, file);
-  }
+  const Files files = OpenFiles(options);
   const std::unique_ptr<ChainTarget> chain = OpenChain(options.chain);
   Outputs outputs(options);
   FILE *const screen = Outputs::Screen(options);
 
-  Rehearsal rehearsal(file.image(), file.header(), chain.get(), options.rehearsal,
+  Rehearsal rehearsal(files.front()->image(), files.front()->header(), chain.get(),
+                      options.rehearsal,
                       {options.quiet ? DriverLog::Sink(IgnoreLog) : LogTo(screen),
                        outputs.VcdSink(), outputs.ScanSink()});
-  RunWatched(rehearsal, file);
+  std::string summaries;
+  const int code = PlayFiles(rehearsal, files, summaries);
   outputs.Finish(chain.get());
-  const int code = TellVerdict(rehearsal, file);
   if (options.rehearsal.fail_at) {
-    WarnOfFailAt(rehearsal, *options.rehearsal.fail_at, file);
+    WarnOfFailAt(rehearsal, *options.rehearsal.fail_at, *files.front());
   }
   if (!options.quiet) {
-    fmt::print(screen, "{}", Summary(rehearsal, code));
+    fmt::print(screen, "{}", summaries);
   }
   if (options.time) {
     fmt::print(screen, "{}",
-               TimeTable(rehearsal.counts(), rehearsal.clock(), options.rehearsal.pin_ns));
+               TimeTable(rehearsal.all_counts(), rehearsal.clock(), options.rehearsal.pin_ns));
   }
   return code;
 }
@@ -202,7 +243,8 @@ std::string CheckStateForm(const std::string &name) {
 }
 
 void AddFiles(CLI::App &play, Invocation &invocation, PlayOptions &options) {
-  AddInput(play, invocation, "IN.tvb", options.input, "TVB file to play; - is standard input");
+  AddInputs(play, invocation, "IN.tvb", options.inputs,
+            "TVB files to play, one after the other, by the same driver; - is standard input");
   CLI::Option *chain = AddInput(play, invocation, "--chain", options.chain,
                                 "Play to the simulated chain that this JSON file describes");
   play.add_flag("--echo")

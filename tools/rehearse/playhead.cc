@@ -5,8 +5,9 @@
 
 namespace tool {
 
-Playhead::Playhead(tvb::Bytes image, const tvb::HeaderView &header, DriverView driver)
-    : image_(image), order_(image, header), driver_(std::move(driver)) {}
+Playhead::Playhead(tvb::Bytes image, const tvb::HeaderView &header, DriverView driver,
+                   const tvb::Player &player)
+    : image_(image), order_(image, header, player), driver_(std::move(driver)) {}
 
 std::optional<tvb::PlayedRecord> Playhead::Next() {
   std::optional<tvb::PlayedRecord> played = order_.Next();

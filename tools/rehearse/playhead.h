@@ -25,8 +25,10 @@ struct DriverView {
 // and Next(): it is the same whoever looks at it, and when.
 class Playhead {
  public:
-  // The caller owns the image, as in tvb::PlayOrder; its header is valid.
-  Playhead(tvb::Bytes image, const tvb::HeaderView &header, DriverView driver);
+  // The caller owns the image, as in tvb::PlayOrder; its header is valid. `player`: as earlier
+  // files have left it.
+  Playhead(tvb::Bytes image, const tvb::HeaderView &header, DriverView driver,
+           const tvb::Player &player = {});
 
   // A scan begins: the TAP has left Run-Test/Idle. Returns the new value of scan().
   const FileScan *BeginScan();
@@ -60,6 +62,11 @@ class Playhead {
   }
   uint64_t records() const {
     return records_;
+  }
+
+  // The player after the last record of Next().
+  const tvb::Player &player() const {
+    return order_.player();
   }
 
   // Moves to the next record in playing order; none at the end.

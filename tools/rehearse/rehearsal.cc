@@ -32,15 +32,33 @@ void Rehearsal::Watch(const RehearsalOptions &options, const RehearsalSinks &sin
 }
 
 void Rehearsal::Run(Ticks ticks) {
-  Platform platform(clock_, log_);
-  result_ = platform.Play(lines_, image_, std::move(ticks));
-  FinishTraces();
+  if (!platform_) {
+    platform_.emplace(clock_, log_);
+    platform_->Load();
+  }
+  result_ = platform_->Play(lines_, image_, std::move(ticks));
   if (result_.stop == DriverStop::kMismatch) {
     ExplainMismatch();
   }
 }
 
-void Rehearsal::FinishTraces() {
+void Rehearsal::Next(tvb::Bytes image, const tvb::HeaderView &header) {
+  while (playhead_.Next()) {
+  }
+  tvb::Player player = playhead_.player();
+  player.EndFile();
+  image_ = image;
+  playhead_ = Playhead(image, header, ViewDriver(), player);
+  earlier_counts_ += lines_.counts();
+  lines_.StartCounting();
+  mismatch_.reset();
+}
+
+void Rehearsal::End() {
+  if (platform_) {
+    platform_->Unload();
+    platform_.reset();
+  }
   if (vcd_) {
     vcd_->Finish(clock_.now());
   }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The driver, its lines, a target and the watchers, assembled for one download.
+// The driver, its lines, a target and the watchers, assembled for downloads.
 #pragma once
 
 #include <cstdint>
@@ -38,7 +38,7 @@ struct RehearsalSinks {
   TextSink scans;
 };
 
-// One per process: only the first finds the driver's state as at load. The caller owns the image
+// One per process: only the first finds the driver's state as at load. The caller owns the images
 // and the chain.
 class Rehearsal {
  public:
@@ -51,7 +51,14 @@ class Rehearsal {
   // Plays the image. `ticks` are for looking only.
   void Run(Ticks ticks);
 
-  // Valid after Run().
+  // Goes on to another image, which the same driver plays to the same target with the next Run().
+  // The image before it was played to its end.
+  void Next(tvb::Bytes image, const tvb::HeaderView &header);
+
+  // Unloads the driver and finishes the traces; call it once, after the last Run().
+  void End();
+
+  // Valid after Run(), for the image that was played last.
   const DriverResult &result() const {
     return result_;
   }
@@ -67,6 +74,14 @@ class Rehearsal {
   const BoardClock &clock() const {
     return clock_;
   }
+
+  // Of all images.
+  LineCounts all_counts() const {
+    LineCounts counts = earlier_counts_;
+    return counts += lines_.counts();
+  }
+
+  // Of the image that is or was played last.
   const LineCounts &counts() const {
     return lines_.counts();
   }
@@ -79,12 +94,13 @@ class Rehearsal {
 
  private:
   void Watch(const RehearsalOptions &options, const RehearsalSinks &sinks);
-  void FinishTraces();
   void ExplainMismatch();
 
   tvb::Bytes image_;
   BoardClock clock_;
   DriverLog log_;
+  std::optional<Platform> platform_;
+  LineCounts earlier_counts_;
   Playhead playhead_;
   Lines lines_;
   EchoTarget echo_;
