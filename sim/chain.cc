@@ -127,7 +127,7 @@ void sim_chain::LayOut(bool ir) {
   shift.head = 0;
   for (sim_u32 i = device_count; i-- > 0;) {
     Device &device = devices[i];
-    const sim_u64 bits = ir ? sim::kInstructionBits : device.RegisterBits();
+    const sim_u64 bits = ir ? device.config.ir_bits : device.RegisterBits();
     device.cells = Cells{&shift, shift.length, device.missing ? 0 : bits};
     shift.length += device.cells.count;
   }
@@ -239,9 +239,9 @@ const struct sim_device_config *sim_chain_device(const struct sim_chain *chain, 
   return found == nullptr ? nullptr : &found->config;
 }
 
-sim_u8 sim_chain_instruction(const struct sim_chain *chain, sim_u32 device) {
+sim_u32 sim_chain_instruction(const struct sim_chain *chain, sim_u32 device) {
   const sim::Device *found = chain->DeviceAt(device);
-  return found == nullptr ? static_cast<sim_u8>(SIM_BYPASS) : found->instruction;
+  return found == nullptr ? static_cast<sim_u32>(SIM_BYPASS) : found->instruction;
 }
 
 sim_u8 sim_chain_status(struct sim_chain *chain, sim_u32 device) {

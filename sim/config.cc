@@ -11,13 +11,14 @@ int IsNotZero(sim_u32 value) {
   return value != 0;
 }
 
-int SelectsIdcode(sim_u32 value) {
-  return value == SIM_IDCODE_6 || value == SIM_IDCODE_224;
+int IsRegisterLength(sim_u32 value) {
+  return value >= 2 && value <= 32;
 }
 
 constexpr sim_field_number kNone = SIM_FIELD_COUNT;
 
 #define SIM_OFFSET(member) __builtin_offsetof(sim_device_config, member)
+#define SIM_IR_RULE "an instruction register has 2 to 32 bits"
 #define SIM_SIZE_RULE "rows and bits are at least 1"
 #define SIM_TEXT_OF(number) #number
 #define SIM_TEXT(macro) SIM_TEXT_OF(macro)
@@ -31,9 +32,11 @@ constexpr struct sim_field sim_fields[SIM_FIELD_COUNT] = {
     {"idcode", SIM_IN_DEVICE, SIM_NUMBER, SIM_OFFSET(idcode), 0, IsNotZero, "an IDCODE is not 0",
      "an IDCODE is not 0; leave it out for a device without one", kNone, nullptr},
     {"instruction", SIM_IN_DEVICE, SIM_NUMBER, SIM_OFFSET(idcode_instruction), SIM_IDCODE_6,
-     SelectsIdcode, "the instruction is 6 or 224",
-     "the instruction that selects the IDCODE is 6 or 224", SIM_FIELD_IDCODE,
+     IsNotZero, "an instruction is not 0",
+     "the instruction that selects the IDCODE is not 0; leave it out for 6", SIM_FIELD_IDCODE,
      "instruction= needs idcode="},
+    {"ir", SIM_IN_DEVICE, SIM_NUMBER, SIM_OFFSET(ir_bits), 8, IsRegisterLength, SIM_IR_RULE,
+     SIM_IR_RULE, kNone, nullptr},
     {"rows", SIM_SIZE_OF_PART, SIM_NUMBER, SIM_OFFSET(rows), 0, IsNotZero, SIM_SIZE_RULE,
      SIM_SIZE_RULE SIM_SIZE_ADVICE, kNone, nullptr},
     {"bits", SIM_SIZE_OF_PART, SIM_NUMBER, SIM_OFFSET(row_bits), 0, IsNotZero, SIM_SIZE_RULE,
@@ -63,6 +66,14 @@ static_assert(sim_fields[SIM_FIELD_COUNT - 1].name != nullptr, "a field has no r
 static_assert(sim_fault_forms[SIM_FAULT_KIND_COUNT - 1].name != nullptr, "a fault has no row");
 static_assert(sim_fault_number_names[SIM_FAULT_NUMBER_COUNT - 1] != nullptr,
               "a number has no name");
+
+constexpr const char *sim_instruction_wrong =
+    "the IDCODE's instruction must fit into the instruction register and not be BYPASS, all ones";
+
+int sim_instruction_fits(const struct sim_device_config *device) {
+  return device->idcode == 0 ||
+         device->idcode_instruction < (static_cast<sim_u64>(1) << device->ir_bits) - 1;
+}
 
 constexpr const char *sim_part_too_large =
     "rows times bits are at most " SIM_TEXT(SIM_MAX_PART_BITS);
@@ -203,7 +214,11 @@ bool ReadDevice(Scanner &scanner, sim_device_config &device) {
       return false;
     }
   } while (scanner.Accept(','));
-  return Complete(scanner, given, device);
+  const sim_field_number place =
+      given.word[SIM_FIELD_INSTRUCTION] ? SIM_FIELD_INSTRUCTION : SIM_FIELD_IDCODE;
+  return Complete(scanner, given, device) &&
+         (sim_instruction_fits(&device) ||
+          scanner.Fail(given.position[place], sim_instruction_wrong));
 }
 
 }  // namespace

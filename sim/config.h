@@ -21,6 +21,7 @@ extern "C" {
 enum sim_field_number {
   SIM_FIELD_IDCODE,
   SIM_FIELD_INSTRUCTION,
+  SIM_FIELD_IR,
   SIM_FIELD_ROWS,
   SIM_FIELD_BITS,
   SIM_FIELD_ERASE,
@@ -54,6 +55,11 @@ extern const struct sim_field sim_fields[SIM_FIELD_COUNT]; /* by enum sim_field_
 
 /* The name of a part as a whole. */
 #define SIM_PART_NAME "part"
+
+/* Whether the instruction register of a device with an IDCODE holds the instruction that selects
+ * it, and that is not BYPASS, all ones. And why another one is refused. */
+int sim_instruction_fits(const struct sim_device_config *device);
+extern const char *const sim_instruction_wrong;
 
 /* Whether a device's part, if it has one, is no larger than can be simulated: rows times bits are
  * at most SIM_MAX_PART_BITS. And why another one is refused. */

@@ -35,16 +35,27 @@ class Layout {
   sim_u64 used_ = 0;
 };
 
+// What is left out has its usual value.
+sim_device_config Complete(sim_device_config device) {
+  if (device.idcode_instruction == 0) {
+    device.idcode_instruction = SIM_IDCODE_6;
+  }
+  if (device.ir_bits == 0) {
+    device.ir_bits = sim_fields[SIM_FIELD_IR].absent;
+  }
+  return device;
+}
+
 bool Possible(const sim_device_config &device) {
-  const sim_u32 instruction = device.idcode_instruction;
-  return (instruction == 0 || sim_field_allows(&sim_fields[SIM_FIELD_INSTRUCTION], instruction)) &&
+  return sim_field_allows(&sim_fields[SIM_FIELD_IR], device.ir_bits) &&
+         sim_instruction_fits(&device) &&
          (device.rows == 0 || sim_field_allows(&sim_fields[SIM_FIELD_BITS], device.row_bits)) &&
          sim_part_fits(&device);
 }
 
 bool Possible(const sim_config &config) {
   for (sim_u32 i = 0; i < config.device_count; ++i) {
-    if (!Possible(config.devices[i])) {
+    if (!Possible(Complete(config.devices[i]))) {
       return false;
     }
   }
@@ -86,10 +97,7 @@ sim_chain *Place(Layout &layout, const sim_config &config) {
 }
 
 void Fill(sim::Device &device, const sim_device_config &config) {
-  device.config = config;
-  if (config.idcode_instruction == 0) {
-    device.config.idcode_instruction = SIM_IDCODE_6;
-  }
+  device.config = Complete(config);
   device.part.config = &device.config;
   if (device.part.exists()) {
     device.part.Create();

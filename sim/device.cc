@@ -40,7 +40,7 @@ void Device::CaptureIr(sim_u64 now) {
 }
 
 void Device::UpdateIr(sim_u64 now) {
-  instruction = static_cast<sim_u8>(cells.Number());
+  instruction = cells.Number();
   if (PartSelected()) {
     part.Load(instruction, now);
   }
@@ -62,9 +62,9 @@ void Device::UpdateDr(sim_u64 now) {
   }
 }
 
-sim_u8 Device::ResetInstruction() const {
-  const sim_u32 bypass = SIM_BYPASS;
-  return static_cast<sim_u8>(config.idcode != 0 ? config.idcode_instruction : bypass);
+sim_u32 Device::ResetInstruction() const {
+  const sim_u32 bypass = 0xffffffffu >> (32 - config.ir_bits);
+  return config.idcode != 0 ? config.idcode_instruction : bypass;
 }
 
 // ---- the programmable part
@@ -89,7 +89,7 @@ void Part::Reset(sim_u64 now) {
   enabled = false;
 }
 
-bool Part::Knows(sim_u8 instruction) {
+bool Part::Knows(sim_u32 instruction) {
   switch (instruction) {
     case SIM_ENABLE:
     case SIM_DISABLE:
@@ -104,7 +104,7 @@ bool Part::Knows(sim_u8 instruction) {
   }
 }
 
-sim_u64 Part::RegisterBits(sim_u8 instruction) const {
+sim_u64 Part::RegisterBits(sim_u32 instruction) const {
   switch (instruction) {
     case SIM_ADDRESS:
       return 32;
@@ -118,7 +118,7 @@ sim_u64 Part::RegisterBits(sim_u8 instruction) const {
   }
 }
 
-void Part::Load(sim_u8 instruction, sim_u64 now) {
+void Part::Load(sim_u32 instruction, sim_u64 now) {
   if (instruction == SIM_STATUS) {
     return;
   }
@@ -132,7 +132,7 @@ void Part::Load(sim_u8 instruction, sim_u64 now) {
   }
 }
 
-void Part::Capture(sim_u8 instruction, const Cells &cells, sim_u64 now) {
+void Part::Capture(sim_u32 instruction, const Cells &cells, sim_u64 now) {
   if (instruction == SIM_STATUS) {
     cells.SetNumber(Status(now));
   } else if (instruction == SIM_ADDRESS && enabled) {
@@ -144,7 +144,7 @@ void Part::Capture(sim_u8 instruction, const Cells &cells, sim_u64 now) {
   }
 }
 
-void Part::Update(sim_u8 instruction, const Cells &cells, sim_u64 now) {
+void Part::Update(sim_u32 instruction, const Cells &cells, sim_u64 now) {
   if (!enabled) {
     return;
   }

@@ -9,8 +9,6 @@
 
 namespace sim {
 
-constexpr sim_u64 kInstructionBits = 8;
-
 // The programmable part: configuration memory and what its instructions do. Times are counts of the
 // chain's Run-Test/Idle clocks so far (`now`): an operation under way is settled when somebody
 // looks, so idle clocks cost nothing per device.
@@ -48,13 +46,13 @@ struct Part {
   void Reset(sim_u64 now);
 
   // Whether the part knows an instruction, and the length of its register in bits.
-  static bool Knows(sim_u8 instruction);
-  sim_u64 RegisterBits(sim_u8 instruction) const;
+  static bool Knows(sim_u32 instruction);
+  sim_u64 RegisterBits(sim_u32 instruction) const;
 
   // Update-IR, Capture-DR and Update-DR with an instruction that the part knows.
-  void Load(sim_u8 instruction, sim_u64 now);
-  void Capture(sim_u8 instruction, const Cells &cells, sim_u64 now);
-  void Update(sim_u8 instruction, const Cells &cells, sim_u64 now);
+  void Load(sim_u32 instruction, sim_u64 now);
+  void Capture(sim_u32 instruction, const Cells &cells, sim_u64 now);
+  void Update(sim_u32 instruction, const Cells &cells, sim_u64 now);
 
   // Lets the operation under way take effect if it has had its clocks by `now`. The other functions
   // do so themselves; a caller needs it before it changes what the operation would find.
@@ -81,7 +79,7 @@ struct Device {
   sim_device_config config;
   Part part;    // part.config is &config
   Cells cells;  // this device's stretch of the shift register since the last Capture; none: skipped
-  sim_u8 instruction;
+  sim_u32 instruction;
   bool missing;  // a fault: the place is bridged
 
   // The length of the longest register, for the shift register's memory.
@@ -105,9 +103,9 @@ struct Device {
     return config.idcode != 0 && instruction == config.idcode_instruction;
   }
   bool PartSelected() const {
-    return part.exists() && Part::Knows(instruction);
+    return part.exists() && !IdcodeSelected() && Part::Knows(instruction);
   }
-  sim_u8 ResetInstruction() const;
+  sim_u32 ResetInstruction() const;
 };
 
 }  // namespace sim

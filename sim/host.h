@@ -61,7 +61,7 @@ class Chain {
   sim_state state() const {
     return sim_chain_state(chain_);
   }
-  uint8_t instruction(uint32_t device) const {
+  uint32_t instruction(uint32_t device) const {
     return sim_chain_instruction(chain_, device);
   }
   uint8_t status(uint32_t device) {

@@ -25,14 +25,15 @@ typedef __SIZE_TYPE__ sim_size;
 
 /* clang-format off */
 /*
- * The instructions of a device. The instruction register has 8 bits. Capture-IR loads bits 1..0
+ * The instructions of a device. The instruction register has 8 bits or as many as are
+ * configured; a code of fewer has zeros in front. Capture-IR loads bits 1..0
  * with 01, bit 2 with "programming mode", bit 3 with "busy", bit 4 with "failed" and bits 7..5 with
  * 0 (in a device without a programmable part: 0x01).
  *
  *   instruction  register  captures     does
  *   BYPASS       1 bit     0            nothing; every instruction that the device does not know is
  *                                       BYPASS
- *   IDCODE       32 bits   the IDCODE   nothing; is 6 or 224, as configured. Test-Logic-Reset
+ *   IDCODE       32 bits   the IDCODE   nothing; is 6 or as configured. Test-Logic-Reset
  *                                       selects it, or BYPASS in a device without an IDCODE
  *   ENABLE       1 bit     0            Update-IR enters programming mode; on entry the address,
  *                                       "done" and "failed" become 0
@@ -108,12 +109,13 @@ enum sim_state {
 /* One device. All zeros is a device with BYPASS alone. */
 struct sim_device_config {
   sim_u32 idcode;             /* 0: the device has no IDCODE register */
-  sim_u32 idcode_instruction; /* 6 or 224 (0 is taken as 6) */
+  sim_u32 idcode_instruction; /* 0 is taken as 6 */
   sim_u32 rows;               /* rows of configuration memory; 0: no programmable part */
   sim_u32 row_bits;           /* bits in a row, at least 1 where there are rows */
   sim_u32 erase_clocks;       /* TCK in Run-Test/Idle that an erase needs; 0: none */
   sim_u32 program_clocks;     /* the same for a row */
   sim_u32 blank;              /* 1: the memory is erased at first (ones); 0: it holds zeros */
+  sim_u32 ir_bits;            /* length of the instruction register, 2 to 32; 0 is taken as 8 */
 };
 
 struct sim_config {
@@ -124,8 +126,9 @@ struct sim_config {
 
 struct sim_chain;
 
-/* Bytes of memory that a chain needs; 0 if the configuration is impossible (an instruction other
- * than 6 and 224, rows of 0 bits, a part that sim_part_fits() refuses, or a size past 2^30). */
+/* Bytes of memory that a chain needs; 0 if the configuration is impossible (a length of an
+ * instruction register that cannot be, what sim_instruction_fits() or sim_part_fits() refuse, rows
+ * of 0 bits, or a size past 2^30). */
 sim_size sim_chain_size(const struct sim_config *config);
 
 /* Makes a chain, powered up, in memory of sim_chain_size(config) bytes that is aligned to 8. The
@@ -160,7 +163,7 @@ const struct sim_device_config *sim_chain_device(const struct sim_chain *chain, 
 
 /* The instruction in force in a device (from 1): what Update-IR or Test-Logic-Reset left there.
  * 0xFF for a device that does not exist. */
-sim_u8 sim_chain_instruction(const struct sim_chain *chain, sim_u32 device);
+sim_u32 sim_chain_instruction(const struct sim_chain *chain, sim_u32 device);
 
 /* The STATUS register of a device (from 1); 0 where there is no programmable part. */
 sim_u8 sim_chain_status(struct sim_chain *chain, sim_u32 device);

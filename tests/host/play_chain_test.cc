@@ -71,14 +71,18 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{R"({"devices": [3]})", "c: /devices/0", "an object"},
         Wrong{R"({"devices": [{}, {"idcodes": 3}]})", "c: /devices/1",
               "no member \"idcodes\" here; these may be given: \"idcode\", \"instruction\", "
-              "\"part\""},
+              "\"ir\", \"part\""},
         Wrong{R"({"devices": [{"idcode": 0}]})", "c: /devices/0/idcode", "is not 0"},
         Wrong{R"({"devices": [{"idcode": -1}]})", "c: /devices/0/idcode", "a number from 0"},
         Wrong{R"({"devices": [{"idcode": 4294967296}]})", "c: /devices/0/idcode", "4294967295"},
         Wrong{R"({"devices": [{"idcode": "1234"}]})", "c: /devices/0/idcode", "hexadecimal"},
         Wrong{R"({"devices": [{"idcode": "0x123456789"}]})", "c: /devices/0/idcode", "1 to 8"},
-        Wrong{R"({"devices": [{"idcode": 1, "instruction": 7}]})", "c: /devices/0/instruction",
-              "6 or 224"},
+        Wrong{R"({"devices": [{"idcode": 1, "instruction": 0}]})", "c: /devices/0/instruction",
+              "is not 0; leave it out for 6"},
+        Wrong{R"({"devices": [{"idcode": 1, "ir": 5, "instruction": 31}]})",
+              "c: /devices/0/instruction", "not be BYPASS"},
+        Wrong{R"({"devices": [{"idcode": 1, "ir": 2}]})", "c: /devices/0", "must fit into"},
+        Wrong{R"({"devices": [{"ir": 33}]})", "c: /devices/0/ir", "2 to 32 bits"},
         Wrong{R"({"devices": [{"instruction": 224}]})", "c: /devices/0/instruction",
               "this needs a member \"idcode\" beside it"},
         Wrong{R"({"devices": [{"part": {"row": 3}}]})", "c: /devices/0/part",
@@ -150,6 +154,8 @@ TEST(PlayChain, DevicesAreThoseOfTheParameter) {
   ExpectSameDevice(R"({"devices": [{}]})", "bypass");
   ExpectSameDevice(R"({"devices": [{"idcode": 7}]})", "idcode=7");
   ExpectSameDevice(R"({"devices": [{"part": {"rows": 2, "bits": 3}}]})", "part=2x3");
+  ExpectSameDevice(R"({"devices": [{"ir": 10, "idcode": 7, "instruction": "0x3C6"}]})",
+                   "ir=10,idcode=7,instruction=0x3C6");
   ExpectSameDevice(R"({"devices": [{"idcode": "0x15", "instruction": 224, "part": {"rows": 2,
                       "bits": 3, "erase": 4, "program": 5, "blank": true}}]})",
                    "idcode=0x15,instruction=224,part=2x3,erase=4,program=5,blank");

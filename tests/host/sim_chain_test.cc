@@ -105,8 +105,8 @@ TEST(SimChain, IdcodeInstructionIsPerDevice) {
   sim::Chain chain("idcode=0x0A014C35,instruction=224;idcode=0x11111111");
   Probe probe(chain);
   probe.Reset();
-  EXPECT_EQ(chain.instruction(1), 224);
-  EXPECT_EQ(chain.instruction(2), 6);
+  EXPECT_EQ(chain.instruction(1), 224u);
+  EXPECT_EQ(chain.instruction(2), 6u);
   probe.ScanIr(Instructions({224, 224}));
   EXPECT_EQ(probe.ScanDr(std::string(33, '0')), "0" + Bits(0x0A014C35, 32));
   probe.ScanIr(Instructions({6, 6}));
@@ -117,7 +117,7 @@ TEST(SimChain, DeviceWithoutIdcodeResetsToBypass) {
   sim::Chain chain("idcode=0x11111111;bypass");
   Probe probe(chain);
   probe.Reset();
-  EXPECT_EQ(chain.instruction(2), 0xFF);
+  EXPECT_EQ(chain.instruction(2), 0xFFu);
   EXPECT_EQ(probe.ScanDr(std::string(33, '0')), "0" + Bits(0x11111111, 32));
   probe.ScanIr(Instructions({0xFF, 6}));
   EXPECT_EQ(probe.ScanDr("1111"), "0011");
@@ -153,9 +153,9 @@ TEST(SimChain, PausedInstructionIsWhole) {
       probe.Walk("010");
     }
   }
-  EXPECT_EQ(chain.instruction(1), 6);
+  EXPECT_EQ(chain.instruction(1), 6u);
   probe.Walk("10");
-  EXPECT_EQ(chain.instruction(1), 0x5C);
+  EXPECT_EQ(chain.instruction(1), 0x5Cu);
 }
 
 // Straight from Capture to Exit1: the captured 01 is what is loaded.
@@ -165,7 +165,32 @@ TEST(SimChain, InstructionScanWithoutShiftLoadsTheCapture) {
   probe.Reset();
   probe.Walk("110110");
   EXPECT_EQ(chain.state(), SIM_RUN_TEST_IDLE);
-  EXPECT_EQ(chain.instruction(1), 0x01);
+  EXPECT_EQ(chain.instruction(1), 0x01u);
+}
+
+TEST(SimChain, InstructionRegistersOfAnyLength) {
+  sim::Chain chain("idcode=0x13,ir=10,instruction=0x3C6;ir=2;part=2x8,ir=7");
+  Probe probe(chain);
+  probe.Reset();
+  EXPECT_EQ(chain.instruction(1), 0x3C6u);
+  EXPECT_EQ(chain.instruction(2), 3u);
+  EXPECT_EQ(chain.instruction(3), 0x7Fu);
+  EXPECT_EQ(probe.ScanDr("00" + Bits(0, 32)), "00" + Bits(0x13, 32));
+  EXPECT_EQ(probe.ScanIr(Bits(SIM_STATUS, 7) + Bits(2, 2) + Bits(0x3C5, 10)),
+            Bits(1, 7) + Bits(1, 2) + Bits(1, 10));
+  EXPECT_EQ(chain.instruction(1), 0x3C5u);
+  EXPECT_EQ(chain.instruction(2), 2u);
+  EXPECT_EQ(chain.instruction(3), 0x40u);
+  EXPECT_EQ(probe.ScanDr("1111111111111"), "0000000000111");
+}
+
+TEST(SimChain, TheInstructionOfTheIdcodeIsNotThePartsAsWell) {
+  sim::Chain chain("idcode=0x13,instruction=0x10,part=2x8");
+  Probe probe(chain);
+  probe.Reset();
+  probe.Instruct(SIM_ENABLE);
+  EXPECT_EQ(probe.ScanDr(Bits(0, 32)), Bits(0x13, 32));
+  EXPECT_EQ(chain.status(1), 0);
 }
 
 TEST(SimChain, MoreBitsThanTheChainComeOutAgain) {
@@ -184,7 +209,7 @@ TEST(SimChain, PowerCycleResets) {
   EXPECT_EQ(chain.status(1), SIM_STATUS_ENABLED);
   sim_chain_power_cycle(chain.get());
   EXPECT_EQ(chain.state(), SIM_TEST_LOGIC_RESET);
-  EXPECT_EQ(chain.instruction(1), 6);
+  EXPECT_EQ(chain.instruction(1), 6u);
   EXPECT_EQ(chain.status(1), 0);
 }
 
@@ -207,7 +232,7 @@ TEST(SimChain, DevicesThatAreNotThere) {
   EXPECT_EQ(sim_chain_device(c, 0), nullptr);
   EXPECT_EQ(sim_chain_device(c, 3), nullptr);
   EXPECT_EQ(sim_chain_device(c, 2)->row_bits, 9u);
-  EXPECT_EQ(sim_chain_instruction(c, 0), 0xFF);
+  EXPECT_EQ(sim_chain_instruction(c, 0), 0xFFu);
   EXPECT_EQ(sim_chain_status(c, 3), 0);
   EXPECT_EQ(sim_chain_row(c, 1, 0), nullptr);
   EXPECT_EQ(sim_chain_row(c, 2, 4), nullptr);
@@ -221,8 +246,18 @@ TEST(SimChain, ImpossibleConfigurationsHaveNoSize) {
   };
   sim_device_config device = {};
   EXPECT_GT(size(device), 0u);
-  device.idcode_instruction = 7;
+  device.ir_bits = 1;
   EXPECT_EQ(size(device), 0u);
+  device.ir_bits = 33;
+  EXPECT_EQ(size(device), 0u);
+  device = {};
+  device.idcode = 1;
+  device.idcode_instruction = 0xFE;
+  EXPECT_GT(size(device), 0u);
+  device.idcode_instruction = 0xFF;
+  EXPECT_EQ(size(device), 0u);
+  device.ir_bits = 9;
+  EXPECT_GT(size(device), 0u);
   device = {};
   device.rows = 3;
   EXPECT_EQ(size(device), 0u);
@@ -247,7 +282,7 @@ TEST(SimChain, NoMemoryIsNoChain) {
 
 // Not a byte past sim_chain_size is touched, by making the chain or by using it up to the last row.
 TEST(SimChain, StaysInItsMemory) {
-  const sim_device_config devices[2] = {{5, 0, 3, 13, 2, 1, 1}, {7, 224, 5, 40, 0, 0, 0}};
+  const sim_device_config devices[2] = {{5, 0, 3, 13, 2, 1, 1, 0}, {7, 224, 5, 40, 0, 0, 0, 0}};
   const sim_config config = {devices, 2, 101};
   const size_t size = sim_chain_size(&config);
   std::vector<uint64_t> memory(size / 8 + 9, 0xA5A5A5A5A5A5A5A5);
@@ -267,7 +302,7 @@ TEST(SimChain, StaysInItsMemory) {
 
 // The longest register has its room also where nothing follows it in memory.
 TEST(SimChain, LongestRegisterHasRoom) {
-  const sim_device_config device = {0, 0, 1, 1000, 0, 0, 0};
+  const sim_device_config device = {0, 0, 1, 1000, 0, 0, 0, 0};
   const sim_config config = {&device, 1, 0};
   const size_t size = sim_chain_size(&config);
   std::vector<uint64_t> memory(size / 8 + 20, 0xA5A5A5A5A5A5A5A5);

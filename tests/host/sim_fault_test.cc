@@ -66,7 +66,7 @@ TEST_F(SimFault, TdoStuckAt0) {
   EXPECT_FALSE(chain_.Tdo());
   EXPECT_EQ(ReadIdcode(), std::string(32, '0'));
   EXPECT_EQ(probe_.Instruct(SIM_BYPASS), "00000000");
-  EXPECT_EQ(chain_.instruction(1), 0xFF);
+  EXPECT_EQ(chain_.instruction(1), 0xFFu);
   EXPECT_EQ(Set(), "tdo-stuck-0;");
 }
 
@@ -156,7 +156,7 @@ TEST_F(SimFault, OnlyDeviceMissingLeavesAWire) {
   chain_.SetFaults("missing=1");
   EXPECT_EQ(probe_.ScanDr("1100101"), "1100101");
   EXPECT_EQ(probe_.ScanIr("00110"), "00110");
-  EXPECT_EQ(chain_.instruction(1), 6);
+  EXPECT_EQ(chain_.instruction(1), 6u);
 }
 
 TEST_F(SimFault, ClearedAllAtOnce) {

@@ -66,7 +66,7 @@ TEST_P(SimTap, TmsHighLeadsOn) {
 TEST_P(SimTap, FiveClocksWithTmsHighReset) {
   probe_.Walk("11111");
   EXPECT_EQ(StateName(chain_), "Test-Logic-Reset");
-  EXPECT_EQ(chain_.instruction(1), 6);
+  EXPECT_EQ(chain_.instruction(1), 6u);
 }
 
 TEST_P(SimTap, OnlyARisingEdgeMoves) {
@@ -121,7 +121,7 @@ TEST(SimPins, StartPulledUpWithTckLow) {
   EXPECT_EQ(sim_chain_read(chain.get(), SIM_TDI), 1);
   EXPECT_EQ(sim_chain_read(chain.get(), SIM_TDO), 1);
   EXPECT_EQ(chain.state(), SIM_TEST_LOGIC_RESET);
-  EXPECT_EQ(chain.instruction(1), 6);
+  EXPECT_EQ(chain.instruction(1), 6u);
 }
 
 TEST(SimPins, ReadBackWhatIsDriven) {
@@ -189,15 +189,15 @@ TEST(SimPins, InstructionsChangeOnTheFallingEdge) {
   }
   chain.Write(SIM_TCK, true);
   EXPECT_EQ(chain.state(), SIM_UPDATE_IR);
-  EXPECT_EQ(chain.instruction(1), 6);
+  EXPECT_EQ(chain.instruction(1), 6u);
   chain.Write(SIM_TCK, false);
-  EXPECT_EQ(chain.instruction(1), 0xFE);
+  EXPECT_EQ(chain.instruction(1), 0xFEu);
   probe.Walk("11");
   chain.Write(SIM_TCK, true);
   EXPECT_EQ(chain.state(), SIM_TEST_LOGIC_RESET);
-  EXPECT_EQ(chain.instruction(1), 0xFE);
+  EXPECT_EQ(chain.instruction(1), 0xFEu);
   chain.Write(SIM_TCK, false);
-  EXPECT_EQ(chain.instruction(1), 6);
+  EXPECT_EQ(chain.instruction(1), 6u);
 }
 
 }  // namespace

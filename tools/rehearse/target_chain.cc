@@ -178,6 +178,10 @@ sim_device_config ReadDevice(const Node &node) {
   node.ExpectMembers(members);
   sim_device_config device = {};
   ReadFields(node, SIM_IN_DEVICE, device);
+  if (!sim_instruction_fits(&device)) {
+    const char *instruction = sim_fields[SIM_FIELD_INSTRUCTION].name;
+    (node.Has(instruction) ? node.At(instruction) : node).Fail(sim_instruction_wrong);
+  }
   if (node.Has(SIM_PART_NAME)) {
     const Node part = node.At(SIM_PART_NAME);
     part.ExpectMembers(FieldNames({SIM_SIZE_OF_PART, SIM_IN_PART}));

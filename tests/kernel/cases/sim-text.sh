@@ -2,7 +2,7 @@
 # Impossible chains and faults are refused; the others read back as they were set.
 load_log
 refused 'a chain of unknown words' load_sim nonsense
-refused 'an impossible instruction' load_sim idcode=1,instruction=7
+refused 'an impossible instruction' load_sim idcode=1,instruction=255
 refused 'an unknown fault' insmod $modules/jtag_sim.ko faults=nonsense
 refused 'a device that is not there' insmod $modules/jtag_sim.ko faults=missing=2
 load_sim "$three"
