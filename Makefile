@@ -81,11 +81,10 @@ install: ## Install the tool and the host library, below PREFIX=/usr/local (and 
 uninstall: ## Remove what `make install` with the same PREFIX and DESTDIR has installed
 	scripts/install --remove build/host
 
-# A machine in QEMU waits now and then, so one test more than there are processors.
 test: ## Run every test: host, sanitized, kernel in QEMU, tool, install, checks
 	$(SETUP) lib tools test fuzz modules qemu judges docs
 	+$(MAKE) --no-print-directory -j$(JOBS) host sanitize modules
-	$(TEST) -j$(shell expr $(JOBS) + 1)
+	$(TEST) -j$(JOBS)
 
 test-host: host ## Run the host tests only
 	$(TEST) -j$(JOBS) -L host -LE sanitized

@@ -146,6 +146,10 @@ TEST(SvfCompile, WritesALongWaitInPieces) {
                   "FREQUENCY 0", "FREQUENCY 10", "LOOP 5", "RUNTEST 1 TCK", "ENDLOOP", "IDLE"));
   EXPECT_THAT(Records("FREQUENCY 1 HZ; RUNTEST 3000000 TCK;"),
               ElementsAre("FREQUENCY 1", "LOOP 750000", "RUNTEST 4 TCK", "ENDLOOP", "IDLE"));
+  // 23 days at the highest frequency: no piece has more clocks than the player counts.
+  EXPECT_THAT(Records("FREQUENCY 2147483647 HZ; RUNTEST 2000000 SEC;"),
+              ElementsAre("FREQUENCY 2147483647", "LOOP 2000000",
+                          HasSubstr("RUNTEST 2147450869 TCK"), "ENDLOOP", "IDLE"));
   tool::CompileOptions options;
   options.longest_wait = 30000;
   EXPECT_THAT(Records("RUNTEST 50 TCK 0.05 SEC;", options),

@@ -74,7 +74,6 @@ TEST(SvfScan, IsHeaderDataAndTrailerOfEachPieceInThisOrder) {
     }
     const tvb::Shift joined = joiner.Scan();
     const uint32_t bits = static_cast<uint32_t>(expected.tdi.size());
-    ASSERT_EQ(joiner.bits(), bits);
     ASSERT_EQ(joined.bits, bits);
     ASSERT_EQ(joined.tdi.size(), (bits + 7) / 8);
     ASSERT_EQ(BitsOf(joined.tdi, bits), expected.tdi);

@@ -48,11 +48,6 @@ class ScanJoiner {
 
   void Clear();
 
-  // In Scan().
-  uint32_t bits() const {
-    return bits_;
-  }
-
  private:
   void Append(const svf::ScanRegister &part);
 

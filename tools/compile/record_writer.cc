@@ -149,7 +149,7 @@ uint64_t RecordWriter::ClocksOfPiece(uint64_t clocks) const {
     return tvb::kMaxCycles;
   }
   const uint64_t wanted = tvb::HzWithin(limit_) * longest_wait_ / kMicrosecondsInSecond;
-  return std::clamp(wanted, clocks / kMaxPieces + 1, tvb::kMaxCycles);
+  return std::min(std::max(wanted, clocks / kMaxPieces + 1), tvb::kMaxCycles);
 }
 
 void RecordWriter::SetFrequency(uint32_t limit) {
