@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "tvb/identity_check.h"
 #include "tvb/reader.h"
 #include "tvb/register_check.h"
 #include "tvb/sequence_check.h"
@@ -77,6 +78,9 @@ class Checker {
       if (sound && record.IsPad() && !record.fault) {
         chain_.Pad(record);
       }
+      if (sound && record.IsShift() && !record.fault) {
+        CheckScan(record);
+      }
       return sound;
     }
     if (record.fault) {
@@ -85,6 +89,7 @@ class Checker {
     switch (record.opcode) {
       case kRunTest:
         time_.RunTest(record);
+        CheckWait(record);
         break;
       case kFrequency:
         time_.Frequency(record);
@@ -97,6 +102,39 @@ class Checker {
         break;
     }
     return true;
+  }
+
+  void CheckScan(const RecordView &record) {
+    CheckInstructionLength(record);
+    if (identity_.settled()) {
+      return;
+    }
+    const Buffer tdi = FieldData(image_, record, kTagTdi);
+    const Buffer tdo = FieldData(image_, record, kTagTdo);
+    const Buffer mask = FieldData(image_, record, kTagMask);
+    const Shift scan = {record.bits(), tdi, tdo, mask};
+    TellRisk(
+        identity_.Scan({record.offset, record.index}, static_cast<Opcode>(record.opcode), scan));
+  }
+
+  void CheckWait(const RecordView &record) {
+    if (!identity_.settled() && record.Runs() && RunTestClocks(record, kDefaultHz) > 0) {
+      TellRisk(identity_.Wait());
+    }
+  }
+
+  void TellRisk(const std::optional<IdentityCheck::Risk> &risk) {
+    if (risk) {
+      findings_.Add(Severity::kWarning, risk->scan.offset, risk->scan.record, risk->message);
+    }
+  }
+
+  void CheckInstructionLength(const RecordView &record) {
+    if (record.opcode != kSir || told_length_ || record.bits() % kInstructionBits == 0) {
+      return;
+    }
+    told_length_ = true;
+    findings_.Warn(record, InstructionLengthRisk(record.bits()));
   }
 
   void CheckNumberForm(const RecordView &record, const NumberView &number, const char *what) {
@@ -185,6 +223,7 @@ class Checker {
     }
     loops_.EndOfFile();
     chain_.EndOfFile();
+    TellRisk(identity_.End());
     if (last_) {
       CheckLastRecord(*last_, findings_);
     } else {
@@ -198,6 +237,8 @@ class Checker {
   TimeCheck time_;
   LoopCheck loops_;
   ChainCheck chain_;
+  IdentityCheck identity_;
+  bool told_length_ = false;
   std::optional<RecordView> last_;
   bool explained_ = false;  // a finding says why no record follows the last one
   int resumed_ = 0;

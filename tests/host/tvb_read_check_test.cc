@@ -18,6 +18,11 @@ Bytes File(const Bytes &records) {
   return image::Join({image::Header(), records});
 }
 
+// A comparison of an IDCODE.
+const Bytes kZeros(4);
+const Bytes kIdcode = {0xAC, 0x32, 0x80, 0x50};
+const Bytes kOnes(4, 0xFF);
+
 // Blocks with modes.
 Bytes ModeFile(const Bytes &records) {
   return image::Join({image::Header(0), records});
@@ -84,6 +89,7 @@ TEST(TvbCheck, WhatTheWriterWritesIsClean) {
   tvb::Writer writer;
   writer.Opening(1, 1);
   writer.FreshFrequency(5000000);
+  writer.Sdr(32, kZeros, kIdcode, kOnes);
   const tvb::Buffer data(40, 0x5A);
   writer.BeginLoop(3);
   writer.Sdr(320, data, data, data);
@@ -99,8 +105,24 @@ TEST(TvbCheck, WhatTheWriterWritesIsClean) {
 }
 
 TEST(TvbCheck, PlainFileIsClean) {
-  ExpectClean(File(image::Join({image::Sir(8, {0x60}), image::Sdr(12, {1, 2}, {3, 4}, {5, 0x60}),
-                                image::Frequency(0), image::RunCycles(100)})));
+  ExpectClean(File(image::Join({image::Sir(8, {0x60}), image::Sdr(32, kZeros, kIdcode, kOnes),
+                                image::Sdr(12, {1, 2}, {3, 4}, {5, 0x60}), image::Frequency(0),
+                                image::RunCycles(100)})));
+}
+
+TEST(TvbCheck, WaitBeforeAnIdcodeIsCompared) {
+  const Bytes erase = image::Sir(8, {0x20});
+  const Bytes wait = image::Join({image::Frequency(0), image::RunCycles(100)});
+  ExpectOnly(File(image::Join({erase, wait})), Severity::kWarning, 16, 1, "waits after this scan");
+  ExpectOnly(File(image::Join({wait, erase, wait, image::Sdr(8, {0}), image::Nothing()})),
+             Severity::kWarning, 27, 3, "waits after this scan");
+  ExpectOnly(File(image::Join({image::Sir(8, {0x60}), erase})), Severity::kWarning, 23, 2,
+             "second instruction");
+}
+
+TEST(TvbCheck, InstructionOfAnotherLength) {
+  ExpectOnly(File(image::Join({image::Sir(10, {0x60, 0}), image::Sir(10, {0x60, 0})})),
+             Severity::kWarning, 16, 1, "this instruction has 10 bits, but before every file");
 }
 
 TEST(TvbCheck, NoTvbFile) {

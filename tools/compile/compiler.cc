@@ -70,6 +70,7 @@ void Compiler::Finish() {
   }
   tap_.Finish();
   WriteScan();
+  WarnOfRisk(identity_.End());
   if (!open_ && !HoldsRunTest()) {
     notes_.Warning(offset_, "the file has no scan and no RUNTEST; nothing will be played");
   }
@@ -175,6 +176,9 @@ void Compiler::WriteScan() {
     RefuseLength(clocks);
   }
   const tvb::Shift joined = joiner_.Scan();
+  if (!identity_.settled()) {
+    WarnOfRisk(identity_.Scan({scan_.offset}, opcode, joined));
+  }
   if (!open_) {
     Open(&joined);
   } else {
@@ -185,19 +189,20 @@ void Compiler::WriteScan() {
   scan_ = {};
 }
 
-// In every download the player reads the IDCODE by an instruction of its own.
 void Compiler::WarnOfInstructionLength(const svf::ScanStatement &scan) {
   if (scan.which != Register::kSir || scan.bits % tvb::kInstructionBits == 0 ||
       warned_of_instruction_length_) {
     return;
   }
   warned_of_instruction_length_ = true;
-  notes_.Warning(
-      scan.bits_offset,
-      fmt::format("this instruction has {} bits, but before every file the player shifts "
-                  "{} bits a device, 0x{:02X} or 0x{:02X}, to read the IDCODE; see that "
-                  "the device takes that for nothing harmful",
-                  scan.bits, tvb::kInstructionBits, tvb::kIdcode, tvb::kOtherIdcode));
+  notes_.Warning(scan.bits_offset, tvb::InstructionLengthRisk(scan.bits));
+}
+
+// With --require-idcode the IDCODE is compared before everything else.
+void Compiler::WarnOfRisk(const std::optional<tvb::IdentityCheck::Risk> &risk) {
+  if (risk && !options_.idcode) {
+    notes_.Warning(risk->scan.offset, risk->message);
+  }
 }
 
 void Compiler::LoadPad(const svf::ScanStatement &pad) {
@@ -342,6 +347,9 @@ void Compiler::Compile(const svf::ParallelStatement &) {
 }
 
 void Compiler::RunTest(const RunTestPlan &plan) {
+  if (plan.clocks != 0 && !identity_.settled()) {
+    WarnOfRisk(identity_.Wait());
+  }
   if (open_) {
     writer_->RunTest(plan);
   } else if (plan.clocks != 0) {

@@ -17,6 +17,7 @@
 #include "tools/compile/source_notes.h"
 #include "tools/compile/tap_tracker.h"
 #include "tvb/block.h"
+#include "tvb/identity_check.h"
 #include "tvb/player.h"
 #include "tvb/record.h"
 
@@ -93,6 +94,7 @@ class Compiler {
   void LetGo();
   void CompareIdcode(uint8_t instruction);
   void WarnOfInstructionLength(const svf::ScanStatement &scan);
+  void WarnOfRisk(const std::optional<tvb::IdentityCheck::Risk> &risk);
   svf::ScanRegister &Loaded(svf::Register which) {
     return registers_[static_cast<size_t>(which)];
   }
@@ -148,6 +150,7 @@ class Compiler {
   bool open_ = false;
   std::optional<tvb::ChainPlace> place_;  // of the target, from the first scan on
 
+  tvb::IdentityCheck identity_;
   bool warned_of_instruction_length_ = false;
   bool warned_of_system_clock_ = false;
   bool warned_of_maximum_ = false;
