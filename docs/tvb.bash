@@ -26,6 +26,7 @@ _tvb_value() {
     'compile -o' | 'compile --output') _tvb_files tvb "$3" ;;
     'decompile -o' | 'decompile --output') _tvb_files svf "$3" ;;
     'play --chain') _tvb_files json "$3" ;;
+    *' --map') _tvb_files map "$3" ;;
     *' --vcd') _tvb_files vcd "$3" ;;
     *' --scans' | *' --memory') _tvb_files txt "$3" ;;
     *' --fail-at' | *' --vcd-idle' | *' --pin-ns' | *' --longest-wait' | *' --require-idcode' | 'compile --chain') ;;
@@ -35,11 +36,11 @@ _tvb_value() {
 
 _tvb_options() {
   case $1 in
-    compile) echo '--chain --require-idcode --pause-as-idle --encoding --no-compress --no-split --longest-wait --pin-ns --quiet -q --output -o' ;;
+    compile) echo '--map --chain --require-idcode --pause-as-idle --encoding --no-compress --no-split --longest-wait --pin-ns --quiet -q --output -o' ;;
     decompile) echo '--force --output -o' ;;
     dump) echo '--json --hex' ;;
     check) echo '--strict' ;;
-    play) echo '--echo --chain --fail-at --vcd --vcd-idle --vcd-state --scans --memory --time --pin-ns --quiet -q' ;;
+    play) echo '--map --pause-as-idle --echo --chain --fail-at --vcd --vcd-idle --vcd-state --scans --memory --time --pin-ns --quiet -q' ;;
     '') echo '--version' ;;
   esac
   echo '--help -h'
@@ -62,6 +63,10 @@ _tvb() {
   case $command in
     '' | help) _tvb_words "$commands" "$word" ;;
     compile) _tvb_files svf "$word" ;;
+    play)
+      _tvb_files tvb "$word"
+      _tvb_files svf "$word"
+      ;;
     *) _tvb_files tvb "$word" ;;
   esac
 }

@@ -27,6 +27,7 @@ complete -c tvb -n '__tvb_in' -a play -d 'Rehearse a download with the driver\'s
 complete -c tvb -n '__tvb_in' -a help -d 'Tell what a command does and which options it takes'
 
 complete -c tvb -n '__tvb_in compile' -s o -l output -ra '(__tvb_files tvb)' -d 'TVB file to make'
+complete -c tvb -n '__tvb_in compile' -l map -ra '(__tvb_files map)' -d 'Write the lines that the scans come from'
 complete -c tvb -n '__tvb_in compile' -l chain -x -d 'Devices before and behind the target'
 complete -c tvb -n '__tvb_in compile' -l pause-as-idle -d 'Take Run-Test/Idle for every pause'
 complete -c tvb -n '__tvb_in compile' -l encoding -xa 'raw run-length nibble bit-coding lzw' -d 'Encode all blocks alike'
@@ -49,6 +50,8 @@ complete -c tvb -n '__tvb_in dump' -a '(__tvb_files tvb)'
 complete -c tvb -n '__tvb_in check' -l strict -d 'Fail on warnings too'
 complete -c tvb -n '__tvb_in check' -a '(__tvb_files tvb)'
 
+complete -c tvb -n '__tvb_in play' -l map -ra '(__tvb_files map)' -d 'Name the line of the SVF that fails'
+complete -c tvb -n '__tvb_in play' -l pause-as-idle -d 'Take Run-Test/Idle for every pause of SVF files'
 complete -c tvb -n '__tvb_in play' -l echo -d 'Answer what the file expects'
 complete -c tvb -n '__tvb_in play' -l chain -ra '(__tvb_files json)' -d 'Play to the simulated chain of this file'
 complete -c tvb -n '__tvb_in play' -l fail-at -x -d 'Invert a bit that is read'
@@ -60,6 +63,6 @@ complete -c tvb -n '__tvb_in play' -l memory -ra '(__tvb_files txt)' -d 'Write t
 complete -c tvb -n '__tvb_in play' -l time -d 'Tell what the download takes on a board'
 complete -c tvb -n '__tvb_in play' -l pin-ns -x -d 'Nanoseconds that a pin call takes'
 complete -c tvb -n '__tvb_in play' -s q -l quiet -d 'Print neither the log nor the summary'
-complete -c tvb -n '__tvb_in play' -a '(__tvb_files tvb)'
+complete -c tvb -n '__tvb_in play' -a '(__tvb_files tvb) (__tvb_files svf)'
 
 complete -c tvb -n '__tvb_in help' -a 'compile decompile dump check play help'

@@ -31,6 +31,7 @@ _tvb_compile_options() {
     '(- *)--help[print a help text]' \
     '(--output)-o+[TVB file to make]:TVB file:_files -g "*.tvb(-.)"' \
     '(-o)--output=[TVB file to make]:TVB file:_files -g "*.tvb(-.)"' \
+    '--map=[write the lines that the scans come from]:map:_files -g "*.map(-.)"' \
     '--chain=[devices between TDI and the target, and between the target and TDO]:BEFORE,AFTER: ' \
     '--pause-as-idle[take Run-Test/Idle for every pause]' \
     '(--no-compress)--encoding=[encode all blocks alike]:encoding:(raw run-length nibble bit-coding lzw)' \
@@ -75,6 +76,8 @@ _tvb_play_options() {
   _arguments \
     '(- *)-h[print a help text]' \
     '(- *)--help[print a help text]' \
+    '--map=[name the line of the SVF that fails]:map:_files -g "*.map(-.)"' \
+    '--pause-as-idle[take Run-Test/Idle for every pause of SVF files]' \
     '(--chain)--echo[answer what the file expects]' \
     '(--echo)--chain=[play to the simulated chain of this file]:chain file:_files -g "*.json(-.)"' \
     '--fail-at=[invert a bit that is read]:SCAN\:BIT: ' \
@@ -87,7 +90,7 @@ _tvb_play_options() {
     '--pin-ns=[nanoseconds that a pin call takes]:nanoseconds: ' \
     '(--quiet)-q[print neither the log nor the summary]' \
     '(-q)--quiet[print neither the log nor the summary]' \
-    ':TVB file:_files -g "*.tvb(-.)"'
+    '*:TVB or SVF file:_files -g "*.(tvb|svf)(-.)"'
 }
 
 _tvb_help_options() {

@@ -7,8 +7,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "svf/parser.h"
 #include "svf/text.h"
@@ -51,6 +54,12 @@ bool BeginsWithSvf(std::string_view text) {
   }
 }
 
+bool HasExtension(std::string_view name, std::string_view extension) {
+  return name.size() > extension.size() &&
+         std::ranges::equal(name.substr(name.size() - extension.size()), extension,
+                            [](char a, char b) { return std::tolower(a) == b; });
+}
+
 }  // namespace
 
 InputFile::InputFile(const std::string &path) {
@@ -69,6 +78,12 @@ InputFile::InputFile(const std::string &path) {
   } else {
     ReadAll(fd.get());
   }
+}
+
+InputFile::InputFile(std::string name, std::vector<uint8_t> bytes)
+    : name_(std::move(name)), read_(std::move(bytes)) {
+  data_ = read_.data();
+  size_ = read_.size();
 }
 
 InputFile::~InputFile() {
@@ -116,8 +131,17 @@ void InputFile::Fail(const char *reason) const {
   throw Failure(fmt::format("cannot read {}: {}", name_, reason));
 }
 
-TvbFile::TvbFile(const std::string &path) : file_(path), header_(tvb::ReadHeader(image())) {
-  if (header_.fault && BeginsWithSvf(file_.text())) {
+bool IsSvf(const InputFile &file) {
+  const tvb::Bytes bytes = {file.data(), file.size()};
+  return tvb::ReadHeader(bytes).fault &&
+         (HasExtension(file.name(), ".svf") || BeginsWithSvf(file.text()));
+}
+
+TvbFile::TvbFile(const std::string &path) : TvbFile(std::make_unique<InputFile>(path)) {}
+
+TvbFile::TvbFile(std::unique_ptr<InputFile> file)
+    : file_(std::move(file)), header_(tvb::ReadHeader(image())) {
+  if (header_.fault && BeginsWithSvf(file_->text())) {
     throw Failure("this looks like an SVF file; make a TVB file of it with tvb compile", name());
   }
   if (header_.fault) {

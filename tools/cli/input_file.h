@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,9 @@ class InputFile {
   // Opens the file at that path; "-" is standard input. Throws Failure, naming the path, if it
   // cannot be read.
   explicit InputFile(const std::string &path);
+
+  // Bytes that are no file, under a name for messages.
+  InputFile(std::string name, std::vector<uint8_t> bytes);
   ~InputFile();
   InputFile(const InputFile &) = delete;
   InputFile &operator=(const InputFile &) = delete;
@@ -56,21 +60,26 @@ class InputFile {
   std::vector<uint8_t> read_;  // the content if it is not mapped
 };
 
+// True if the file is SVF: its first statement is, or it has no TVB header but the extension .svf.
+bool IsSvf(const InputFile &file);
+
 // An open TVB file with a valid header.
 class TvbFile {
  public:
   // Throws Failure if the file cannot be read or has no TVB header.
   explicit TvbFile(const std::string &path);
 
+  explicit TvbFile(std::unique_ptr<InputFile> file);
+
   // Valid as long as this object.
   tvb::Bytes image() const {
-    return {file_.data(), file_.size()};
+    return {file_->data(), file_->size()};
   }
   const tvb::HeaderView &header() const {
     return header_;
   }
   const std::string &name() const {
-    return file_.name();
+    return file_->name();
   }
 
   // The place for a message: "FILE: offset 0x1A2 (record 7)". `record` is 0 if the message belongs
@@ -79,11 +88,11 @@ class TvbFile {
 
   // As InputFile::Forget().
   void Forget(uint64_t before) {
-    file_.Forget(static_cast<size_t>(before));
+    file_->Forget(static_cast<size_t>(before));
   }
 
  private:
-  InputFile file_;
+  std::unique_ptr<InputFile> file_;
   tvb::HeaderView header_;
 };
 

@@ -11,13 +11,12 @@
 #include <string_view>
 #include <vector>
 
-#include "svf/parser.h"
-#include "svf/text.h"
 #include "tools/cli/command.h"
 #include "tools/cli/input_file.h"
 #include "tools/cli/output_file.h"
 #include "tools/cli/report.h"
 #include "tools/cli/text.h"
+#include "tools/compile/compilation.h"
 #include "tools/compile/compiler.h"
 #include "tools/compile/source_notes.h"
 
@@ -27,6 +26,7 @@ namespace {
 struct CompileCommand {
   std::string input;
   std::string output;
+  std::string map;
   std::string chain;
   std::string idcode;
   uint32_t longest_wait = 20;  // in milliseconds
@@ -65,32 +65,6 @@ std::string Summary(const CompileCommand &command, const WrittenFile &file, cons
   return text;
 }
 
-// Goes on after an error, to find all of them.
-void CompileStatement(Compiler &compiler, const svf::Statement &statement, SourceNotes &notes) {
-  try {
-    compiler.Compile(statement);
-  } catch (const svf::Error &error) {
-    notes.Refuse(error.offset(), error.what());
-  }
-}
-
-void CompileText(Compiler &compiler, InputFile &input, SourceNotes &notes) {
-  svf::Parser parser(input.text());
-  Progress progress("compile", input.size());
-  try {
-    svf::Statement statement;
-    while (parser.Next(statement)) {
-      CompileStatement(compiler, statement, notes);
-      progress.Update(parser.offset());
-      input.Forget(parser.offset());
-    }
-    compiler.Finish();
-  } catch (const svf::Error &error) {
-    notes.Refuse(error.offset(), error.what());
-  }
-  notes.Finish();
-}
-
 // The name of the file of that number, from 1: OUT.tvb, OUT-2.tvb, OUT-3.tvb.
 std::string NumberedPath(const std::string &path, size_t number) {
   if (number == 1 || path == "/dev/null") {
@@ -105,7 +79,13 @@ std::string NumberedPath(const std::string &path, size_t number) {
 // The files being written: none appears before all are whole.
 class TvbFiles {
  public:
-  TvbFiles(const CompileCommand &command, SourceNotes &notes) : command_(command), notes_(notes) {}
+  TvbFiles(const CompileCommand &command, const InputFile &input, SourceNotes &notes)
+      : command_(command), input_(input), notes_(notes) {
+    if (!command.map.empty()) {
+      map_.emplace(command.map);
+      mapped_.emplace(input.text());
+    }
+  }
 
   RecordFolder::Sink Next(std::optional<size_t> reset) {
     const std::string path = NumberedPath(command_.output, files_.size() + 1);
@@ -113,13 +93,23 @@ class TvbFiles {
       Announce(*reset, path);
     }
     File &file = *files_.emplace_back(std::make_unique<File>(path));
-    return [&file](tvb::Bytes records) {
+    const RecordFolder::Sink write = [&file](tvb::Bytes records) {
       file.output.Write(records.data(), records.size());
       file.bytes += records.size();
     };
+    return mapped_ ? mapped_->Next(write) : write;
+  }
+
+  // Where the scans come from, if that is wanted; else null.
+  CompiledFiles *mapped() {
+    return mapped_ ? &*mapped_ : nullptr;
   }
 
   void Commit() {
+    if (map_) {
+      map_->Write(SourceMapText(TakeMap()));
+      map_->Commit();
+    }
     for (const auto &file : files_) {
       file->output.Commit();
     }
@@ -129,11 +119,11 @@ class TvbFiles {
     }
   }
 
-  std::string Summary(const std::vector<WrittenFile> &written, const InputFile &input) const {
+  std::string Summary(const std::vector<WrittenFile> &written) const {
     std::string text;
     for (size_t i = 0; i < written.size(); ++i) {
       text +=
-          tool::Summary(command_, written[i], input, files_[i]->bytes, files_[i]->output.name());
+          tool::Summary(command_, written[i], input_, files_[i]->bytes, files_[i]->output.name());
     }
     return text;
   }
@@ -145,6 +135,14 @@ class TvbFiles {
     uint64_t bytes = 0;
   };
 
+  SourceMap TakeMap() {
+    SourceMap map = {input_.name(), {}};
+    for (size_t i = 0; i < files_.size(); ++i) {
+      map.files.push_back(mapped_->TakeMap(i, files_[i]->output.name()));
+    }
+    return map;
+  }
+
   void Announce(size_t reset, const std::string &path) {
     std::error_code none;
     if (command_.output == "-" || std::filesystem::is_fifo(command_.output, none)) {
@@ -153,10 +151,14 @@ class TvbFiles {
           "it; name a file with -o in place of a stream",
           notes_.Where(reset));
     }
-    if (std::filesystem::equivalent(path, command_.input, none)) {
-      throw Failure(
-          fmt::format("the next file, {}, would overwrite the input; name another file", path),
-          notes_.Where(reset));
+    const auto canonical = [&none](const std::string &one) {
+      return std::filesystem::weakly_canonical(one, none);
+    };
+    const bool input = std::filesystem::equivalent(path, command_.input, none);
+    if (input || (!command_.map.empty() && canonical(path) == canonical(command_.map))) {
+      throw Failure(fmt::format("the next file, {}, would overwrite the {}; name another file",
+                                path, input ? "input" : "map"),
+                    notes_.Where(reset));
     }
     notes_.Warning(reset,
                    fmt::format("the TAP is reset here, so {} begins: download it after the one "
@@ -165,21 +167,27 @@ class TvbFiles {
   }
 
   const CompileCommand &command_;
+  const InputFile &input_;
   SourceNotes &notes_;
+  std::optional<OutputFile> map_;
+  std::optional<CompiledFiles> mapped_;
   std::vector<std::unique_ptr<File>> files_;
 };
 
 int Compile(const CompileCommand &command) {
   InputFile input(command.input);
   SourceNotes notes(input.name(), input.text(), command.quiet);
-  TvbFiles files(command, notes);
+  TvbFiles files(command, input, notes);
   Compiler compiler(command.options, notes,
                     [&files](std::optional<size_t> reset) { return files.Next(reset); });
+  if (CompiledFiles *mapped = files.mapped()) {
+    compiler.WatchScans(
+        [mapped](auto number, auto which, auto pieces) { mapped->AddScan(number, which, pieces); });
+  }
   CompileText(compiler, input, notes);
   files.Commit();
   if (!command.quiet) {
-    fmt::print(command.output == "-" ? stderr : stdout, "{}",
-               files.Summary(compiler.files(), input));
+    fmt::print(command.output == "-" ? stderr : stdout, "{}", files.Summary(compiler.files()));
   }
   return kDone;
 }
@@ -281,6 +289,8 @@ void AddOptions(CLI::App &app, Invocation &invocation, CompileCommand &command) 
             "TVB file to write; - is standard output")
       ->required()
       ->type_name("OUT.tvb");
+  AddOutput(app, invocation, "--map", command.map,
+            "Write which line of the SVF each scan comes from, for tvb play --map");
   app.add_option("--chain", command.chain,
                  "Number of devices between TDI and the target, and between the target and TDO; by "
                  "default, the lengths of TDR and HDR")

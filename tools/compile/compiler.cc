@@ -148,27 +148,25 @@ void Compiler::AddPiece(const svf::ScanStatement &scan) {
                                         Name(scan.which)));
     WriteScan();
   }
-  if (scan_.pieces == 0) {
-    scan_ = {scan.which, offset_};
+  if (scan_.pieces.empty()) {
+    scan_.which = scan.which;
     if (!open_) {
       place_ = TargetPlace();
     }
   }
-  ++scan_.pieces;
+  const bool instruction = scan.which == Register::kSir;
+  const svf::ScanRegister &header = Loaded(instruction ? Register::kHir : Register::kHdr);
+  const svf::ScanRegister &trailer = Loaded(instruction ? Register::kTir : Register::kTdr);
+  scan_.pieces.push_back({offset_, header.bits(), scan.bits, trailer.bits()});
   scan_.bits += bits;
-  if (!fits && !options_.pause_as_idle) {
-    return;
-  }
-  if (scan.which == Register::kSir) {
-    joiner_.Add(Loaded(Register::kHir), Loaded(Register::kSir), Loaded(Register::kTir));
-  } else {
-    joiner_.Add(Loaded(Register::kHdr), Loaded(Register::kSdr), Loaded(Register::kTdr));
+  if (fits || options_.pause_as_idle) {
+    joiner_.Add(header, Loaded(scan.which), trailer);
   }
 }
 
 // Writes the scan that was paused, if there is one, and what had to wait for it.
 void Compiler::WriteScan() {
-  if (scan_.pieces == 0) {
+  if (scan_.pieces.empty()) {
     return;
   }
   const tvb::Opcode opcode = OpcodeOf(scan_.which);
@@ -177,7 +175,7 @@ void Compiler::WriteScan() {
   }
   const tvb::Shift joined = joiner_.Scan();
   if (!identity_.settled()) {
-    WarnOfRisk(identity_.Scan({scan_.offset}, opcode, joined));
+    WarnOfRisk(identity_.Scan({scan_.pieces.front().offset}, opcode, joined));
   }
   if (!open_) {
     Open(&joined);
@@ -185,8 +183,12 @@ void Compiler::WriteScan() {
     writer_->Scan(opcode, joined);
     LetGo();
   }
+  if (watch_scan_) {
+    watch_scan_(writer_->counts().scans(), scan_.which, scan_.pieces);
+  }
   joiner_.Clear();
-  scan_ = {};
+  scan_.pieces.clear();
+  scan_.bits = 0;
 }
 
 void Compiler::WarnOfInstructionLength(const svf::ScanStatement &scan) {
@@ -234,13 +236,13 @@ void Compiler::CheckLength(const svf::ScanStatement &scan) const {
 
 void Compiler::RefuseLength(uint64_t clocks) {
   notes_.Refuse(
-      scan_.offset,
+      scan_.pieces.front().offset,
       fmt::format("this {0} pauses and is resumed {1} times; that is one scan of {2} bits, "
                   "which takes {3} clocks, and the player holds {4} at most; end it in "
                   "IDLE now and then ({5} IDLE), or take Run-Test/Idle for such a pause "
                   "with --pause-as-idle",
-                  Name(scan_.which), scan_.pieces - 1, scan_.bits, clocks, tvb::kMaxScanClocks,
-                  scan_.which == Register::kSir ? "ENDIR" : "ENDDR"),
+                  Name(scan_.which), scan_.pieces.size() - 1, scan_.bits, clocks,
+                  tvb::kMaxScanClocks, scan_.which == Register::kSir ? "ENDIR" : "ENDDR"),
       true);
 }
 
@@ -362,7 +364,7 @@ void Compiler::SetFrequency(uint32_t hz) {
   if (tap_.reset()) {
     return;  // the next file, if there is one, sets it
   }
-  if (open_ && scan_.pieces == 0) {
+  if (open_ && scan_.pieces.empty()) {
     writer_->SetFrequency(hz);
   } else {
     held_.push_back(hz);
@@ -457,8 +459,8 @@ bool Compiler::IsTold(const tvb::Shift &first) const {
 // A file that reads the IDCODE with the other instruction shows it by its first scan.
 uint8_t Compiler::IdcodeInstruction(const tvb::Shift *first) const {
   const svf::ScanRegister &sir = Loaded(Register::kSir);
-  const bool other = first != nullptr && scan_.which == Register::kSir && scan_.pieces == 1 &&
-                     sir.bits() == tvb::kInstructionBits &&
+  const bool other = first != nullptr && scan_.which == Register::kSir &&
+                     scan_.pieces.size() == 1 && sir.bits() == tvb::kInstructionBits &&
                      sir.tdi() == tvb::ChainInstructions({}, tvb::kOtherIdcode);
   return other ? tvb::kOtherIdcode : tvb::kIdcode;
 }

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -60,6 +62,22 @@ class Compiler {
 
   // `notes` must live as long as the object.
   Compiler(const CompileOptions &options, SourceNotes &notes, NextFile next_file);
+
+  // What one scan statement gives to a scan of a TVB file, in shift order.
+  struct Piece {
+    size_t offset = 0;     // of the statement
+    uint32_t header = 0;   // bits of HIR or HDR
+    uint32_t bits = 0;     // its own
+    uint32_t trailer = 0;  // bits of TIR or TDR
+  };
+
+  // Tells `watcher` from now on of the scans that are written: the number of the scan in the file
+  // being written, from 1, its kind, and its pieces.
+  using WatchScan =
+      std::function<void(uint64_t number, svf::Register which, std::span<const Piece> pieces)>;
+  void WatchScans(WatchScan watcher) {
+    watch_scan_ = std::move(watcher);
+  }
 
   // Compiles the next statement.
   void Compile(const svf::Statement &statement);
@@ -137,11 +155,11 @@ class Compiler {
   // The scan that is paused, or being written: its pieces' bits are in joiner_.
   struct PausedScan {
     svf::Register which = svf::Register::kSir;
-    size_t offset = 0;    // of its first piece
-    uint64_t pieces = 0;  // 0: none
-    uint64_t bits = 0;    // in all, also where they are too many for joiner_
+    std::vector<Piece> pieces;  // empty: there is none
+    uint64_t bits = 0;          // in all, also where they are too many for joiner_
   };
   PausedScan scan_;
+  WatchScan watch_scan_;
 
   // What is written only later: before the first scan, because the opening record, which is known
   // only then, comes first; while a scan is paused, a limit of the frequency.

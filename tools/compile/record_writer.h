@@ -35,6 +35,10 @@ struct WrittenCounts {
   uint64_t data_scans = 0;
   uint64_t run_tests = 0;
   uint64_t bits = 0;  // shifted bits, including pads
+
+  uint64_t scans() const {
+    return instruction_scans + data_scans;
+  }
 };
 
 // Adds up the player's cost for scans and run-tests, without its reset and its IDCODE query before

@@ -77,6 +77,11 @@ void SetRecord(const FileScan &scan, Mismatch &mismatch) {
   mismatch.trailer = scan.trailer;
 }
 
+std::string LevelText(const Mismatch &mismatch) {
+  return fmt::format("expected {}, read {}", int(mismatch.expected[mismatch.bit]),
+                     int(mismatch.read[mismatch.bit]));
+}
+
 std::string RegisterText(const Mismatch &mismatch) {
   std::string text = fmt::format("  register  {}, {}", NameOf(mismatch.which),
                                  CountText(mismatch.mask.size(), "bit"));
@@ -201,9 +206,23 @@ Mismatch MakeMismatch(const StoppedScan &stopped, const Lines &lines, const Play
 }
 
 std::string MismatchSentence(const Mismatch &mismatch) {
-  return fmt::format("the comparison failed in {} scan {}, bit {}: expected {}, read {}",
-                     NameOf(mismatch.which), mismatch.scan, mismatch.bit,
-                     int(mismatch.expected[mismatch.bit]), int(mismatch.read[mismatch.bit]));
+  return fmt::format("the comparison failed in {} scan {}, bit {}: {}", NameOf(mismatch.which),
+                     mismatch.scan, mismatch.bit, LevelText(mismatch));
+}
+
+std::string MismatchSentence(const Mismatch &mismatch, const SourcePlace &source) {
+  const std::string reg = source.reg == source.statement
+                              ? fmt::format("this {}", source.reg)
+                              : fmt::format("the {} of this {}", source.reg, source.statement);
+  return fmt::format("the comparison failed in {}, bit {}: {}", reg, source.bit,
+                     LevelText(mismatch));
+}
+
+std::string SourceDetail(const Mismatch &mismatch, const std::string &statement,
+                         const std::string &record) {
+  return (statement.empty() ? "" : fmt::format("  statement {}\n", statement)) +
+         fmt::format("  record    {}: {} scan {}, bit {}\n", record, NameOf(mismatch.which),
+                     mismatch.scan, mismatch.bit);
 }
 
 std::string MismatchDetail(const Mismatch &mismatch) {

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "tools/cli/bit_row.h"
+#include "tools/cli/source_map.h"
 #include "tools/rehearse/lines.h"
 #include "tools/rehearse/playhead.h"
 #include "tools/rehearse/scan.h"
@@ -56,7 +57,15 @@ Mismatch MakeMismatch(const StoppedScan &stopped, const Lines &lines, const Play
 // The message as one line: "comparison failed in ...".
 std::string MismatchSentence(const Mismatch &mismatch);
 
-// The lines that follow the message, each with its line end.
+// The same for a mismatch whose place in the SVF file is known.
+std::string MismatchSentence(const Mismatch &mismatch, const SourcePlace &source);
+
+// The lines that follow that: the statement, if its text is not empty, and `record`, the record's
+// place.
+std::string SourceDetail(const Mismatch &mismatch, const std::string &statement,
+                         const std::string &record);
+
+// The lines that follow any message, each with its line end.
 std::string MismatchDetail(const Mismatch &mismatch);
 
 // Device identification codes have 32 bits: bit 0 is 1 and leaves the device first, bits 11 to 1

@@ -16,6 +16,7 @@
 #include "tools/cli/output_file.h"
 #include "tools/cli/report.h"
 #include "tools/cli/text.h"
+#include "tools/rehearse/play_input.h"
 #include "tools/rehearse/rehearsal.h"
 #include "tools/rehearse/target_chain.h"
 #include "tools/rehearse/verdict.h"
@@ -27,13 +28,12 @@ namespace {
 constexpr uint64_t kMaxIdleClocks = 1000000000000;
 
 struct PlayOptions {
-  std::vector<std::string> inputs;
+  PlayInputOptions inputs;
   std::string chain;  // the file that describes the target; empty: an echo
   std::string vcd;    // output files; empty: none
   std::string scans;
   std::string memory;
   bool time = false;
-  bool quiet = false;
   RehearsalOptions rehearsal;
 };
 
@@ -132,8 +132,12 @@ DriverLog::Sink LogTo(FILE *screen) {
   };
 }
 
-// Throws Failure unless the file has that bit and compares it.
-void RefuseFailAt(const FailAt &fail_at, const TvbFile &file) {
+// Throws Failure unless there is one file, which has that bit and compares it.
+void RefuseFailAt(const FailAt &fail_at, const std::vector<PlayInput> &files) {
+  if (files.size() > 1) {
+    throw Failure("--fail-at: name one file; scans are counted in each by itself");
+  }
+  const TvbFile &file = *files.front().file;
   const auto record = tvb::FindScan(file.image(), file.header(), fail_at.scan);
   if (!record) {
     throw Failure(fmt::format("--fail-at: the file has no scan {}", fail_at.scan), file.name());
@@ -161,32 +165,12 @@ void WarnOfFailAt(const Rehearsal &rehearsal, const FailAt &fail_at, const TvbFi
   }
 }
 
-using Files = std::vector<std::unique_ptr<TvbFile>>;
-
-// All are opened before the first is played.
-Files OpenFiles(const PlayOptions &options) {
-  Files files;
-  for (const std::string &path : options.inputs) {
-    const TvbFile &file = *files.emplace_back(std::make_unique<TvbFile>(path));
-    if (file.image().size() > UINT32_MAX) {
-      throw Failure("the file is too long: the driver takes less than 4 GiB", file.name());
-    }
-  }
-  if (options.rehearsal.fail_at) {
-    if (files.size() > 1) {
-      throw Failure("--fail-at: name one file; scans are counted in each by itself");
-    }
-    RefuseFailAt(*options.rehearsal.fail_at, *files.front());
-  }
-  return files;
-}
-
 // Plays one file after the other, up to the first that fails, and unloads the driver. Returns the
 // exit code and appends a summary of each.
-int PlayFiles(Rehearsal &rehearsal, const Files &files, std::string &summaries) {
+int PlayFiles(Rehearsal &rehearsal, const std::vector<PlayInput> &files, std::string &summaries) {
   int code = kDone;
   for (size_t i = 0; i < files.size() && code == kDone; ++i) {
-    const TvbFile &file = *files[i];
+    const TvbFile &file = *files[i].file;
     if (i > 0) {
       rehearsal.Next(file.image(), file.header());
     }
@@ -195,11 +179,11 @@ int PlayFiles(Rehearsal &rehearsal, const Files &files, std::string &summaries) 
     if (i + 1 == files.size() || !result.done || result.stop != DriverStop::kNothing) {
       rehearsal.End();
     }
-    code = TellVerdict(rehearsal, file);
+    code = TellVerdict(rehearsal, files[i]);
     summaries += files.size() == 1 ? "" : fmt::format("{}: ", file.name());
     summaries += Summary(rehearsal, code);
     if (code != kDone && i + 1 < files.size()) {
-      Note(files[i + 1]->name(), "not played, since the file before it failed");
+      Note(files[i + 1].file->name(), "not played, since the file before it failed");
     }
   }
   return code;
@@ -209,22 +193,26 @@ int PlayFiles(Rehearsal &rehearsal, const Files &files, std::string &summaries) 
 // the times go to standard output, or to standard error if one of the output files is standard
 // output; errors and warnings go to standard error. Throws Failure if a file is bad.
 int Play(const PlayOptions &options) {
-  const Files files = OpenFiles(options);
+  const PlayInputs inputs(options.inputs);
+  const std::vector<PlayInput> &files = inputs.files();
+  const TvbFile &first = *files.front().file;
+  if (options.rehearsal.fail_at) {
+    RefuseFailAt(*options.rehearsal.fail_at, files);
+  }
   const std::unique_ptr<ChainTarget> chain = OpenChain(options.chain);
   Outputs outputs(options);
   FILE *const screen = Outputs::Screen(options);
 
-  Rehearsal rehearsal(files.front()->image(), files.front()->header(), chain.get(),
-                      options.rehearsal,
-                      {options.quiet ? DriverLog::Sink(IgnoreLog) : LogTo(screen),
+  Rehearsal rehearsal(first.image(), first.header(), chain.get(), options.rehearsal,
+                      {options.inputs.quiet ? DriverLog::Sink(IgnoreLog) : LogTo(screen),
                        outputs.VcdSink(), outputs.ScanSink()});
   std::string summaries;
   const int code = PlayFiles(rehearsal, files, summaries);
   outputs.Finish(chain.get());
   if (options.rehearsal.fail_at) {
-    WarnOfFailAt(rehearsal, *options.rehearsal.fail_at, *files.front());
+    WarnOfFailAt(rehearsal, *options.rehearsal.fail_at, first);
   }
-  if (!options.quiet) {
+  if (!options.inputs.quiet) {
     fmt::print(screen, "{}", summaries);
   }
   if (options.time) {
@@ -243,8 +231,11 @@ std::string CheckStateForm(const std::string &name) {
 }
 
 void AddFiles(CLI::App &play, Invocation &invocation, PlayOptions &options) {
-  AddInputs(play, invocation, "IN.tvb", options.inputs,
-            "TVB files to play, one after the other, by the same driver; - is standard input");
+  AddInputs(play, invocation, "IN.tvb", options.inputs.paths,
+            "TVB files to play, one after the other, by the same driver, or SVF files, which are "
+            "compiled first; - is standard input");
+  AddInput(play, invocation, "--map", options.inputs.map,
+           "Name the line of the SVF where a comparison fails; the map is from tvb compile --map");
   CLI::Option *chain = AddInput(play, invocation, "--chain", options.chain,
                                 "Play to the simulated chain that this JSON file describes");
   play.add_flag("--echo")
@@ -285,7 +276,8 @@ void AddRest(CLI::App &play, PlayOptions &options, std::string &fail_at) {
   AddWaveform(play, options);
   play.add_flag("--time", options.time, "Print what the download takes on a board");
   AddPinTime(play, options.rehearsal.pin_ns);
-  play.add_flag("-q,--quiet", options.quiet, "Print neither the driver's log nor the summary");
+  play.add_flag("-q,--quiet", options.inputs.quiet,
+                "Print neither the driver's log nor the summary");
 }
 
 }  // namespace
@@ -295,6 +287,8 @@ void AddPlay(CLI::App &app, Invocation &invocation) {
   const auto options = std::make_shared<PlayOptions>();
   const auto fail_at = std::make_shared<std::string>();
   AddFiles(*play, invocation, *options);
+  play->add_flag("--pause-as-idle", options->inputs.pause_as_idle,
+                 "In SVF files, use Run-Test/Idle for every pause that has no form in a TVB file");
   AddRest(*play, *options, *fail_at);
   play->callback([options, fail_at, &invocation] {
     options->rehearsal.fail_at = ParseFailAt(*fail_at);

@@ -16,7 +16,8 @@ namespace {
 
 class Verdict {
  public:
-  Verdict(Rehearsal &rehearsal, const TvbFile &file) : rehearsal_(rehearsal), file_(file) {}
+  Verdict(Rehearsal &rehearsal, const PlayInput &input)
+      : rehearsal_(rehearsal), input_(input), file_(*input.file) {}
 
   // Reports the verdict and returns the exit code.
   int Tell() {
@@ -44,10 +45,16 @@ class Verdict {
             "a comparison failed in a scan before this place");
       return;
     }
-    Error(file_.Where(mismatch->offset, mismatch->record), MismatchSentence(*mismatch));
+    const std::string place = file_.Where(mismatch->offset, mismatch->record);
+    if (const auto source = input_.Find(mismatch->scan, mismatch->bit)) {
+      Error(source->where, MismatchSentence(*mismatch, *source));
+      fmt::print(stderr, "{}", SourceDetail(*mismatch, input_.Statement(*source), place));
+    } else {
+      Error(place, MismatchSentence(*mismatch));
+    }
     fmt::print(stderr, "{}", MismatchDetail(*mismatch));
     if (rehearsal_.result().done) {
-      Note(file_.Where(mismatch->offset, mismatch->record),
+      Note(place,
            "on a board this passes for a good download: the driver looks at a comparison when the "
            "next record starts, and none follows; end the file with a harmless record");
     }
@@ -106,6 +113,7 @@ class Verdict {
   }
 
   Rehearsal &rehearsal_;
+  const PlayInput &input_;
   const TvbFile &file_;
 };
 
@@ -134,8 +142,8 @@ std::string ClockDetail(const LineCounts &counts) {
 
 }  // namespace
 
-int TellVerdict(Rehearsal &rehearsal, const TvbFile &file) {
-  return Verdict(rehearsal, file).Tell();
+int TellVerdict(Rehearsal &rehearsal, const PlayInput &input) {
+  return Verdict(rehearsal, input).Tell();
 }
 
 std::string Summary(Rehearsal &rehearsal, int code) {

@@ -7,16 +7,16 @@
 #include <string>
 
 #include "tools/cli/command.h"
-#include "tools/cli/input_file.h"
 #include "tools/rehearse/lines.h"
+#include "tools/rehearse/play_input.h"
 #include "tools/rehearse/rehearsal.h"
 
 namespace tool {
 
 // Reports on standard error why the rehearsal did not end well, if so, and returns the exit code.
-// `file` is the played file. Moves the rehearsal's playhead to the end of the file or to the faulty
-// record.
-int TellVerdict(Rehearsal &rehearsal, const TvbFile &file);
+// `input` is the played file. Moves the rehearsal's playhead to the end of the file or to the
+// faulty record.
+int TellVerdict(Rehearsal &rehearsal, const PlayInput &input);
 
 // The last line of the output: what was played and, by the exit code, how it ended.
 std::string Summary(Rehearsal &rehearsal, int code);
