@@ -180,7 +180,7 @@ void TapTracker::StepTo(TapState state, size_t offset) {
   } else if (IsUpdate(state)) {
     LeaveScanPause();
     at_ = state;
-  } else {
+  } else if (state != at_) {
     Enter(state, offset);
   }
   captured_ &= !svf::IsStable(state);
@@ -205,7 +205,15 @@ void TapTracker::LeaveScanPause() {
 
 void TapTracker::Reset(size_t offset) {
   scan_pauses_ = false;
-  if (scanned_ && !reset_) {
+  if (reset_) {
+    notes_.Note(offset,
+                "this reset is left out, since nothing is scanned between the one before and "
+                "it");
+  } else if (!scanned_) {
+    notes_.Note(offset,
+                "this reset is left out, since the player itself resets the TAP before the "
+                "file");
+  } else {
     reset_ = offset;
   }
 }
