@@ -58,6 +58,8 @@ static void show_chain(struct seq_file *to)
 			seq_puts(to, " bypass");
 		if (device->ir_bits != sim_fields[SIM_FIELD_IR].absent)
 			seq_printf(to, ", ir %u", device->ir_bits);
+		if (device->bypass_code)
+			seq_printf(to, ", bypass code %u", device->bypass_code);
 		if (device->rows)
 			show_part_fields(to, device);
 		seq_putc(to, '\n');

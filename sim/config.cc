@@ -37,6 +37,9 @@ constexpr struct sim_field sim_fields[SIM_FIELD_COUNT] = {
      "instruction= needs idcode="},
     {"ir", SIM_IN_DEVICE, SIM_NUMBER, SIM_OFFSET(ir_bits), 8, IsRegisterLength, SIM_IR_RULE,
      SIM_IR_RULE, kNone, nullptr},
+    {"bypass-code", SIM_IN_DEVICE, SIM_NUMBER, SIM_OFFSET(bypass_code), 0, IsNotZero,
+     "a code of BYPASS is not 0",
+     "a code of BYPASS is not 0; leave it out where all ones is the only one", kNone, nullptr},
     {"rows", SIM_SIZE_OF_PART, SIM_NUMBER, SIM_OFFSET(rows), 0, IsNotZero, SIM_SIZE_RULE,
      SIM_SIZE_RULE SIM_SIZE_ADVICE, kNone, nullptr},
     {"bits", SIM_SIZE_OF_PART, SIM_NUMBER, SIM_OFFSET(row_bits), 0, IsNotZero, SIM_SIZE_RULE,
@@ -73,6 +76,14 @@ constexpr const char *sim_instruction_wrong =
 int sim_instruction_fits(const struct sim_device_config *device) {
   return device->idcode == 0 ||
          device->idcode_instruction < (static_cast<sim_u64>(1) << device->ir_bits) - 1;
+}
+
+constexpr const char *sim_bypass_wrong =
+    "the code of BYPASS must fit into the instruction register and not be the IDCODE's instruction";
+
+int sim_bypass_fits(const struct sim_device_config *device) {
+  return device->bypass_code < static_cast<sim_u64>(1) << device->ir_bits &&
+         (device->idcode == 0 || device->bypass_code != device->idcode_instruction);
 }
 
 constexpr const char *sim_part_too_large =
@@ -218,7 +229,9 @@ bool ReadDevice(Scanner &scanner, sim_device_config &device) {
       given.word[SIM_FIELD_INSTRUCTION] ? SIM_FIELD_INSTRUCTION : SIM_FIELD_IDCODE;
   return Complete(scanner, given, device) &&
          (sim_instruction_fits(&device) ||
-          scanner.Fail(given.position[place], sim_instruction_wrong));
+          scanner.Fail(given.position[place], sim_instruction_wrong)) &&
+         (sim_bypass_fits(&device) ||
+          scanner.Fail(given.position[SIM_FIELD_BYPASS], sim_bypass_wrong));
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ enum sim_field_number {
   SIM_FIELD_IDCODE,
   SIM_FIELD_INSTRUCTION,
   SIM_FIELD_IR,
+  SIM_FIELD_BYPASS,
   SIM_FIELD_ROWS,
   SIM_FIELD_BITS,
   SIM_FIELD_ERASE,
@@ -60,6 +61,11 @@ extern const struct sim_field sim_fields[SIM_FIELD_COUNT]; /* by enum sim_field_
  * it, and that is not BYPASS, all ones. And why another one is refused. */
 int sim_instruction_fits(const struct sim_device_config *device);
 extern const char *const sim_instruction_wrong;
+
+/* Whether the instruction register of a device holds its code of BYPASS, if it has one, and that is
+ * not the IDCODE's. And why another one is refused. */
+int sim_bypass_fits(const struct sim_device_config *device);
+extern const char *const sim_bypass_wrong;
 
 /* Whether a device's part, if it has one, is no larger than can be simulated: rows times bits are
  * at most SIM_MAX_PART_BITS. And why another one is refused. */

@@ -48,7 +48,7 @@ sim_device_config Complete(sim_device_config device) {
 
 bool Possible(const sim_device_config &device) {
   return sim_field_allows(&sim_fields[SIM_FIELD_IR], device.ir_bits) &&
-         sim_instruction_fits(&device) &&
+         sim_instruction_fits(&device) && sim_bypass_fits(&device) &&
          (device.rows == 0 || sim_field_allows(&sim_fields[SIM_FIELD_BITS], device.row_bits)) &&
          sim_part_fits(&device);
 }

@@ -103,7 +103,8 @@ struct Device {
     return config.idcode != 0 && instruction == config.idcode_instruction;
   }
   bool PartSelected() const {
-    return part.exists() && !IdcodeSelected() && Part::Knows(instruction);
+    return part.exists() && !IdcodeSelected() && instruction != config.bypass_code &&
+           Part::Knows(instruction);
   }
   sim_u32 ResetInstruction() const;
 };

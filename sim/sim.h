@@ -31,8 +31,8 @@ typedef __SIZE_TYPE__ sim_size;
  * 0 (in a device without a programmable part: 0x01).
  *
  *   instruction  register  captures     does
- *   BYPASS       1 bit     0            nothing; every instruction that the device does not know is
- *                                       BYPASS
+ *   BYPASS       1 bit     0            nothing; is all ones, a code as configured, and every
+ *                                       instruction that the device does not know
  *   IDCODE       32 bits   the IDCODE   nothing; is 6 or as configured. Test-Logic-Reset
  *                                       selects it, or BYPASS in a device without an IDCODE
  *   ENABLE       1 bit     0            Update-IR enters programming mode; on entry the address,
@@ -116,6 +116,7 @@ struct sim_device_config {
   sim_u32 program_clocks;     /* the same for a row */
   sim_u32 blank;              /* 1: the memory is erased at first (ones); 0: it holds zeros */
   sim_u32 ir_bits;            /* length of the instruction register, 2 to 32; 0 is taken as 8 */
+  sim_u32 bypass_code;        /* an instruction that is BYPASS besides all ones; 0: none */
 };
 
 struct sim_config {
@@ -127,8 +128,8 @@ struct sim_config {
 struct sim_chain;
 
 /* Bytes of memory that a chain needs; 0 if the configuration is impossible (a length of an
- * instruction register that cannot be, what sim_instruction_fits() or sim_part_fits() refuse, rows
- * of 0 bits, or a size past 2^30). */
+ * instruction register that cannot be, what sim_instruction_fits(), sim_bypass_fits() or
+ * sim_part_fits() refuse, rows of 0 bits, or a size past 2^30). */
 sim_size sim_chain_size(const struct sim_config *config);
 
 /* Makes a chain, powered up, in memory of sim_chain_size(config) bytes that is aligned to 8. The

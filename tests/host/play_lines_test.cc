@@ -22,7 +22,7 @@ using tool::Lines;
 
 tool::ChainDescription TwoDevices() {
   tool::ChainDescription description;
-  description.devices = {{0x0A014C35, 6, 0, 0, 0, 0, 0, 8}, {}};
+  description.devices = {{0x0A014C35, 6, 0, 0, 0, 0, 0, 8, 0}, {}};
   return description;
 }
 

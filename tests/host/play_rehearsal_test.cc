@@ -21,7 +21,7 @@ using tool::DriverStop;
 
 tool::ChainDescription OnePart() {
   tool::ChainDescription description;
-  description.devices = {{0x0A014C35, 6, 2, 16, 30, 10, 0, 8}};
+  description.devices = {{0x0A014C35, 6, 2, 16, 30, 10, 0, 8, 0}};
   return description;
 }
 

@@ -258,6 +258,12 @@ TEST(SimChain, ImpossibleConfigurationsHaveNoSize) {
   EXPECT_EQ(size(device), 0u);
   device.ir_bits = 9;
   EXPECT_GT(size(device), 0u);
+  device.bypass_code = 0x1FF;
+  EXPECT_GT(size(device), 0u);
+  device.bypass_code = 0x200;
+  EXPECT_EQ(size(device), 0u);
+  device.bypass_code = 0xFF;
+  EXPECT_EQ(size(device), 0u) << "it is the IDCODE's instruction";
   device = {};
   device.rows = 3;
   EXPECT_EQ(size(device), 0u);
@@ -282,7 +288,8 @@ TEST(SimChain, NoMemoryIsNoChain) {
 
 // Not a byte past sim_chain_size is touched, by making the chain or by using it up to the last row.
 TEST(SimChain, StaysInItsMemory) {
-  const sim_device_config devices[2] = {{5, 0, 3, 13, 2, 1, 1, 0}, {7, 224, 5, 40, 0, 0, 0, 0}};
+  const sim_device_config devices[2] = {{5, 0, 3, 13, 2, 1, 1, 0, 0},
+                                        {7, 224, 5, 40, 0, 0, 0, 0, 0}};
   const sim_config config = {devices, 2, 101};
   const size_t size = sim_chain_size(&config);
   std::vector<uint64_t> memory(size / 8 + 9, 0xA5A5A5A5A5A5A5A5);
@@ -302,7 +309,7 @@ TEST(SimChain, StaysInItsMemory) {
 
 // The longest register has its room also where nothing follows it in memory.
 TEST(SimChain, LongestRegisterHasRoom) {
-  const sim_device_config device = {0, 0, 1, 1000, 0, 0, 0, 0};
+  const sim_device_config device = {0, 0, 1, 1000, 0, 0, 0, 0, 0};
   const sim_config config = {&device, 1, 0};
   const size_t size = sim_chain_size(&config);
   std::vector<uint64_t> memory(size / 8 + 20, 0xA5A5A5A5A5A5A5A5);

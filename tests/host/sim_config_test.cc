@@ -28,30 +28,38 @@ void ExpectDevice(const sim_device_config &device, const sim_device_config &expe
   EXPECT_EQ(device.program_clocks, expected.program_clocks);
   EXPECT_EQ(device.blank, expected.blank);
   EXPECT_EQ(device.ir_bits, expected.ir_bits);
+  EXPECT_EQ(device.bypass_code, expected.bypass_code);
 }
 
 TEST(SimConfig, OneOfEach) {
   const auto devices = Devices(
       "idcode=0x0A014C35,part=64x128,erase=1000,program=50;bypass;idcode=0x13,instruction=224");
   ASSERT_EQ(devices.size(), 3u);
-  ExpectDevice(devices[0], {0x0A014C35, 6, 64, 128, 1000, 50, 0, 8});
-  ExpectDevice(devices[1], {0, 6, 0, 0, 0, 0, 0, 8});
-  ExpectDevice(devices[2], {0x13, 224, 0, 0, 0, 0, 0, 8});
+  ExpectDevice(devices[0], {0x0A014C35, 6, 64, 128, 1000, 50, 0, 8, 0});
+  ExpectDevice(devices[1], {0, 6, 0, 0, 0, 0, 0, 8, 0});
+  ExpectDevice(devices[2], {0x13, 224, 0, 0, 0, 0, 0, 8, 0});
 }
 
 TEST(SimConfig, AnyInstructionRegister) {
   const auto devices =
       Devices("ir=2;idcode=1,ir=10,instruction=0x3C6;ir=32,idcode=1,instruction=4294967294");
   ASSERT_EQ(devices.size(), 3u);
-  ExpectDevice(devices[0], {0, 6, 0, 0, 0, 0, 0, 2});
-  ExpectDevice(devices[1], {1, 0x3C6, 0, 0, 0, 0, 0, 10});
-  ExpectDevice(devices[2], {1, 0xFFFFFFFE, 0, 0, 0, 0, 0, 32});
+  ExpectDevice(devices[0], {0, 6, 0, 0, 0, 0, 0, 2, 0});
+  ExpectDevice(devices[1], {1, 0x3C6, 0, 0, 0, 0, 0, 10, 0});
+  ExpectDevice(devices[2], {1, 0xFFFFFFFE, 0, 0, 0, 0, 0, 32, 0});
+}
+
+TEST(SimConfig, ACodeOfBypass) {
+  const auto devices = Devices("bypass-code=0xC7;ir=2,bypass-code=3,idcode=1,instruction=2");
+  ASSERT_EQ(devices.size(), 2u);
+  ExpectDevice(devices[0], {0, 6, 0, 0, 0, 0, 0, 8, 0xC7});
+  ExpectDevice(devices[1], {1, 2, 0, 0, 0, 0, 0, 2, 3});
 }
 
 TEST(SimConfig, DefaultsOfAPart) {
   const auto devices = Devices("part=1x1");
   ASSERT_EQ(devices.size(), 1u);
-  ExpectDevice(devices[0], {0, 6, 1, 1, 100, 20, 0, 8});
+  ExpectDevice(devices[0], {0, 6, 1, 1, 100, 20, 0, 8, 0});
 }
 
 TEST(SimConfig, FieldsInAnyOrderWithBlanksBetween) {
@@ -59,7 +67,7 @@ TEST(SimConfig, FieldsInAnyOrderWithBlanksBetween) {
       " blank ,\tprogram = 0, instruction=0xE0,erase=0 , part = 0x10 x 0X20, idcode=4294967295 \n; "
       "bypass ");
   ASSERT_EQ(devices.size(), 2u);
-  ExpectDevice(devices[0], {0xFFFFFFFF, 224, 16, 32, 0, 0, 1, 8});
+  ExpectDevice(devices[0], {0xFFFFFFFF, 224, 16, 32, 0, 0, 1, 8, 0});
 }
 
 TEST(SimConfig, CountsBeyondTheCapacity) {
@@ -81,6 +89,9 @@ struct BadText {
 
 constexpr const char *kInstructionWrong =
     "the IDCODE's instruction must fit into the instruction register and not be BYPASS, all ones";
+
+constexpr const char *kBypassWrong =
+    "the code of BYPASS must fit into the instruction register and not be the IDCODE's instruction";
 
 constexpr BadText kBad[] = {
     {"", 0, "a field is expected"},
@@ -106,6 +117,9 @@ constexpr BadText kBad[] = {
     {"ir=2,idcode=1", 5, kInstructionWrong},
     {"ir=1", 3, "an instruction register has 2 to 32 bits"},
     {"ir=33", 3, "an instruction register has 2 to 32 bits"},
+    {"ir=4,bypass-code=16", 5, kBypassWrong},
+    {"idcode=1,instruction=5,bypass-code=5", 23, kBypassWrong},
+    {"bypass-code=0", 12, "a code of BYPASS is not 0"},
     {"bypass,ir=4", 7, "bypass stands by itself"},
     {"instruction=6", 0, "instruction= needs idcode="},
     {"bypass;part=1x1,instruction=6", 16, "instruction= needs idcode="},
@@ -144,7 +158,7 @@ TEST(SimConfig, TheTableHasTheWords) {
   for (const sim_field &field : sim_fields) {
     fields += std::string(field.name) + ' ';
   }
-  EXPECT_EQ(fields, "idcode instruction ir rows bits erase program blank ");
+  EXPECT_EQ(fields, "idcode instruction ir bypass-code rows bits erase program blank ");
   std::string faults;
   for (const sim_fault_form &form : sim_fault_forms) {
     faults += std::string(form.name) + '(' + sim_fault_number_names[form.numbers[0]] + ' ' +

@@ -333,6 +333,19 @@ TEST_F(SimPart, LastBitsOfALongerScanStay) {
   }
 }
 
+TEST(SimPartChain, ACodeOfBypassStandsBeforeThePartsInstructions) {
+  sim::Chain chain("part=2x8,erase=1,bypass-code=0x20;part=2x8,erase=1,bypass-code=0x30");
+  Probe probe(chain);
+  probe.Reset();
+  probe.ScanIr(Bits(SIM_ENABLE, 8) + Bits(SIM_ENABLE, 8));
+  probe.ScanIr(Bits(SIM_ERASE, 8) + Bits(SIM_ERASE, 8));
+  probe.Idle(1);
+  EXPECT_EQ(chain.Row(1, 0), "00000000");
+  EXPECT_EQ(chain.Row(2, 0), "11111111");
+  probe.ScanIr(Bits(SIM_ADDRESS, 8) + Bits(SIM_ERASE, 8));
+  EXPECT_EQ(probe.ScanDr("1111").substr(0, 3), "001") << "both are one bit long";
+}
+
 // In a chain of three only the addressed device programs; the others pass the bits on.
 TEST(SimPartChain, OnlyTheAddressedDeviceProgrammed) {
   sim::Chain chain("part=2x8,erase=1,program=1;part=2x8,erase=1,program=1;part=2x8");

@@ -182,6 +182,9 @@ sim_device_config ReadDevice(const Node &node) {
     const char *instruction = sim_fields[SIM_FIELD_INSTRUCTION].name;
     (node.Has(instruction) ? node.At(instruction) : node).Fail(sim_instruction_wrong);
   }
+  if (!sim_bypass_fits(&device)) {
+    node.At(sim_fields[SIM_FIELD_BYPASS].name).Fail(sim_bypass_wrong);
+  }
   if (node.Has(SIM_PART_NAME)) {
     const Node part = node.At(SIM_PART_NAME);
     part.ExpectMembers(FieldNames({SIM_SIZE_OF_PART, SIM_IN_PART}));
