@@ -283,7 +283,7 @@ void ApplyOptions(CompileCommand &command) {
   }
 }
 
-void AddOptions(CLI::App &app, Invocation &invocation, CompileCommand &command) {
+void AddFiles(CLI::App &app, Invocation &invocation, CompileCommand &command) {
   AddInput(app, invocation, "IN.svf", command.input, "SVF file to read; - is standard input");
   AddOutput(app, invocation, "-o,--output", command.output,
             "TVB file to write; - is standard output")
@@ -291,6 +291,9 @@ void AddOptions(CLI::App &app, Invocation &invocation, CompileCommand &command) 
       ->type_name("OUT.tvb");
   AddOutput(app, invocation, "--map", command.map,
             "Write which line of the SVF each scan comes from, for tvb play --map");
+}
+
+void AddTarget(CLI::App &app, CompileCommand &command) {
   app.add_option("--chain", command.chain,
                  "Number of devices between TDI and the target, and between the target and TDO; by "
                  "default, the lengths of TDR and HDR")
@@ -300,6 +303,9 @@ void AddOptions(CLI::App &app, Invocation &invocation, CompileCommand &command) 
                  "Compare the target's IDCODE, under a mask, before everything else")
       ->check(CheckIdcode)
       ->type_name("IDCODE[/MASK]");
+}
+
+void AddForms(CLI::App &app, CompileCommand &command) {
   app.add_flag("--pause-as-idle", command.options.pause_as_idle,
                "Use Run-Test/Idle for every pause that has no form in a TVB file, with a "
                "warning of what that changes");
@@ -322,8 +328,6 @@ void AddOptions(CLI::App &app, Invocation &invocation, CompileCommand &command) 
       ->check(CLI::Range(0u, 1000000u).description(""))
       ->type_name("MS")
       ->capture_default_str();
-  AddPinTime(app, command.options.pin_ns);
-  app.add_flag("-q,--quiet", command.quiet, "Print no summary and no notes");
 }
 
 }  // namespace
@@ -331,7 +335,11 @@ void AddOptions(CLI::App &app, Invocation &invocation, CompileCommand &command) 
 void AddCompile(CLI::App &app, Invocation &invocation) {
   auto *compile = app.add_subcommand("compile", "Make a TVB file of an SVF file");
   auto command = std::make_shared<CompileCommand>();
-  AddOptions(*compile, invocation, *command);
+  AddFiles(*compile, invocation, *command);
+  AddTarget(*compile, *command);
+  AddForms(*compile, *command);
+  AddPinTime(*compile, command->options.pin_ns);
+  compile->add_flag("-q,--quiet", command->quiet, "Print no summary and no notes");
   compile->callback([command, &invocation] {
     ApplyOptions(*command);
     invocation.run = [command] { return Compile(*command); };

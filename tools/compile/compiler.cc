@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "svf/text.h"
+#include "tools/compile/opening.h"
 #include "tvb/number.h"
 #include "tvb/record.h"
 
@@ -18,28 +19,6 @@ using svf::Register;
 
 tvb::Opcode OpcodeOf(Register scan) {
   return scan == Register::kSir ? tvb::kSir : tvb::kSdr;
-}
-
-// The place that the player would derive from an instruction scan as a file's first record. Nothing
-// unless the scan is unambiguous: BYPASS for all devices but one, and nothing compared.
-std::optional<tvb::ChainPlace> PlaceToldBy(const tvb::Shift &scan) {
-  if (scan.bits % tvb::kInstructionBits != 0 || scan.tdi.size() < 2 || !scan.mask.empty()) {
-    return std::nullopt;
-  }
-  const tvb::ChainPlace place = tvb::PlaceToldBy(scan.tdi);
-  return place.devices() == scan.tdi.size() ? std::optional(place) : std::nullopt;
-}
-
-// The place that header and trailer lengths imply: the data register of a bypassed device has one
-// bit. Nothing if all four lengths are 0.
-std::optional<tvb::ChainPlace> PlaceOfPads(const tvb::PadBits &pads) {
-  if (pads.hdr != 0 || pads.tdr != 0) {
-    return tvb::ChainPlace{pads.tdr, pads.hdr};
-  }
-  if (pads.hir != 0 || pads.tir != 0) {
-    return tvb::ChainPlace{pads.tir / tvb::kInstructionBits, pads.hir / tvb::kInstructionBits};
-  }
-  return std::nullopt;
 }
 
 }  // namespace
@@ -394,42 +373,11 @@ bool Compiler::Opening(const tvb::Shift *first) {
     writer_->Opening(*place_, instruction, limit_);
   }
   if (options_.idcode && fits) {
-    CompareIdcode(instruction);
+    CompareIdcode(*writer_, place_.value_or(tvb::ChainPlace()), instruction, *options_.idcode);
   } else if (options_.idcode) {
     notes_.Refuse(offset_, "the chain is too long for a comparison of the IDCODE");
   }
   return false;
-}
-
-// The other devices are in BYPASS: each is one bit of the data register.
-void Compiler::CompareIdcode(uint8_t instruction) {
-  const tvb::ChainPlace place = place_.value_or(tvb::ChainPlace());
-  const tvb::Buffer instructions = tvb::ChainInstructions(place, instruction);
-  tvb::Shift scan;
-  scan.bits = static_cast<uint32_t>(tvb::kInstructionBits * place.devices());
-  scan.tdi = instructions;
-  writer_->Scan(tvb::kSir, scan);
-
-  BitQueue tdi;
-  BitQueue tdo;
-  BitQueue mask;
-  const auto append = [&](uint32_t expected, uint32_t compared) {
-    for (int byte = 0; byte < 4; ++byte) {
-      tdo.Append(tvb::Buffer{tvb::InstructionByte(static_cast<uint8_t>(expected >> 8 * byte))}, 8);
-      mask.Append(tvb::Buffer{tvb::InstructionByte(static_cast<uint8_t>(compared >> 8 * byte))}, 8);
-    }
-  };
-  tdo.AppendZeros(place.after);
-  mask.AppendZeros(place.after);
-  append(options_.idcode->value & options_.idcode->mask, options_.idcode->mask);
-  tdo.AppendZeros(place.before);
-  mask.AppendZeros(place.before);
-  scan.bits = place.after + 32 + place.before;
-  tdi.AppendZeros(scan.bits);
-  scan.tdi = tdi.bytes();
-  scan.tdo = tdo.bytes();
-  scan.mask = mask.bytes();
-  writer_->Scan(tvb::kSdr, scan);
 }
 
 void Compiler::LetGo() {

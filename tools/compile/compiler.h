@@ -15,6 +15,7 @@
 #include "svf/parser.h"
 #include "svf/scan_register.h"
 #include "tools/compile/joined_scan.h"
+#include "tools/compile/opening.h"
 #include "tools/compile/record_writer.h"
 #include "tools/compile/source_notes.h"
 #include "tools/compile/tap_tracker.h"
@@ -24,12 +25,6 @@
 #include "tvb/record.h"
 
 namespace tool {
-
-// An IDCODE to compare under a mask.
-struct RequiredIdcode {
-  uint32_t value = 0;
-  uint32_t mask = 0xFFFFFFFF;
-};
 
 struct CompileOptions {
   std::optional<tvb::ChainPlace> chain;  // of the target; none: taken from the file's pads
@@ -110,7 +105,6 @@ class Compiler {
   void WriteScan();
   void RefuseLength(uint64_t clocks);
   void LetGo();
-  void CompareIdcode(uint8_t instruction);
   void WarnOfInstructionLength(const svf::ScanStatement &scan);
   void WarnOfRisk(const std::optional<tvb::IdentityCheck::Risk> &risk);
   svf::ScanRegister &Loaded(svf::Register which) {
