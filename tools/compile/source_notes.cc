@@ -83,7 +83,7 @@ void SourceNotes::Finish() {
   }
   throw Failure(fmt::format("{} errors, nothing is written{}", NumberText(refused_),
                             only_pauses_ ? "; tvb compile --pause-as-idle takes Run-Test/Idle for "
-                                           "each of these pauses"
+                                           "each of these"
                                          : ""),
                 name_);
 }

@@ -59,6 +59,7 @@ void TapTracker::EndScan(bool instruction, TapState end, size_t offset) {
                 "the scan ends in Run-Test/Idle and the other register is not captured");
   } else {
     scan_pauses_ = svf::IsPause(end);
+    pause_ = end;
   }
   at_ = end;
 }
@@ -80,6 +81,8 @@ TapTracker::IdleClocks TapTracker::Walk(const svf::StateStatement &statement, si
     return clocks;
   }
   bool first = true;
+  captured_ = false;
+  shifted_ = false;
   for (const auto &[state, step_offset] : statement.path) {
     // A path may begin with a state to reach by the shortest way, as a single state does. The TAP's
     // state before the file's first statement is unknown.
@@ -164,16 +167,15 @@ void TapTracker::StepTo(TapState state, size_t offset) {
                                          "the path, or its last state alone",
                                          Name(at_), Name(state)));
   }
-  if (IsShift(state)) {
-    throw svf::Error(offset,
-                     "a path through a SHIFT state shifts bits that nothing states; write a "
-                     "scan (SIR or SDR) in its place");
+  if (IsShift(state) && !shifted_) {
+    RefusePause(offset, "a path through a SHIFT state shifts bits that nothing states",
+                "write a scan (SIR or SDR)", "nothing is captured, shifted or updated");
+  } else if (IsUpdate(state) && captured_ && !shifted_) {
+    RefusePause(offset,
+                "this path captures and updates a register without a scan, which the player cannot",
+                "write a scan (SIR or SDR)", "nothing is captured or updated");
   }
-  if (IsUpdate(state) && captured_) {
-    throw svf::Error(offset,
-                     "this path captures and updates a register without a scan, which the "
-                     "player cannot; write a scan (SIR or SDR) in its place");
-  }
+  shifted_ |= IsShift(state);
   captured_ |= IsCapture(state);
   if (svf::IsPause(state)) {
     MoveTo(state, offset);
@@ -184,6 +186,7 @@ void TapTracker::StepTo(TapState state, size_t offset) {
     Enter(state, offset);
   }
   captured_ &= !svf::IsStable(state);
+  shifted_ &= !svf::IsStable(state);
 }
 
 void TapTracker::Enter(TapState state, size_t offset) {
@@ -198,7 +201,7 @@ void TapTracker::LeaveScanPause() {
     notes_.Note(scan_, fmt::format("this scan pauses in {} and goes on through UPDATE; it is "
                                    "compiled to end in Run-Test/Idle, where a device sees at most "
                                    "one idle clock more",
-                                   Name(at_)));
+                                   Name(pause_)));
   }
   scan_pauses_ = false;
 }
@@ -222,7 +225,7 @@ void TapTracker::RefusePause(size_t offset, const std::string &what, const std::
                              const std::string &change) {
   if (!pause_as_idle_) {
     notes_.Refuse(offset,
-                  fmt::format("{}; {}, or take Run-Test/Idle for every pause with --pause-as-idle",
+                  fmt::format("{}; {}, or have Run-Test/Idle in its place with --pause-as-idle",
                               what, instead),
                   true);
     return;

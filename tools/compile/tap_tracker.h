@@ -79,12 +79,14 @@ class TapTracker {
   bool pause_as_idle_;
   bool scanned_ = false;  // until then a reset changes nothing
   svf::TapState at_ = svf::TapState::kIdle;
-  size_t scan_ = 0;              // the last scan's offset
-  bool scan_pauses_ = false;     // at_ is the pause in which that scan ended
-  bool captured_ = false;        // a path went through CAPTURE and has not ended yet
-  std::optional<size_t> reset_;  // a reset not yet followed by anything played
-  std::optional<size_t> trst_;   // TRST is ON since then
-  uint64_t pauses_ = 0;          // left through UPDATE
+  size_t scan_ = 0;                             // the last scan's offset
+  bool scan_pauses_ = false;                    // at_ is the pause in which that scan ended
+  svf::TapState pause_ = svf::TapState::kIdle;  // the same, while a path leaves it
+  bool captured_ = false;                       // a path went through CAPTURE and has not ended yet
+  bool shifted_ = false;                        // or through SHIFT
+  std::optional<size_t> reset_;                 // a reset not yet followed by anything played
+  std::optional<size_t> trst_;                  // TRST is ON since then
+  uint64_t pauses_ = 0;                         // left through UPDATE
 };
 
 }  // namespace tool
