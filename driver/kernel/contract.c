@@ -2,7 +2,8 @@
 //
 // The only file that sees the kernel's headers. It gives the module its information block and
 // proves at compile time that kernel.h and framework.h declare what the kernel has: a different
-// prototype is a conflicting declaration, a different value or offset fails its assertion.
+// prototype is a conflicting declaration, a different value or offset fails its assertion. On
+// kernels after 5.10 it also has the functions of kernel.h that are not plain functions there.
 #include <linux/build_bug.h>
 #include <linux/ctype.h>
 #include <linux/delay.h>
@@ -13,6 +14,7 @@
 #include <linux/sched/clock.h>
 #include <linux/slab.h>
 #include <linux/stddef.h>
+#include <linux/string.h>
 
 #include "kernel/framework.h"
 #include "kernel/kernel.h"
@@ -48,6 +50,52 @@ static_assert(offsetof(struct download_context, pins) == 16);
 static_assert(offsetof(struct download_context, operations) == 128);
 
 static_assert(sizeof(loff_t) == sizeof(s64));
+
+#ifdef M7_KERNEL_BY_CONTRACT
+
+void *m7_kernel___kmalloc(size_t size, u32 flags) {
+  return kmalloc(size, (__force gfp_t)flags);
+}
+
+void *m7_kernel_krealloc(const void *block, size_t size, u32 flags) {
+  return krealloc(block, size, (__force gfp_t)flags);
+}
+
+void m7_kernel_kfree(const void *block) {
+  kfree(block);
+}
+
+int m7_kernel_printk(const char *format, ...) {
+  va_list arguments;
+  int written;
+
+  va_start(arguments, format);
+  written = vprintk(format, arguments);
+  va_end(arguments);
+  return written;
+}
+
+void m7_kernel___const_udelay(unsigned long loops) {
+  __const_udelay(loops);
+}
+
+unsigned long long m7_kernel_sched_clock(void) {
+  return sched_clock();
+}
+
+ssize_t m7_kernel_kernel_read(struct file *file, void *buffer, size_t count, s64 *position) {
+  return kernel_read(file, buffer, count, position);
+}
+
+size_t m7_kernel_strlen(const char *text) {
+  return strlen(text);
+}
+
+char *m7_kernel_strcat(char *to, const char *from) {
+  return strcat(to, from);
+}
+
+#endif
 
 s64 *m7_file_pos(struct file *file) {
   return &file->f_pos;
