@@ -3,6 +3,8 @@
 
 #include <fmt/format.h>
 
+#include <utility>
+
 #include "svf/text.h"
 
 namespace tool {
@@ -49,6 +51,7 @@ bool TapTracker::BeginScan(bool instruction, size_t offset) {
 
 void TapTracker::EndScan(bool instruction, TapState end, size_t offset) {
   scan_ = offset;
+  led_ = true;
   if (end == TapState::kReset) {
     Reset(offset);
   } else if (svf::IsPause(end) && end != PauseOf(instruction)) {
@@ -66,6 +69,7 @@ void TapTracker::EndScan(bool instruction, TapState end, size_t offset) {
 
 void TapTracker::HoldInReset(size_t offset) {
   trst_ = offset;
+  led_ = true;
   LeaveScanPause();
   Enter(TapState::kReset, offset);
 }
@@ -76,6 +80,7 @@ void TapTracker::EndReset() {
 
 TapTracker::IdleClocks TapTracker::Walk(const svf::StateStatement &statement, size_t offset) {
   IdleClocks clocks;
+  const bool led = std::exchange(led_, true);
   if (statement.path.size() == 1) {
     MoveTo(statement.path.front().state, offset);
     return clocks;
@@ -86,7 +91,7 @@ TapTracker::IdleClocks TapTracker::Walk(const svf::StateStatement &statement, si
   for (const auto &[state, step_offset] : statement.path) {
     // A path may begin with a state to reach by the shortest way, as a single state does. The TAP's
     // state before the file's first statement is unknown.
-    if (first && svf::IsStable(state) && (!scanned_ || !svf::Leads(at_, state))) {
+    if (first && svf::IsStable(state) && (!led || !svf::Leads(at_, state))) {
       MoveTo(state, step_offset);
     } else {
       (reset_ ? clocks.after : clocks.before) += at_ == TapState::kIdle && state == TapState::kIdle;
@@ -113,6 +118,7 @@ void TapTracker::RunTest(TapState run, TapState end, size_t offset) {
     LeaveScanPause();
   }
   scan_pauses_ = false;
+  led_ = true;
   at_ = TapState::kIdle;
   if (end == TapState::kReset) {
     Reset(offset);

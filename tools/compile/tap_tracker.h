@@ -79,6 +79,7 @@ class TapTracker {
   bool pause_as_idle_;
   bool scanned_ = false;  // until then a reset changes nothing
   svf::TapState at_ = svf::TapState::kIdle;
+  bool led_ = false;                            // to at_, by a statement of the file
   size_t scan_ = 0;                             // the last scan's offset
   bool scan_pauses_ = false;                    // at_ is the pause in which that scan ended
   svf::TapState pause_ = svf::TapState::kIdle;  // the same, while a path leaves it
