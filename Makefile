@@ -27,6 +27,7 @@ endif
 
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
+FUZZ_FILES ?= 10000
 SETUP := $(if $(filter no,$(M7_SETUP)),true,scripts/setup)
 NEED := $(SETUP) --check
 FETCH := $(if $(filter no,$(M7_SETUP)),true,scripts/fetch-kernel)
@@ -43,7 +44,7 @@ export KDIR ARCH CROSS_COMPILE DESTDIR PREFIX
 .DEFAULT_GOAL := all
 
 .PHONY: help all setup modules modules_install lib tools install uninstall test test-host \
-        test-kernel demo fuzz bench clean kernel host sanitize fuzzers
+        test-kernel demo fuzz bench clean kernel host sanitize judged fuzzers
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z_-]+:.*## / { printf "  make %-18s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -100,8 +101,10 @@ demo: ## Watch the driver program, verify and refuse a simulated CPLD on Linux 5
 	+cmake --build build/host $(PARALLEL) --target make_demo_file
 	demo/run
 
-fuzz: fuzzers ## Fuzz the tool and the driver for FUZZ_SECONDS=60
+fuzz: fuzzers judged ## Fuzz the tool and the driver for FUZZ_SECONDS=60, then judge FUZZ_FILES=10000 files
 	tests/fuzz/run build/sanitize
+	tests/judges/judge_random build/host/tvb build/host/tests/judges/bitbang_server \
+	  tests/judges/bypass.json $(FUZZ_FILES) $$(date +%s)00000
 
 bench: host ## Measure tvb compile on a file of 100 MB
 	cmake --build build/host --target bench_compile
@@ -122,6 +125,11 @@ sanitize:
 	$(NEED) lib test tools fuzz
 	cmake --preset sanitize
 	+$(BUILD) sanitize $(PARALLEL)
+
+judged:
+	$(NEED) lib test tools judges
+	cmake --preset host
+	+$(BUILD) host $(PARALLEL) --target tvb_tool bitbang_server
 
 fuzzers:
 	$(NEED) lib test tools fuzz
