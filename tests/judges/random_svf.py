@@ -31,12 +31,12 @@ NEXT = {
 }
 
 # What a file may have, and how often it does.
-FEATURES = {'resets': .35, 'trst': .3, 'resumes': .4, 'pauses left': .4, 'pads': .4, 'pads compare': .5,
+FEATURES = {'resets': .45, 'trst': .3, 'resumes': .4, 'pauses left': .4, 'pads': .4, 'pads compare': .5,
             'free bits': .4, 'masks': .6, 'long': .12, 'blocks': .4, 'frequency': .6, 'paths': .5,
             'long waits': .3, 'times': .6}
 
 COMMENTS = ('', ' a comment', ' with ; and (06) in it', ' SIR 8 TDI (FF);', '!', '// twice', ' \t tab',
-            ' wait 1.00e+000 SEC', '---------', ' )')
+            ' wait 1.00e+000 SEC', '---------', ' )', ' 25 \u00b0C')
 
 
 class _Layout:
@@ -77,7 +77,9 @@ class _Layout:
 
     def _word(self, word):
         if word[0] == '(':
-            return '(' + self._data(word[1:]) + ')'
+            return '(' + (self._data(word[1:]) if word[1:] else '') + ')'
+        if word.isdigit() and self._rng.random() < self._zeros / 4:
+            return '0' + word
         return self._case(word)
 
     def _data(self, digits):
@@ -183,8 +185,7 @@ class _File:
             else:
                 self._any()
         if self._has['resets'] and rng.random() < .5:
-            self._put('STATE', 'RESET')
-            self._at = 'RESET'
+            self._reset()
         return self.statements
 
     def _put(self, *words):
@@ -200,11 +201,17 @@ class _File:
         if rng.random() < .5:
             self._state()
         if rng.random() < .5:
-            self._put('ENDIR', 'IDLE')
+            self._end()
+        if self._has['resumes']:
+            kind = rng.choice(('IR', 'DR'))
+            self._ends[kind] = kind + 'PAUSE'
+            self._put('END' + kind, self._ends[kind])
 
     def _any(self):
         rng = self._rng
         choices = [(self._scan, 60), (self._runtest, 18), (self._end, 6), (self._state, 8)]
+        if self._has['resets']:
+            choices.append((self._reset, 5))
         if self._has['pads']:
             choices.append((self._pad, 8))
         if self._has['frequency']:
@@ -212,7 +219,7 @@ class _File:
         if self._has['trst']:
             choices.append((self._trst_statement, 3))
         if self._never:
-            choices.append((self._refused, 2))
+            choices.append((self._refused, 4))
         actions, weights = zip(*choices)
         rng.choices(actions, weights)[0]()
 
@@ -340,6 +347,10 @@ class _File:
         lengths = (0, 0, 8, 16, 24, rng.randint(1, 40)) if name[1] == 'I' else (0, 0, 1, 2, 3,
                                                                                rng.randint(1, 40))
         bits = rng.choice(lengths)
+        if not bits and rng.random() < .1:
+            self._put(name, '0', 'TDI', rng.choice(('(', '(0')))
+            self._bits[name] = self._chain.tdi[name] = 0
+            return
         compare = (bits and self._has['pads compare'] and self._may_compare() and
                    rng.random() < .4)
         fields = self._fields(name, bits, compare)
@@ -432,7 +443,7 @@ class _File:
         if self._in_block:
             return 'IDLE'
         states = ['IDLE'] * 4 + (['RESET'] if self._has['resets'] else [])
-        return self._rng.choice(states + (list(PAUSES) if self._formless else []))
+        return self._rng.choice(states + list(PAUSES) * self._formless)
 
     def _amounts(self):
         """Clocks and seconds, one of them may be none."""
@@ -493,6 +504,15 @@ class _File:
     def _any_scan(self):
         return any(words[0] in ('SIR', 'SDR') for words in self.statements)
 
+    def _reset(self):
+        rng = self._rng
+        for _ in range(rng.choice((1, 1, 1, 2))):
+            self._put('STATE', 'RESET')
+            self._at, self._paused = 'RESET', None
+            if rng.random() < .5:
+                self._put('STATE', 'IDLE')
+                self._at = 'IDLE'
+
     def _state(self):
         rng = self._rng
         if self._has['paths'] and self._at and rng.random() < .6:
@@ -538,7 +558,8 @@ class _File:
         return True
 
     def _refused(self):
-        words = self._rng.choice((['SDR', '0'], ['PIO', '(HLZ'], ['RUNTEST', 'RESET', '5', 'TCK']))
+        words = self._rng.choice((['SDR', '0'], ['PIO', '(HLZ'], ['PIOMAP', '(IN a OUT b'],
+                                  ['RUNTEST', 'RESET', '5', 'TCK']))
         if words[0] == 'SDR':
             self._bits['SDR'] = 0
         if words[0] == 'RUNTEST':
