@@ -245,6 +245,12 @@ TEST(SvfCompile, LetsResetsBeWhereTheyChangeNothing) {
   EXPECT_THAT(Records(kText), ElementsAre("RUNTEST 5 TCK", "SIR 8 06", "IDLE"));
 }
 
+TEST(SvfCompile, BeginsNoFileForARunTestOfNoClocks) {
+  const char *kText = "SIR 8 TDI (06); STATE RESET; RUNTEST 0 TCK; RUNTEST 0 SEC;";
+  EXPECT_EQ(Compiled(kText).files.size(), 1u);
+  EXPECT_EQ(Compiled(std::string(kText) + "RUNTEST 1E-9 SEC;").files.size(), 2u);
+}
+
 TEST(SvfCompile, BeginsAnotherFileAtAReset) {
   const Compiled compiled(
       "HIR 8 TDI (FF); HDR 1 TDI (0); ENDDR DRPAUSE; ENDIR IRPAUSE; FREQUENCY 2E6 HZ;"

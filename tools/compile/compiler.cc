@@ -253,7 +253,11 @@ void Compiler::Compile(const svf::RunTestStatement &run) {
   if (run.end) {
     run_end_ = run.end->state;
   }
-  ResetIfAsked();
+  const auto plan = PlanRunTest(run.count ? run.count->clocks : 0,
+                                run.minimum ? run.minimum->seconds : svf::Decimal(), hz());
+  if (!plan || plan->clocks > 0) {
+    ResetIfAsked();
+  }
   tap_.RunTest(run_, run_end_, offset_);
   WriteScan();
   if (run.count && run.count->system_clock && !warned_of_system_clock_) {
@@ -261,8 +265,6 @@ void Compiler::Compile(const svf::RunTestStatement &run) {
     notes_.Warning(run.count->offset,
                    "the player has no system clock; clocks of SCK are given as clocks of TCK");
   }
-  const auto plan = PlanRunTest(run.count ? run.count->clocks : 0,
-                                run.minimum ? run.minimum->seconds : svf::Decimal(), hz());
   if (!plan) {
     throw svf::Error(run.minimum->offset,
                      fmt::format("a RUNTEST takes at most {} seconds in a TVB file; write several",
