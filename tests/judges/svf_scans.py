@@ -198,7 +198,8 @@ class Reading:
 
     def _wait(self, clocks, seconds=0):
         self._settle()
-        self._play()
+        if clocks or seconds:
+            self._play()
         self.parts[-1].waits[-1].append(Wait(clocks, seconds, self._hertz))
 
     def _runtest(self, words):
