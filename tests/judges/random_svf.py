@@ -9,9 +9,14 @@ One file in four answers: each TDO is what a chain of DEVICES devices in BYPASS 
 player of another make gets through. Such a file has nothing that has no form in a TVB file; it
 waits for a few hundred clocks at a time, since OpenOCD sends each clock through a socket.
 """
+import os
 import random
 import sys
 from fractions import Fraction
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import random_values
+import svf_layout
 
 DEVICES = 2
 
@@ -31,96 +36,9 @@ NEXT = {
 }
 
 # What a file may have, and how often it does.
-FEATURES = {'resets': .45, 'trst': .3, 'resumes': .4, 'pauses left': .4, 'pads': .4, 'pads compare': .5,
-            'free bits': .4, 'masks': .6, 'long': .12, 'blocks': .4, 'frequency': .6, 'paths': .5,
-            'long waits': .3, 'times': .6}
-
-COMMENTS = ('', ' a comment', ' with ; and (06) in it', ' SIR 8 TDI (FF);', '!', '// twice', ' \t tab',
-            ' wait 1.00e+000 SEC', '---------', ' )', ' 25 \u00b0C')
-
-
-class _Layout:
-    """How a file writes its words down."""
-
-    def __init__(self, rng):
-        self._rng = rng
-        self._line_end = rng.choice(('\n', '\n', '\r\n'))
-        self._case = rng.choice((str.upper, str.upper, str.lower, str.capitalize, self._any_case))
-        self._odd = rng.choice((0, 0, .02, .2))    # how often there is more than a blank
-        self._fold = rng.choice((0, 0, 0, 8, 31, 64, 255))
-        self._zeros = rng.choice((0, 0, .3))
-        self._one_line = rng.choice((0, 0, .3))
-
-    def file(self, statements):
-        rng = self._rng
-        text = '\ufeff' if rng.random() < .05 else ''
-        for words in statements:
-            text += self._statement(words)
-        if rng.random() < .1:
-            text = text.rstrip() + self._space(self._odd)
-        elif rng.random() < .1:
-            text = text.rstrip().removesuffix(';') + rng.choice(('', self._line_end))
-        if rng.random() < .1:
-            text += self._line_end + rng.choice(('\x1a', '\0', '\0' * 100, '\x1a\0\0',
-                                                 '\x1a' + self._line_end))
-        return text
-
-    def _statement(self, words):
-        text = ''
-        for word in words:
-            tight = not text or word[0] == '(' or text[-1] == ')'
-            text += self._blank(tight) + self._word(word)
-        text += self._blank(True) + ';'
-        if self._rng.random() < self._odd / 4:
-            text += ';'
-        return text + (self._blank(True) if self._rng.random() < self._one_line else self._end_line())
-
-    def _word(self, word):
-        if word[0] == '(':
-            return '(' + (self._data(word[1:]) if word[1:] else '') + ')'
-        if word.isdigit() and self._rng.random() < self._zeros / 4:
-            return '0' + word
-        return self._case(word)
-
-    def _data(self, digits):
-        rng = self._rng
-        digits = rng.choice((str.upper, str.lower))(digits)
-        if rng.random() < self._zeros:
-            digits = rng.choice((digits.lstrip('0') or '0', '0' * rng.randint(1, 9) + digits))
-        pieces = [digits]
-        if self._fold:
-            pieces = [digits[at:at + self._fold] for at in range(0, len(digits), self._fold)]
-        elif rng.random() < self._odd:
-            cut = rng.randrange(len(digits) + 1)
-            pieces = [digits[:cut], digits[cut:]]
-        return (self._blank(True) + ''.join(
-            piece + (self._space(1) if last else '') for last, piece in
-            zip([True] * (len(pieces) - 1) + [False], pieces)) + self._blank(True))
-
-    def _any_case(self, word):
-        return ''.join(self._rng.choice((c.upper(), c.lower())) for c in word)
-
-    def _blank(self, may_be_none):
-        if self._rng.random() < self._odd:
-            return self._space(.5)
-        return '' if may_be_none and self._rng.random() < .7 else ' '
-
-    def _space(self, folds):
-        rng = self._rng
-        text = rng.choice((' ', '\t', '  ', self._line_end, self._line_end + '\t'))
-        if rng.random() < folds:
-            text += self._line_end
-        if rng.random() < self._odd:
-            text += self._comment()
-        return text
-
-    def _comment(self):
-        return self._rng.choice(('!', '//')) + self._rng.choice(COMMENTS) + self._line_end
-
-    def _end_line(self):
-        comment = self._rng.random() < self._odd / 2
-        return (self._blank(True) + self._comment()) if comment else self._line_end
-
+FEATURES = {'resets': .45, 'trst': .3, 'resumes': .4, 'pauses left': .4, 'pads': .4,
+            'pads compare': .5, 'free bits': .4, 'masks': .6, 'long': .12, 'blocks': .4,
+            'frequency': .6, 'paths': .5, 'long waits': .3, 'times': .6}
 
 class _Chain:
     """Devices in BYPASS, as a file that answers sees them: what is shifted in comes out again after
@@ -324,13 +242,13 @@ class _File:
             self._chain.tdi[name] = 0
             return fields
         if bits != self._bits[name] or self._in_block or rng.random() < .6:
-            fields['TDI'] = self._chain.tdi[name] = self._data(bits)
+            fields['TDI'] = self._chain.tdi[name] = random_values.data(self._rng, bits)
         if compare:
-            fields['TDO'] = self._data(bits)
+            fields['TDO'] = random_values.data(self._rng, bits)
         if self._has['masks'] and rng.random() < .3:
-            fields['MASK'] = self._mask(bits)
+            fields['MASK'] = random_values.mask(self._rng, bits)
         if self._has['free bits'] and rng.random() < .3:
-            fields['SMASK'] = self._mask(bits)
+            fields['SMASK'] = random_values.mask(self._rng, bits)
         return fields
 
     def _in_any_order(self, fields, bits):
@@ -364,41 +282,6 @@ class _File:
         self._put(name, str(bits), *self._in_any_order(fields, bits))
         self._bits[name] = bits
 
-    def _mask(self, bits):
-        whole = (1 << bits) - 1
-        return self._rng.choice((0, whole, whole, self._data(bits), self._data(bits)))
-
-    def _data(self, bits):
-        """Bits of many kinds, so that each encoding is the best for some."""
-        rng = self._rng
-        whole = (1 << bits) - 1
-        size = bits // 8 + 1
-        kind = rng.randrange(9)
-        if kind == 0:
-            return rng.choice((0, whole))
-        if kind == 1:
-            pattern = bytes(rng.randrange(256) for _ in range(rng.randint(1, 9)))
-            return int.from_bytes((pattern * size)[:size], 'big') & whole
-        if kind == 2:
-            digits = [rng.choice('0123456789ABCDEF') for _ in range(rng.randint(1, 13))]
-            return int((''.join(digits) * 2 * size)[:2 * size], 16) & whole
-        if kind == 3:
-            usual = rng.choice((0, 255, rng.randrange(256)))
-            return int.from_bytes((rng.randrange(256) if rng.random() < .1 else usual
-                                   for _ in range(size)), 'big') & whole
-        if kind == 4:
-            runs = b''
-            while len(runs) < size:
-                runs += bytes([rng.randrange(256)]) * rng.choice((1, 1, 5, 40, 300))
-            return int.from_bytes(runs[:size], 'big') & whole
-        if kind == 5:
-            words = [bytes(rng.randrange(256) for _ in range(rng.randint(1, 6))) for _ in range(4)]
-            text = b''
-            while len(text) < size:
-                text += rng.choice(words)
-            return int.from_bytes(text[:size], 'big') & whole
-        return rng.getrandbits(bits)
-
     # What is between scans.
 
     def _end(self):
@@ -425,9 +308,9 @@ class _File:
             words += [rng.choice((str(clocks), str(clocks), '%d.0' % clocks)),
                       rng.choice(('TCK', 'TCK', 'TCK', 'SCK'))]
         if seconds is not None:
-            words += [self._real(seconds), 'SEC']
+            words += [random_values.real(rng, seconds), 'SEC']
             if rng.random() < .2:
-                words += ['MAXIMUM', self._real(seconds * rng.randint(1, 3)), 'SEC']
+                words += ['MAXIMUM', random_values.real(rng, seconds * rng.randint(1, 3)), 'SEC']
         if self._run_end != 'IDLE' and not self._formless or rng.random() < .3:
             self._run_end = self._end_state()
             words += ['ENDSTATE', self._run_end]
@@ -448,10 +331,9 @@ class _File:
     def _amounts(self):
         """Clocks and seconds, one of them may be none."""
         rng = self._rng
-        most = 200 if self.answers or not self._has['long waits'] else rng.choice((200, 3000, 50000))
-        if self._in_block:
-            most = min(most, 200)
-        clocks = rng.choice((0, 1, 2, rng.randint(0, 9), rng.randint(0, most), rng.randint(0, most)))
+        short = self.answers or self._in_block or not self._has['long waits']
+        most = 200 if short else rng.choice((200, 3000, 50000))
+        clocks = rng.choice((0, 1, 2, rng.randint(0, 9)) + 2 * (rng.randint(0, most),))
         seconds = Fraction(rng.randint(0, most * 10), 10 * self._hertz)
         digits = 10 ** rng.choice((6, 6, 7, 9))
         seconds = Fraction(int(seconds * digits), digits)
@@ -460,29 +342,12 @@ class _File:
             return clocks, None
         return (None, seconds) if form < .7 else (clocks, seconds)
 
-    def _real(self, number):
-        """A fraction of few decimal digits in one of the ways to write it."""
-        rng = self._rng
-        digits, power = number, 0
-        while digits.denominator != 1:
-            digits *= 10
-            power += 1
-        digits = int(digits)
-        forms = ['%dE-%d' % (digits, power), '%dE-%02d' % (digits * 10, power + 1)]
-        text = str(digits).zfill(power + 1)
-        whole, part = text[:len(text) - power], text[len(text) - power:]
-        forms += [whole + '.' + part + rng.choice(('', '0', '00'))] if part else [whole, whole + '.0']
-        if not int(whole) and part:
-            forms.append('.' + part)
-        text = str(digits)
-        forms.append('%s.%sE%+04d' % (text[0], text[1:] or '0', len(text) - 1 - power))
-        return rng.choice(forms)
-
     def _frequency(self):
         hertz = self._rng.choice((None, 1000000, 1000000, 10 ** 7, 2500000, 33333333, 1000, 250,
                                   Fraction(1234567, 10), 12 * 10 ** 6, 3 * 10 ** 9))
         self._hertz = int(hertz or 1000000)
-        self._put(*(['FREQUENCY', self._real(Fraction(hertz)), 'HZ'] if hertz else ['FREQUENCY']))
+        words = [random_values.real(self._rng, Fraction(hertz)), 'HZ'] if hertz else []
+        self._put('FREQUENCY', *words)
 
     def _trst_statement(self):
         rng = self._rng
@@ -573,7 +438,7 @@ def make(seed):
     rng = random.Random(seed)
     file = _File(rng)
     statements = file.write()
-    return _Layout(rng).file(statements), file.answers
+    return svf_layout.Layout(rng).file(statements), file.answers
 
 
 if __name__ == '__main__':

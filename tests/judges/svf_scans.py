@@ -53,7 +53,7 @@ class _Register:
 def _statements(text):
     """The statements, each as its words in capitals."""
     text = text.removeprefix('\ufeff').rstrip('\x1a\0\r\n')
-    text = re.sub(r'(!|//)[^\n]*', '', text).upper()
+    text = re.sub(r'(!|//)[^\r\n]*', '', text).upper()
     return [statement.replace('(', ' (').split() for statement in text.split(';')
             if statement.strip()]
 
@@ -249,7 +249,7 @@ def read(text):
 
 
 def _path_by_resets(path):
-    """OpenOCD takes a path to RESET only if it is not one: from a stable state, by the shortest way."""
+    """A path as OpenOCD likes it: to RESET it goes only from a stable state by the shortest way."""
     legs = [[]]
     for state in path:
         if state == 'RESET':
