@@ -70,7 +70,13 @@ void TapTracker::EndScan(bool instruction, TapState end, size_t offset) {
 void TapTracker::HoldInReset(size_t offset) {
   trst_ = offset;
   led_ = true;
-  LeaveScanPause();
+  if (std::exchange(scan_pauses_, false)) {
+    notes_.Warning(scan_,
+                   fmt::format("TRST resets the TAP while this scan is paused in {}, but the "
+                               "player ends every scan in Run-Test/Idle: its register is "
+                               "updated before the reset",
+                               Name(at_)));
+  }
   Enter(TapState::kReset, offset);
 }
 
