@@ -28,7 +28,8 @@ endif
 cxx-refused := -std=% -Wstrict-prototypes -Werror=strict-prototypes -Wmissing-prototypes \
                -Wold-style% -Wno-pointer-sign -Wdeclaration-after-statement \
                -Werror=implicit-function-declaration -Werror=implicit-int \
-               -Werror=incompatible-pointer-types -Werror=designated-init
+               -Werror=incompatible-pointer-types -Werror=designated-init \
+               -Wno-override-init -Wno-unterminated-string-initialization
 # The kernel marks a fall-through by a macro of its headers, which C++ sources do not see:
 cxx-refused += -Wimplicit-fallthrough%
 # Exceptions to warnings that -Wall below is meant to give in full:
@@ -48,6 +49,9 @@ cxx-flags += -fno-rtti
 cxx-flags += -fno-threadsafe-statics
 # Nor an object with static lifetime register its destructor with it:
 cxx-flags += -fno-use-cxa-atexit
+# Where modules carry type information (BTF), pahole makes it of their debug information and gives up
+# at the first reference of C++:
+cxx-flags += $(if $(CONFIG_DEBUG_INFO_BTF_MODULES),-g0)
 # Warnings, all of them:
 cxx-flags += -Wall -Wextra
 # A .su file beside each object names the stack frame of each function (see check-module):
