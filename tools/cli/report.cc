@@ -40,10 +40,15 @@ void PutText(const std::string &text) {
   fputs(text.c_str(), stderr);
 }
 
+MessageListener::Take listener;
+
 void Print(const Kind &kind, std::string_view any_place, std::string_view any_text) {
   HideProgress();
   const std::string place = PrintableText(any_place.empty() ? "tvb" : any_place);
   const std::string text = PrintableText(any_text);
+  if (listener) {
+    listener(kind.name, place, text);
+  }
   if (MayColour(STDERR_FILENO)) {
     PutText(fmt::format("{}{}:{} {}{}:{} {}\n", kBold, place, kPlain, kind.colour, kind.name,
                         kPlain, text));
@@ -68,6 +73,14 @@ std::string Duration(double seconds) {
 }
 
 }  // namespace
+
+MessageListener::MessageListener(Take take) {
+  listener = std::move(take);
+}
+
+MessageListener::~MessageListener() {
+  listener = nullptr;
+}
 
 void Error(std::string_view place, std::string_view text) {
   Print(kError, place, text);

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -19,6 +20,19 @@ namespace tool {
 void Error(std::string_view place, std::string_view text);
 void Warning(std::string_view place, std::string_view text);
 void Note(std::string_view place, std::string_view text);
+
+// Also gets every message while it lives, as it was printed: `kind` is "error", "warning" or
+// "note". One listens at a time.
+class MessageListener {
+ public:
+  using Take =
+      std::function<void(std::string_view kind, std::string_view place, std::string_view text)>;
+
+  explicit MessageListener(Take take);
+  ~MessageListener();
+  MessageListener(const MessageListener &) = delete;
+  MessageListener &operator=(const MessageListener &) = delete;
+};
 
 // True if the file descriptor is a terminal that can do more than print lines (TERM is neither
 // unset nor "dumb").

@@ -17,9 +17,11 @@
 #include "tools/cli/report.h"
 #include "tools/cli/text.h"
 #include "tools/rehearse/play_input.h"
+#include "tools/rehearse/play_report.h"
 #include "tools/rehearse/rehearsal.h"
 #include "tools/rehearse/target_chain.h"
 #include "tools/rehearse/verdict.h"
+#include "tools/report/page.h"
 #include "tvb/play_order.h"
 
 namespace tool {
@@ -33,6 +35,7 @@ struct PlayOptions {
   std::string vcd;    // output files; empty: none
   std::string scans;
   std::string memory;
+  std::string report;
   bool time = false;
   RehearsalOptions rehearsal;
 };
@@ -58,11 +61,15 @@ std::optional<FailAt> ParseFailAt(const std::string &text) {
 class Outputs {
  public:
   explicit Outputs(const PlayOptions &options)
-      : vcd_(Open(options.vcd)), scans_(Open(options.scans)), memory_(Open(options.memory)) {}
+      : vcd_(Open(options.vcd)),
+        scans_(Open(options.scans)),
+        memory_(Open(options.memory)),
+        report_(Open(options.report)) {}
 
   // The stream for text output.
   static FILE *Screen(const PlayOptions &options) {
-    const bool taken = options.vcd == "-" || options.scans == "-" || options.memory == "-";
+    const bool taken = options.vcd == "-" || options.scans == "-" || options.memory == "-" ||
+                       options.report == "-";
     return taken ? stderr : stdout;
   }
 
@@ -73,11 +80,15 @@ class Outputs {
     return SinkOf(scans_.get());
   }
 
-  void Finish(ChainTarget *chain) {
+  // `report`: null if none is wanted.
+  void Finish(ChainTarget *chain, const ReportData *report) {
     if (memory_ && chain != nullptr) {
       memory_->Write(chain->Memory());
     }
-    for (OutputFile *file : {vcd_.get(), scans_.get(), memory_.get()}) {
+    if (report_ && report != nullptr) {
+      WritePage(*report, SinkOf(report_.get()));
+    }
+    for (OutputFile *file : {vcd_.get(), scans_.get(), memory_.get(), report_.get()}) {
       if (file != nullptr) {
         file->Commit();
       }
@@ -98,6 +109,7 @@ class Outputs {
   std::unique_ptr<OutputFile> vcd_;
   std::unique_ptr<OutputFile> scans_;
   std::unique_ptr<OutputFile> memory_;
+  std::unique_ptr<OutputFile> report_;
 };
 
 std::unique_ptr<ChainTarget> OpenChain(const std::string &path) {
@@ -106,6 +118,16 @@ std::unique_ptr<ChainTarget> OpenChain(const std::string &path) {
   }
   const InputFile file(path);
   return std::make_unique<ChainTarget>(ParseChain(file.text(), file.name()), file.name());
+}
+
+std::unique_ptr<PlayReport> OpenReport(const PlayOptions &options) {
+  if (options.report.empty()) {
+    return nullptr;
+  }
+  const std::string target =
+      options.chain.empty() ? "an echo of the file: every answer is what the file expects"
+                            : fmt::format("the simulated chain {}", PrintableText(options.chain));
+  return std::make_unique<PlayReport>(target, options.rehearsal.pin_ns);
 }
 
 // Plays with a progress line.
@@ -165,14 +187,23 @@ void WarnOfFailAt(const Rehearsal &rehearsal, const FailAt &fail_at, const TvbFi
   }
 }
 
+PlayedFile PartOf(const PlayInput &input) {
+  return {input.file->name(), input.file->image(), input.file->header()};
+}
+
 // Plays one file after the other, up to the first that fails, and unloads the driver. Returns the
-// exit code and appends a summary of each.
-int PlayFiles(Rehearsal &rehearsal, const std::vector<PlayInput> &files, std::string &summaries) {
+// exit code, appends a summary of each, and shows all to `report`, if there is one.
+int PlayFiles(Rehearsal &rehearsal, const std::vector<PlayInput> &files, PlayReport *report,
+              std::string &summaries) {
   int code = kDone;
-  for (size_t i = 0; i < files.size() && code == kDone; ++i) {
+  size_t played = 0;
+  for (size_t i = 0; i < files.size() && code == kDone; ++i, ++played) {
     const TvbFile &file = *files[i].file;
     if (i > 0) {
       rehearsal.Next(file.image(), file.header());
+    }
+    if (report != nullptr) {
+      report->Begin(PartOf(files[i]), rehearsal);
     }
     RunWatched(rehearsal, file);
     const DriverResult &result = rehearsal.result();
@@ -180,11 +211,17 @@ int PlayFiles(Rehearsal &rehearsal, const std::vector<PlayInput> &files, std::st
       rehearsal.End();
     }
     code = TellVerdict(rehearsal, files[i]);
+    if (report != nullptr) {
+      report->End(rehearsal, code);
+    }
     summaries += files.size() == 1 ? "" : fmt::format("{}: ", file.name());
     summaries += Summary(rehearsal, code);
     if (code != kDone && i + 1 < files.size()) {
       Note(files[i + 1].file->name(), "not played, since the file before it failed");
     }
+  }
+  for (size_t i = played; report != nullptr && i < files.size(); ++i) {
+    report->Skip(PartOf(files[i]));
   }
   return code;
 }
@@ -202,16 +239,18 @@ int Play(const PlayOptions &options) {
   const std::unique_ptr<ChainTarget> chain = OpenChain(options.chain);
   Outputs outputs(options);
   FILE *const screen = Outputs::Screen(options);
+  const std::unique_ptr<PlayReport> report = OpenReport(options);
+  DriverLog::Sink log = options.inputs.quiet ? DriverLog::Sink(IgnoreLog) : LogTo(screen);
 
   Rehearsal rehearsal(first.image(), first.header(), chain.get(), options.rehearsal,
-                      {options.inputs.quiet ? DriverLog::Sink(IgnoreLog) : LogTo(screen),
-                       outputs.VcdSink(), outputs.ScanSink()});
+                      {report ? report->TakeLog(std::move(log)) : std::move(log), outputs.VcdSink(),
+                       outputs.ScanSink()});
   std::string summaries;
-  const int code = PlayFiles(rehearsal, files, summaries);
-  outputs.Finish(chain.get());
+  const int code = PlayFiles(rehearsal, files, report.get(), summaries);
   if (options.rehearsal.fail_at) {
     WarnOfFailAt(rehearsal, *options.rehearsal.fail_at, first);
   }
+  outputs.Finish(chain.get(), report ? &report->Finish(rehearsal) : nullptr);
   if (!options.inputs.quiet) {
     fmt::print(screen, "{}", summaries);
   }
@@ -247,6 +286,8 @@ void AddFiles(CLI::App &play, Invocation &invocation, PlayOptions &options) {
   AddOutput(play, invocation, "--memory", options.memory,
             "Write the chain's configuration memory at the end, as text")
       ->needs(chain);
+  AddOutput(play, invocation, "--report", options.report,
+            "Write a page to look at: verdict, timeline, records, and where it failed (HTML)");
 }
 
 void AddWaveform(CLI::App &play, PlayOptions &options) {

@@ -4,7 +4,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <utility>
 
 #include "tools/rehearse/lines.h"
 #include "tools/rehearse/mismatch.h"
@@ -47,6 +49,11 @@ class Rehearsal {
             const RehearsalOptions &options, const RehearsalSinks &sinks);
   Rehearsal(const Rehearsal &) = delete;
   Rehearsal &operator=(const Rehearsal &) = delete;
+
+  // As Lines::WatchChanges().
+  void WatchChanges(std::function<void(const LineChange &change)> watcher) {
+    lines_.WatchChanges(std::move(watcher));
+  }
 
   // Plays the image. `ticks` are for looking only.
   void Run(Ticks ticks);

@@ -117,12 +117,12 @@ class Verdict {
   const TvbFile &file_;
 };
 
-std::string Row(const char *label, uint64_t number, const std::string &detail) {
-  return fmt::format("  {:<11}{:>15}  {}\n", label, NumberText(number), detail);
+ReportFigure Count(const char *label, uint64_t number, const std::string &detail) {
+  return {label, number, NumberText(number), detail};
 }
 
-std::string TimeRow(const char *label, uint64_t nanoseconds) {
-  return fmt::format("  {:<11}{:>15}\n", label, TimeText(nanoseconds));
+ReportFigure Time(const char *label, uint64_t nanoseconds) {
+  return {label, nanoseconds, TimeText(nanoseconds), ""};
 }
 
 std::string CallDetail(const LineCounts &counts) {
@@ -146,26 +146,38 @@ int TellVerdict(Rehearsal &rehearsal, const PlayInput &input) {
   return Verdict(rehearsal, input).Tell();
 }
 
+const char *VerdictWords(const Rehearsal &rehearsal, int code) {
+  return code != kDone                                ? "failed"
+         : rehearsal.playhead().compared_scans() == 0 ? "done, nothing is compared"
+                                                      : "done, every comparison held";
+}
+
 std::string Summary(Rehearsal &rehearsal, int code) {
   const Playhead &playhead = rehearsal.playhead();
-  const char *verdict = code != kDone                    ? "failed"
-                        : playhead.compared_scans() == 0 ? "done, nothing is compared"
-                                                         : "done, every comparison held";
   return fmt::format("{}, {} ({} compared), {}: {}\n", CountText(playhead.records(), "record"),
                      CountText(playhead.scans(), "scan"), NumberText(playhead.compared_scans()),
-                     CountText(rehearsal.counts().all_clocks(), "clock"), verdict);
+                     CountText(rehearsal.counts().all_clocks(), "clock"),
+                     VerdictWords(rehearsal, code));
+}
+
+std::vector<ReportFigure> TimeFigures(const LineCounts &counts, uint64_t waits, uint64_t waited,
+                                      double call_time) {
+  const uint64_t calls = counts.calls();
+  const auto clocking = static_cast<uint64_t>(static_cast<double>(calls) * call_time);
+  return {Count("pin calls", calls, CallDetail(counts)),
+          Count("clocks", counts.all_clocks(), ClockDetail(counts)),
+          Count("waits", waits, "of 100 us, after run-tests that were clocked too fast"),
+          Time("clocking", clocking),
+          Time("waiting", waited),
+          Time("whole", clocking + waited)};
 }
 
 std::string TimeTable(const LineCounts &counts, const BoardClock &clock, double call_time) {
-  const uint64_t calls = counts.calls();
-  const auto clocking = static_cast<uint64_t>(static_cast<double>(calls) * call_time);
   std::string table = fmt::format("on a board, at {} ns a pin call:\n", RealText(call_time));
-  table += Row("pin calls", calls, CallDetail(counts));
-  table += Row("clocks", counts.all_clocks(), ClockDetail(counts));
-  table += Row("waits", clock.waits(), "of 100 us, after run-tests that were clocked too fast");
-  table += TimeRow("clocking", clocking);
-  table += TimeRow("waiting", clock.waited());
-  table += TimeRow("whole", clocking + clock.waited());
+  for (const ReportFigure &figure : TimeFigures(counts, clock.waits(), clock.waited(), call_time)) {
+    const std::string detail = figure.detail.empty() ? "" : "  " + figure.detail;
+    table += fmt::format("  {:<11}{:>15}{}\n", figure.label, figure.text, detail);
+  }
   return table;
 }
 

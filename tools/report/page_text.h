@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// The page around its data. embed.cmake makes the definitions of page.html, page.css and page.js
+// when the tool is built.
+#pragma once
+
+#include <string_view>
+
+namespace tool {
+
+extern const std::string_view kPageHead;  // up to the data
+extern const std::string_view kPageTail;
+
+}  // namespace tool
