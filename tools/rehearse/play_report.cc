@@ -135,6 +135,7 @@ void PlayReport::End(Rehearsal &rehearsal, int code) {
   const BoardClock &clock = rehearsal.clock();
   shown.end = clock.now();
   timeline_->Finish(shown.end, rehearsal.result().position, rehearsal.result().done);
+  shown.spent = timeline_->spent();
   if (rehearsal.mismatch()) {
     AddFailure(*rehearsal.mismatch(), shown.end);
   }
@@ -161,7 +162,8 @@ void PlayReport::AddFailure(const Mismatch &mismatch, uint64_t end) {
   failure.header = mismatch.header;
   failure.loop = mismatch.loop;
   failure.pass = mismatch.pass;
-  failure.time = end;
+  failure.begin = timeline_->stopped_since();
+  failure.end = end;
   failure.compared = mismatch.mask.Ones();
   failure.differ = Differences(mismatch).Ones();
   failure.rows = FailedBits(mismatch);
@@ -182,7 +184,8 @@ void PlayReport::ListFailed(const Mismatch &mismatch, uint64_t end) {
     row.record = mismatch.record;
     row.scan = mismatch.scan;
     row.loop = mismatch.loop;
-    row.begin = end;
+    row.begin = timeline_->stopped_since();
+    row.time = end - *row.begin;
     --data_.files.back().unlisted;
   }
 }

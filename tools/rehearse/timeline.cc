@@ -143,12 +143,17 @@ void Timeline::BeginScan(uint64_t time) {
 
 void Timeline::EndScan(uint64_t time) {
   if (scanned_) {
-    now_ = time;
-    EndRow(*scanned_);
-    scanned_.reset();
+    EndScanRow(time);
   } else if (playhead_.scan() == nullptr) {
     EndOwn(time);
   }
+}
+
+void Timeline::EndScanRow(uint64_t end) {
+  (scanned_->record.opcode == tvb::kSir ? spent_.ir : spent_.dr) += end - now_;
+  now_ = end;
+  EndRow(*scanned_);
+  scanned_.reset();
 }
 
 void Timeline::EndOwn(uint64_t time) {
@@ -156,6 +161,7 @@ void Timeline::EndOwn(uint64_t time) {
   row.kind = own_kind_;
   row.begin = now_;
   row.time = time - now_;
+  spent_.own += row.time;
   now_ = time;
 }
 
@@ -184,8 +190,11 @@ void Timeline::WalkRest(uint64_t end, uint64_t position, bool done) {
 void Timeline::Spend(const tvb::PlayedRecord &played, uint64_t end) {
   BeginRow(played);
   if (played.clocks > 0 && played.record.opcode == tvb::kRunTest) {
-    const auto calls = static_cast<double>(tvb::RunTestPinCalls(played.clocks));
-    now_ = std::min(end, now_ + static_cast<uint64_t>(calls * call_time_) + WaitOf(played));
+    const uint64_t wait = WaitOf(played);
+    const uint64_t before = now_;
+    now_ = std::min(end, before + ClockingOf(played) + wait);
+    spent_.waited += std::min(wait, now_ - before);
+    spent_.clocked += now_ - before - std::min(wait, now_ - before);
   }
   EndRow(played);
 }
@@ -194,9 +203,13 @@ uint64_t Timeline::WaitOf(const tvb::PlayedRecord &played) const {
   if (played.record.opcode != tvb::kRunTest || played.clocks == 0) {
     return 0;
   }
+  return tvb::RunTestWait(played.clocks, order_.player().rate().Clocked(), ClockingOf(played));
+}
+
+// Of a run-test.
+uint64_t Timeline::ClockingOf(const tvb::PlayedRecord &played) const {
   const auto calls = static_cast<double>(tvb::RunTestPinCalls(played.clocks));
-  return tvb::RunTestWait(played.clocks, order_.player().rate().Clocked(),
-                          static_cast<uint64_t>(calls * call_time_));
+  return static_cast<uint64_t>(calls * call_time_);
 }
 
 void Timeline::BeginRow(const tvb::PlayedRecord &played) {
@@ -225,9 +238,9 @@ void Timeline::EndRow(const tvb::PlayedRecord &played) {
 }
 
 void Timeline::Finish(uint64_t end, uint64_t position, bool done) {
+  stopped_since_ = scanned_ ? now_ : end;
   if (scanned_) {
-    now_ = end;
-    EndRow(*scanned_);
+    EndScanRow(end);
   } else {
     WalkRest(end, position, done);
   }

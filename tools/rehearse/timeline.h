@@ -43,6 +43,15 @@ class Timeline {
   // all of the file.
   void Finish(uint64_t end, uint64_t position, bool done);
 
+  const ReportSpent &spent() const {
+    return spent_;
+  }
+
+  // When the scan began in which the download stopped; its end if there is none.
+  uint64_t stopped_since() const {
+    return stopped_since_;
+  }
+
  private:
   void BeginScan(uint64_t time);
   void EndScan(uint64_t time);
@@ -52,12 +61,16 @@ class Timeline {
   void Spend(const tvb::PlayedRecord &played, uint64_t end);
   void BeginRow(const tvb::PlayedRecord &played);
   void EndRow(const tvb::PlayedRecord &played);
+  void EndScanRow(uint64_t end);
+  uint64_t ClockingOf(const tvb::PlayedRecord &played) const;
   uint64_t WaitOf(const tvb::PlayedRecord &played) const;
   ReportRecord *RowOf(uint64_t record);
 
   tvb::PlayOrder order_;
   const Playhead &playhead_;
   double call_time_;
+  ReportSpent spent_;
+  uint64_t stopped_since_ = 0;
   uint64_t now_;  // up to here the records so far take
   std::vector<ReportRecord> &rows_;
   std::vector<ReportRecord> own_;

@@ -116,7 +116,8 @@ struct ReportFailure {
   uint64_t header = 0;  // bits shifted before the record's own
   uint64_t loop = 0;
   uint64_t pass = 1;
-  uint64_t time = 0;
+  uint64_t begin = 0;  // of the scan, and when it stopped
+  uint64_t end = 0;
   uint64_t compared = 0;
   uint64_t differ = 0;
   std::vector<ReportBits> rows;  // all bits, or the first stretches that differ
@@ -143,6 +144,15 @@ struct ReportFigure {
   std::string detail;
 };
 
+// What the kinds take of a file's time, in nanoseconds, all passes of loops included.
+struct ReportSpent {
+  uint64_t ir = 0;
+  uint64_t dr = 0;
+  uint64_t clocked = 0;  // run-tests
+  uint64_t waited = 0;   // at their ends
+  uint64_t own = 0;      // what the driver does by itself
+};
+
 struct ReportFile {
   std::string name;
   uint64_t size = 0;
@@ -153,6 +163,7 @@ struct ReportFile {
   uint64_t end = 0;
   std::vector<ReportRecord> records;
   uint64_t unlisted = 0;  // records that are not in `records`
+  ReportSpent spent;
   std::vector<ReportFigure> figures;
   std::optional<ReportFailure> failure;
 };

@@ -1,13 +1,26 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #
-# Puts page.css and page.js into page.html and writes it as a C++ source:
+# Puts the style and the scripts of page/ into page/page.html and writes it as a C++ source:
 #   cmake -D OUT=FILE -P embed.cmake
-set(here ${CMAKE_CURRENT_LIST_DIR})
-foreach(part html css js)
-  file(READ ${here}/page.${part} ${part})
+set(page_folder ${CMAKE_CURRENT_LIST_DIR}/page)
+# The last one starts the page.
+set(page_scripts data.js search.js timeline.js table.js wave.js failure.js page.js)
+
+# Where the build includes this file: what the page is made of.
+list(TRANSFORM page_scripts PREPEND ${page_folder}/ OUTPUT_VARIABLE page_parts)
+list(APPEND page_parts ${page_folder}/page.html ${page_folder}/page.css)
+if(NOT CMAKE_SCRIPT_MODE_FILE)
+  return()
+endif()
+
+file(READ ${page_folder}/page.html page)
+file(READ ${page_folder}/page.css style)
+foreach(name ${page_scripts})
+  file(READ ${page_folder}/${name} part)
+  string(APPEND script "${part}\n")
 endforeach()
-string(REPLACE "@STYLE@" "${css}" page "${html}")
-string(REPLACE "@SCRIPT@" "${js}" page "${page}")
+string(REPLACE "@STYLE@" "${style}" page "${page}")
+string(REPLACE "@SCRIPT@" "${script}" page "${page}")
 
 string(FIND "${page}" "@DATA@" place)
 string(LENGTH "@DATA@" length)
@@ -15,7 +28,7 @@ string(SUBSTRING "${page}" 0 ${place} head)
 math(EXPR place "${place} + ${length}")
 string(SUBSTRING "${page}" ${place} -1 tail)
 
-file(WRITE ${OUT} "// Made of tools/report/page.* by embed.cmake.
+file(WRITE ${OUT} "// Made of tools/report/page/ by embed.cmake.
 #include \"tools/report/page_text.h\"
 
 namespace tool {

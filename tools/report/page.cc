@@ -76,6 +76,10 @@ Json Columns(const std::vector<ReportRecord> &records) {
 }
 
 Json WaveObject(const ReportWave &wave) {
+  Json levels = Json::array();
+  for (const bool level : wave.levels) {
+    levels.push_back(level ? 1 : 0);
+  }
   Json changes = Json::array();
   for (const ReportChange &change : wave.changes) {
     Json entry = {change.time, change.line, change.level ? 1 : 0};
@@ -86,7 +90,7 @@ Json WaveObject(const ReportWave &wave) {
   }
   return {{"begin", wave.begin},
           {"end", wave.end},
-          {"levels", Json(wave.levels)},
+          {"levels", std::move(levels)},
           {"state", wave.state},
           {"changes", std::move(changes)}};
 }
@@ -125,12 +129,21 @@ Json FailureObject(const std::optional<ReportFailure> &failure) {
           {"header", failure->header},
           {"loop", failure->loop},
           {"pass", failure->pass},
-          {"time", failure->time},
+          {"begin", failure->begin},
+          {"end", failure->end},
           {"compared", failure->compared},
           {"differ", failure->differ},
           {"rows", BitRows(failure->rows)},
           {"wave", WaveObject(failure->wave)},
           {"source", SourceObject(failure->source)}};
+}
+
+Json SpentObject(const ReportSpent &spent) {
+  return {{"ir", spent.ir},
+          {"dr", spent.dr},
+          {"clocked", spent.clocked},
+          {"waited", spent.waited},
+          {"own", spent.own}};
 }
 
 Json FileObject(const ReportFile &file) {
@@ -142,6 +155,7 @@ Json FileObject(const ReportFile &file) {
           {"begin", file.begin},
           {"end", file.end},
           {"unlisted", file.unlisted},
+          {"spent", SpentObject(file.spent)},
           {"figures", FigureTable(file.figures)},
           {"failure", FailureObject(file.failure)},
           {"records", Columns(file.records)}};
