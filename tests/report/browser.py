@@ -95,7 +95,6 @@ class Browser:
                   downloadThroughput=0, uploadThroughput=0)
         self.call("Emulation.setDeviceMetricsOverride", width=width, height=height,
                   deviceScaleFactor=1, mobile=False)
-        self.events = []
         self.call("Page.navigate", url=url)
         self.wait_for("document.documentElement?.dataset.ready === 'yes'")
 
