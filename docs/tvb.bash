@@ -28,6 +28,7 @@ _tvb_value() {
     'play --chain') _tvb_files json "$3" ;;
     *' --map') _tvb_files map "$3" ;;
     *' --vcd') _tvb_files vcd "$3" ;;
+    *' --report') _tvb_files html "$3" ;;
     *' --scans' | *' --memory') _tvb_files txt "$3" ;;
     *' --fail-at' | *' --vcd-idle' | *' --pin-ns' | *' --longest-wait' | *' --require-idcode' | 'compile --chain') ;;
     *) return 1 ;;
@@ -40,7 +41,7 @@ _tvb_options() {
     decompile) echo '--force --output -o' ;;
     dump) echo '--json --hex' ;;
     check) echo '--strict' ;;
-    play) echo '--map --pause-as-idle --echo --chain --fail-at --vcd --vcd-idle --vcd-state --scans --memory --time --pin-ns --quiet -q' ;;
+    play) echo '--map --pause-as-idle --echo --chain --fail-at --vcd --vcd-idle --vcd-state --scans --memory --report --time --pin-ns --quiet -q' ;;
     '') echo '--version' ;;
   esac
   echo '--help -h'

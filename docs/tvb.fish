@@ -60,6 +60,7 @@ complete -c tvb -n '__tvb_in play' -l vcd-idle -x -d 'Clocks to draw of a stay i
 complete -c tvb -n '__tvb_in play' -l vcd-state -xa 'none bits string' -d 'How to draw the TAP state'
 complete -c tvb -n '__tvb_in play' -l scans -ra '(__tvb_files txt)' -d 'Write the scans as text'
 complete -c tvb -n '__tvb_in play' -l memory -ra '(__tvb_files txt)' -d 'Write the configuration memory as text'
+complete -c tvb -n '__tvb_in play' -l report -ra '(__tvb_files html)' -d 'Write a page to look at'
 complete -c tvb -n '__tvb_in play' -l time -d 'Tell what the download takes on a board'
 complete -c tvb -n '__tvb_in play' -l pin-ns -x -d 'Nanoseconds that a pin call takes'
 complete -c tvb -n '__tvb_in play' -s q -l quiet -d 'Print neither the log nor the summary'

@@ -86,6 +86,7 @@ _tvb_play_options() {
     '--vcd-state=[how to draw the TAP state]:form:(none bits string)' \
     '--scans=[write the scans as text]:text file:_files -g "*.txt(-.)"' \
     '--memory=[write the configuration memory as text]:text file:_files -g "*.txt(-.)"' \
+    '--report=[write a page to look at]:page:_files -g "*.html(-.)"' \
     '--time[tell what the download takes on a board]' \
     '--pin-ns=[nanoseconds that a pin call takes]:nanoseconds: ' \
     '(--quiet)-q[print neither the log nor the summary]' \
