@@ -22,19 +22,27 @@ endforeach()
 string(REPLACE "@STYLE@" "${style}" page "${page}")
 string(REPLACE "@SCRIPT@" "${script}" page "${page}")
 
-string(FIND "${page}" "@DATA@" place)
-string(LENGTH "@DATA@" length)
-string(SUBSTRING "${page}" 0 ${place} head)
-math(EXPR place "${place} + ${length}")
-string(SUBSTRING "${page}" ${place} -1 tail)
+# What stands before and behind a mark.
+function(split text mark before behind)
+  string(FIND "${text}" "${mark}" place)
+  string(LENGTH "${mark}" length)
+  string(SUBSTRING "${text}" 0 ${place} head)
+  math(EXPR place "${place} + ${length}")
+  string(SUBSTRING "${text}" ${place} -1 tail)
+  set(${before} "${head}" PARENT_SCOPE)
+  set(${behind} "${tail}" PARENT_SCOPE)
+endfunction()
+split("${page}" "@PLAIN@" page_head page_rest)
+split("${page_rest}" "@DATA@" page_middle page_tail)
 
 file(WRITE ${OUT} "// Made of tools/report/page/ by embed.cmake.
 #include \"tools/report/page_text.h\"
 
 namespace tool {
 
-const std::string_view kPageHead = R\"__page__(${head})__page__\";
-const std::string_view kPageTail = R\"__page__(${tail})__page__\";
+const std::string_view kPageHead = R\"__page__(${page_head})__page__\";
+const std::string_view kPageMiddle = R\"__page__(${page_middle})__page__\";
+const std::string_view kPageTail = R\"__page__(${page_tail})__page__\";
 
 }  // namespace tool
 ")

@@ -192,10 +192,41 @@ Json HeadObject(const ReportData &data) {
           {"texts", data.texts.all()}};
 }
 
+// The text for a reader without scripts.
+std::string PlainText(const ReportData &data) {
+  std::string text = data.title + ": " + data.words + "\n";
+  for (const ReportFile &file : data.files) {
+    text += file.name + ": " + (file.summary.empty() ? file.words : file.summary) + "\n";
+  }
+  for (const ReportMessage &message : data.messages) {
+    text += message.place + ": " + message.kind + ": " + message.text + "\n";
+  }
+  for (const ReportFile &file : data.files) {
+    text += file.failure ? file.failure->detail + "\n" : "";
+  }
+  return text;
+}
+
+std::string HtmlText(const std::string &text) {
+  std::string safe;
+  for (const char c : text) {
+    if (c == '<') {
+      safe += "&lt;";
+    } else if (c == '&') {
+      safe += "&amp;";
+    } else {
+      safe += c;
+    }
+  }
+  return safe;
+}
+
 }  // namespace
 
 void WritePage(const ReportData &data, const PageSink &sink) {
   sink(kPageHead);
+  sink(HtmlText(PlainText(data)));
+  sink(kPageMiddle);
   sink(ScriptText(HeadObject(data)));
   for (const ReportFile &file : data.files) {
     sink("</script>\n<script type=\"application/json\" class=\"file\">");

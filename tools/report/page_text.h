@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The page around its data. embed.cmake makes the definitions of page.html, page.css and page.js
+// The page around its text and its data. embed.cmake makes the definitions of page.html, page.css and page.js
 // when the tool is built.
 #pragma once
 
@@ -8,7 +8,8 @@
 
 namespace tool {
 
-extern const std::string_view kPageHead;  // up to the data
+extern const std::string_view kPageHead;    // up to the text
+extern const std::string_view kPageMiddle;  // up to the data
 extern const std::string_view kPageTail;
 
 }  // namespace tool

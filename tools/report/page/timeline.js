@@ -296,11 +296,24 @@ class Timeline {
     if (file.failure) drawFailureMark(context, this.x(file.failure.end), this.bottom, this.colours);
   }
 
+  // What is under the window is drawn once for each file, width and colours.
   drawOverview() {
     const context = prepareCanvas(this.overview, this.width, OVERVIEW_HEIGHT);
     const {file} = this;
     const scale = (this.right - GUTTER) / Math.max(file.end - file.begin, 1);
     const x = (time) => GUTTER + (time - file.begin) * scale;
+    const key = `${files.indexOf(file)} ${this.width} ${window.devicePixelRatio} ${this.colours.ground}`;
+    if (this.groundKey !== key) {
+      this.groundKey = key;
+      this.ground = document.createElement("canvas");
+      this.drawOverviewGround(prepareCanvas(this.ground, this.width, OVERVIEW_HEIGHT), x);
+    }
+    context.drawImage(this.ground, 0, 0, this.width, OVERVIEW_HEIGHT);
+    this.drawWindow(context, x(this.from), x(this.to));
+  }
+
+  drawOverviewGround(context, x) {
+    const {file} = this;
     context.fillStyle = this.colours.lane;
     context.fillRect(GUTTER, 6, this.right - GUTTER, 22);
     const tops = {ir: 8, dr: 14, idle: 20};
@@ -319,7 +332,6 @@ class Timeline {
       context.fillRect(x(loop.firstEnd), 8, x(loop.end) - x(loop.firstEnd), 18);
     }
     if (file.failure) drawFailureMark(context, x(file.failure.end), 30, this.colours);
-    this.drawWindow(context, x(this.from), x(this.to));
   }
 
   drawWindow(context, left, right) {
