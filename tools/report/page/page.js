@@ -63,18 +63,18 @@ function chooseRow(row, moves = true) {
   saveAddress();
 }
 
-// The time that each kind takes, all passes of loops included.
+// The records that are played, and the time that each kind takes, all passes of loops included.
 function showLegend(file) {
-  const count = (kinds) => file.kinds.filter((kind) => kinds.includes(kind)).length;
-  const compares = file.records.compared.filter((compared) => compared > 0).length;
+  const {compared, wait} = file.records;
+  const count = (fits) => file.kinds.filter((kind, row) => file.isPlayed(row) && fits(kind, row)).length;
   const {spent} = file;
   const lines = [
-    ["ir", "Instruction scans (SIR)", count(["SIR"]), spent.ir],
-    ["dr", "Data scans (SDR)", count(["SDR"]), spent.dr],
-    ["compared", "of these scans, those that compare TDO", compares, null],
-    ["idle", "Run-tests, clocked", count(["RUNTEST"]), spent.clocked],
-    ["wait", "Run-tests, waiting with TCK at rest", file.records.wait.filter((wait) => wait > 0).length, spent.waited],
-    ["own", "The driver's own: reset, IDCODE", count(["RESET", "IR", "DR"]), spent.own],
+    ["ir", "Instruction scans (SIR)", count((kind) => kind === "SIR"), spent.ir],
+    ["dr", "Data scans (SDR)", count((kind) => kind === "SDR"), spent.dr],
+    ["compared", "of these scans, those that compare TDO", count((_, row) => compared[row] > 0), null],
+    ["idle", "Run-tests, clocked", count((kind) => kind === "RUNTEST"), spent.clocked],
+    ["wait", "Run-tests, waiting with TCK at rest", count((_, row) => wait[row] > 0), spent.waited],
+    ["own", "The driver's own: reset, IDCODE", count((_, row) => file.isOwn(row)), spent.own],
     ["loop", "Loops", file.loops.length, null],
   ];
   const whole = file.end - file.begin;
@@ -101,7 +101,7 @@ function showLimits(file) {
     : "";
   element("limits").textContent =
     `Of data with more than ${digits} hexadecimal digits the first and the last ${digits / 2} are shown; the search knows ` +
-    `these only. Rows in a loop show their first pass.${left}`;
+    `these only. Rows in a loop show their first pass.${left}${file.count > MAX_PRINTED_ROWS ? ` Printed are the first ${numberText(MAX_PRINTED_ROWS)} rows.` : ""}`;
 }
 
 function makeFigures(caption, figures) {

@@ -28,7 +28,7 @@ function dataCell(file, row) {
   const parts = [];
   for (const column of ["tdi", "tdo", "mask"]) {
     if (file.records[column][row] === 0) continue;
-    parts.push(make("span", {}, make("b", {}, column.toUpperCase()), ` ${file.data(row, column)}`));
+    parts.push(make("span", {class: column}, make("b", {}, column.toUpperCase()), ` ${file.data(row, column)}`));
   }
   return parts;
 }
@@ -176,9 +176,14 @@ class Table {
     if (records.compared[row] > 0) add("Compares", countText(records.compared[row], "bit"));
     if (records.scan[row] > 0) add("Scan", numberText(records.scan[row]));
     add("On the board", playedText(file, row));
+    if (file.failure && file.failure.record === records.record[row]) add("Failed", failedText(file.failure));
     if (records.loop[row] > 0) add("Loop", `of record ${records.loop[row]}; times are those of the first pass`);
     return rows;
   }
+}
+
+function failedText({bit, loop, pass, end}) {
+  return `at bit ${bit}${loop > 0 ? ` in pass ${numberText(pass)}` : ""}, at ${timeText(end)}`;
 }
 
 function playedText(file, row) {

@@ -210,10 +210,10 @@ class Timeline {
       context.fillStyle = this.colours.compared;
       context.fillRect(left, top + LANE_HEIGHT - 7, right - left - gap, 7);
     }
-    if (right - left > 34) this.drawBlockText(context, row, left, right, top);
+    if (right - left > 34) this.drawBlockText(context, row, left, right, top, shift);
   }
 
-  drawBlockText(context, row, left, right, top) {
+  drawBlockText(context, row, left, right, top, shift) {
     const {file} = this;
     const data = file.data(row, "tdi");
     const name = file.isOwn(row) ? file.kinds[row] : `${file.records.record[row]} ${file.kinds[row]}`;
@@ -221,7 +221,7 @@ class Timeline {
     context.font = "600 11px system-ui, sans-serif";
     context.textAlign = "left";
     // Where a run-test waits longer than it clocks, the text stands in the wait.
-    const rest = right - file.records.wait[row] * this.scale();
+    const rest = Math.min(Math.max(this.x(file.endOf(row) - file.records.wait[row] + shift), left), right);
     const waits = right - rest > rest - left;
     const from = Math.max(waits ? rest : left, GUTTER) + 5;
     const room = Math.min(waits ? right : rest, this.width) - from - 4;
@@ -259,13 +259,17 @@ class Timeline {
   drawNextPasses(context, loop, pass) {
     const first = Math.max(1, Math.floor((this.from - loop.begin) / pass));
     const last = Math.min(loop.passes - 1, Math.ceil((this.to - loop.begin) / pass));
+    context.save();
+    context.beginPath();
+    context.rect(this.x(loop.firstEnd), 0, this.x(loop.end) - this.x(loop.firstEnd), this.bottom);
+    context.clip();
     for (let number = first; number <= last; ++number) {
       const shift = number * pass;
-      const end = Math.min(loop.firstEnd, loop.end - shift);
-      this.drawBlocks(context, loop.begin, end, shift, 0.55);
+      this.drawBlocks(context, loop.begin, loop.firstEnd, shift, 0.55);
       context.fillStyle = this.colours.text;
       context.fillRect(this.x(loop.begin + shift), LOOP_TOP + LOOP_HEIGHT - 5, 1, 5);
     }
+    context.restore();
   }
 
   drawManyPasses(context, loop) {

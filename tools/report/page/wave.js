@@ -1,7 +1,7 @@
 // The lines up to the bit that failed, as a drawing.
 
 const WAVE_LEFT = 46;
-const WAVE_RIGHT = 96;
+const WAVE_RIGHT = 124;
 const STATE_TOP = 84;
 const STATE_HEIGHT = 24;
 const LINE_TOPS = [124, 164, 204, 258];
@@ -40,7 +40,8 @@ class WaveDrawing {
     this.cuts = [];
     this.places = this.placeChanges();
     this.end = this.places[this.places.length - 1] + 3 * STEP_WIDTH;
-    this.svg = makeSvg("svg", {class: "wave", width: this.end + WAVE_RIGHT, height: WAVE_HEIGHT, role: "img",
+    const width = this.end + WAVE_RIGHT;
+    this.svg = makeSvg("svg", {class: "wave", width, height: WAVE_HEIGHT, viewBox: `0 0 ${width} ${WAVE_HEIGHT}`, role: "img",
       "aria-label": `TCK, TMS, TDI, TDO and the TAP's state up to bit ${failure.bit} of scan ${failure.scan}`});
   }
 
@@ -111,6 +112,11 @@ class WaveDrawing {
     this.svg.setAttribute("viewBox", `0 ${free} ${this.end + WAVE_RIGHT} ${WAVE_HEIGHT - free}`);
   }
 
+  lastLevel(line) {
+    const last = this.wave.changes.filter((change) => change[1] === line).pop();
+    return last ? last[2] : this.wave.levels[line];
+  }
+
   drawLine(line) {
     const top = LINE_TOPS[line];
     const y = (level) => (level ? top : top + LINE_HEIGHT);
@@ -119,6 +125,7 @@ class WaveDrawing {
       if (change[1] === line) path += `H${this.places[i]}V${y(change[2])}`;
     });
     this.add("text", {x: WAVE_LEFT - 8, y: top + 16, class: "line-name"}, LINE_NAMES[line]);
+    this.add("text", {x: this.end + 8, y: y(this.lastLevel(line)) + 4, class: "line-name at-end"}, LINE_NAMES[line]);
     this.add("path", {d: `${path}H${this.end}`, class: `wave-line line-${line}`});
   }
 
@@ -161,12 +168,9 @@ class WaveDrawing {
     const left = lastFall < 0 ? this.end - 4 * STEP_WIDTH : this.places[lastFall];
     const wrong = /expected [01], read [01]/.exec(failure.sentence);
     this.add("rect", {x: left, y: STATE_TOP - 2, width: this.end - left, height: LINE_TOPS[3] + LINE_HEIGHT + 8 - STATE_TOP, class: "failed-bit"});
-    this.add("text", {x: this.end + 6, y: LINE_TOPS[3] + 8, class: "failed-text"}, `bit ${failure.bit}`);
-    if (wrong) {
-      const [expected, read] = wrong[0].split(", ");
-      this.add("text", {x: this.end + 6, y: LINE_TOPS[3] + 24, class: "failed-text"}, read);
-      this.add("text", {x: this.end + 6, y: LINE_TOPS[3] + 40, class: "failed-text"}, expected);
-    }
+    const texts = [`bit ${failure.bit}`, ...(wrong ? wrong[0].split(", ") : [])];
+    texts.forEach((text, i) =>
+      this.add("text", {x: this.end + 42, y: LINE_TOPS[3] + 4 + 16 * i, class: "failed-text"}, text));
   }
 
   drawCuts() {
