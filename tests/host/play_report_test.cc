@@ -160,6 +160,17 @@ TEST(PlayReport, TellsWhatAScanComparesAndItsData) {
   EXPECT_EQ(data.texts.all()[scan->mask], "0FFF");
 }
 
+TEST(PlayReport, CountsNoBitBeyondTheRegister) {
+  tvb::Writer writer;
+  writer.Sdr(4, tvb::Buffer{0xFF}, tvb::Buffer{0xFF}, tvb::Buffer{0xFF});
+  const tvb::Buffer image = writer.Finish();
+  std::vector<tool::ReportRecord> rows;
+  tool::ReportTexts texts;
+  EXPECT_EQ(tool::ListRecords(image, tvb::ReadHeader(image), 10, rows, texts), 0u);
+  EXPECT_EQ(rows.at(0).compared, 4u);
+  EXPECT_EQ(texts.all()[rows[0].mask], "F");
+}
+
 TEST(PlayReport, HasTheFiguresOfTheTable) {
   ReportedRun run({ReportFile(), ReportLoopFile()});
   const tool::ReportData &data = run.data();
