@@ -115,6 +115,15 @@ TEST(PlayReport, TellsWhenEachRecordIsPlayed) {
   EXPECT_EQ(file.end, run.rehearsal().clock().now());
 }
 
+TEST(PlayReport, KnowsThatARunTestWithoutClocksWaits) {
+  tvb::Writer writer;
+  writer.FreshFrequency(16);
+  writer.RunTest(std::chrono::microseconds(60));
+  writer.Frequency(0);
+  ReportedRun run({writer.Finish()});
+  EXPECT_THAT(RowTexts(run.data().files.at(0)), testing::Contains("5 3 22300 100200 100000 0"));
+}
+
 TEST(PlayReport, SharesOutTheWholeTime) {
   for (const tvb::Buffer &image : {ReportFile(), ReportLoopFile()}) {
     ReportedRun run({image});

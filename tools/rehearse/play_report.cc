@@ -14,8 +14,8 @@ namespace {
 
 constexpr size_t kLastChanges = 200;
 
-constexpr size_t kRowBits = 64;
-constexpr size_t kMaxRows = 64;
+constexpr size_t kShownRowBits = 64;
+constexpr size_t kMaxShownRows = 64;
 
 ReportVerdict VerdictOf(const Playhead &playhead, int code) {
   if (code != kDone) {
@@ -45,13 +45,13 @@ std::string WithoutLineEnd(std::string text) {
 }
 
 ReportBits BitsAt(const Mismatch &mismatch, size_t first) {
-  const size_t count = std::min(kRowBits, mismatch.mask.size() - first);
+  const size_t count = std::min(kShownRowBits, mismatch.mask.size() - first);
   return {first, count, mismatch.expected.Hex(first, count), mismatch.read.Hex(first, count),
           mismatch.mask.Hex(first, count)};
 }
 
 bool Differs(const BitRow &differences, size_t first) {
-  const size_t end = std::min(first + kRowBits, differences.size());
+  const size_t end = std::min(first + kShownRowBits, differences.size());
   for (size_t bit = first; bit < end; ++bit) {
     if (differences[bit]) {
       return true;
@@ -67,11 +67,11 @@ BitRow Differences(const Mismatch &mismatch) {
 }  // namespace
 
 std::vector<ReportBits> FailedBits(const Mismatch &mismatch) {
-  const bool whole = mismatch.mask.size() <= kRowBits * kMaxRows;
+  const bool whole = mismatch.mask.size() <= kShownRowBits * kMaxShownRows;
   const BitRow differences = Differences(mismatch);
   std::vector<ReportBits> rows;
-  for (size_t first = 0; first < mismatch.mask.size() && rows.size() < kMaxRows;
-       first += kRowBits) {
+  for (size_t first = 0; first < mismatch.mask.size() && rows.size() < kMaxShownRows;
+       first += kShownRowBits) {
     if (whole || Differs(differences, first)) {
       rows.push_back(BitsAt(mismatch, first));
     }

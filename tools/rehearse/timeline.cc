@@ -189,7 +189,7 @@ void Timeline::WalkRest(uint64_t end, uint64_t position, bool done) {
 
 void Timeline::Spend(const tvb::PlayedRecord &played, uint64_t end) {
   BeginRow(played);
-  if (played.clocks > 0 && played.record.opcode == tvb::kRunTest) {
+  if (played.record.Runs()) {
     const uint64_t wait = WaitOf(played);
     const uint64_t before = now_;
     now_ = std::min(end, before + ClockingOf(played) + wait);
@@ -200,7 +200,7 @@ void Timeline::Spend(const tvb::PlayedRecord &played, uint64_t end) {
 }
 
 uint64_t Timeline::WaitOf(const tvb::PlayedRecord &played) const {
-  if (played.record.opcode != tvb::kRunTest || played.clocks == 0) {
+  if (!played.record.Runs()) {
     return 0;
   }
   return tvb::RunTestWait(played.clocks, order_.player().rate().Clocked(), ClockingOf(played));
