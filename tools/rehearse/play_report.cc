@@ -12,8 +12,6 @@
 namespace tool {
 namespace {
 
-constexpr size_t kLastChanges = 200;
-
 constexpr size_t kShownRowBits = 64;
 constexpr size_t kMaxShownRows = 64;
 
@@ -83,8 +81,7 @@ PlayReport::PlayReport(std::string target, double pin_ns)
     : pin_ns_(pin_ns),
       messages_([this](std::string_view kind, std::string_view place, std::string_view text) {
         data_.messages.push_back({std::string(kind), std::string(place), std::string(text)});
-      }),
-      last_changes_(kLastChanges) {
+      }) {
   data_.title = "Rehearsal";
   data_.target = std::move(target);
   data_.clocking = fmt::format("on a board, at {} ns a pin call", RealText(pin_ns));
@@ -137,7 +134,7 @@ void PlayReport::End(Rehearsal &rehearsal, int code) {
   timeline_->Finish(shown.end, rehearsal.result().position, rehearsal.result().done);
   shown.spent = timeline_->spent();
   if (rehearsal.mismatch()) {
-    AddFailure(*rehearsal.mismatch(), shown.end);
+    AddFailure(*rehearsal.mismatch(), rehearsal.lines());
   }
   shown.verdict = VerdictOf(rehearsal.playhead(), code);
   shown.words = VerdictWords(rehearsal, code);
@@ -150,7 +147,8 @@ void PlayReport::Skip(const PlayedFile &file) {
   AddFile(file);
 }
 
-void PlayReport::AddFailure(const Mismatch &mismatch, uint64_t end) {
+void PlayReport::AddFailure(const Mismatch &mismatch, const Lines &lines) {
+  const uint64_t end = data_.files.back().end;
   ReportFailure &failure = data_.files.back().failure.emplace();
   failure.place = fmt::format("offset 0x{:X} (record {})", mismatch.offset, mismatch.record);
   failure.sentence = MismatchSentence(mismatch);
@@ -167,7 +165,7 @@ void PlayReport::AddFailure(const Mismatch &mismatch, uint64_t end) {
   failure.compared = mismatch.mask.Ones();
   failure.differ = Differences(mismatch).Ones();
   failure.rows = FailedBits(mismatch);
-  failure.wave = last_changes_.Wave(end);
+  failure.wave = last_changes_.Wave(lines, end);
   ListFailed(mismatch, end);
 }
 

@@ -46,7 +46,7 @@ class PlayReport {
  private:
   ReportFile &AddFile(const PlayedFile &file);
   void Watch(Rehearsal &rehearsal);
-  void AddFailure(const Mismatch &mismatch, uint64_t end);
+  void AddFailure(const Mismatch &mismatch, const Lines &lines);
   void ListFailed(const Mismatch &mismatch, uint64_t end);
 
   double pin_ns_;

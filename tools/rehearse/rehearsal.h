@@ -78,6 +78,9 @@ class Rehearsal {
     return !flipped_ || flipped_->was_there();
   }
 
+  const Lines &lines() const {
+    return lines_;
+  }
   const BoardClock &clock() const {
     return clock_;
   }

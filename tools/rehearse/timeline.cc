@@ -251,26 +251,24 @@ ReportRecord *Timeline::RowOf(uint64_t record) {
   return record <= rows_.size() ? &rows_[record - 1] : nullptr;
 }
 
-void LastChanges::Add(const LineChange &change) {
-  changes_.push_back(change);
-  if (changes_.size() > count_) {
-    const LineChange &oldest = changes_.front();
-    levels_[static_cast<int>(oldest.line)] = oldest.level;
-    state_ = oldest.state;
-    begin_ = oldest.time;
-    changes_.pop_front();
-  }
-}
-
-ReportWave LastChanges::Wave(uint64_t end) const {
+ReportWave LastChanges::Wave(const Lines &lines, uint64_t end) const {
+  const uint64_t first = added_ - std::min<uint64_t>(added_, kShown);
+  const LineChange *before = first == 0 ? nullptr : &kept_[(first - 1) % kKept];
   ReportWave wave;
-  wave.begin = begin_;
+  wave.begin = before == nullptr ? 0 : before->time;
   wave.end = end;
-  std::copy(std::begin(levels_), std::end(levels_), std::begin(wave.levels));
-  wave.state = svf::StandardName(state_);
-  for (const LineChange &change : changes_) {
+  wave.state = svf::StandardName(before == nullptr ? svf::TapState::kReset : before->state);
+  for (const Line line : {Line::kTck, Line::kTms, Line::kTdi, Line::kTdo}) {
+    wave.levels[static_cast<int>(line)] = lines.level(line);
+  }
+  for (uint64_t i = first; i < added_; ++i) {
+    const LineChange &change = kept_[i % kKept];
     wave.changes.push_back({change.time, static_cast<uint8_t>(change.line), change.level,
                             change.entered ? std::string(svf::StandardName(change.state)) : ""});
+  }
+  // A change is one to the other level.
+  for (auto change = wave.changes.rbegin(); change != wave.changes.rend(); ++change) {
+    wave.levels[change->line] = !change->level;
   }
   return wave;
 }

@@ -3,9 +3,9 @@
 // When the records of a file are played, and the last changes of the lines.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <deque>
-#include <functional>
 #include <optional>
 #include <vector>
 
@@ -79,22 +79,22 @@ class Timeline {
   ReportKind own_kind_ = ReportKind::kReset;
 };
 
-// Keeps the last changes of the lines, and the levels before them.
+// Keeps the last changes of the lines. Add() is called at every edge, so it only stores.
 class LastChanges {
  public:
-  explicit LastChanges(size_t count) : count_(count) {}
+  void Add(const LineChange &change) {
+    kept_[added_++ % kKept] = change;
+  }
 
-  void Add(const LineChange &change);
-
-  // They end at `end`.
-  ReportWave Wave(uint64_t end) const;
+  // The last ones up to `end`. `lines` have the levels after them.
+  ReportWave Wave(const Lines &lines, uint64_t end) const;
 
  private:
-  size_t count_;
-  bool levels_[4] = {false, true, true, true};
-  svf::TapState state_ = svf::TapState::kReset;
-  uint64_t begin_ = 0;
-  std::deque<LineChange> changes_;
+  static constexpr size_t kKept = 256;
+  static constexpr size_t kShown = 200;  // fewer: the one before them tells the TAP's state
+
+  uint64_t added_ = 0;
+  std::array<LineChange, kKept> kept_;
 };
 
 }  // namespace tool
