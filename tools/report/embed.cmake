@@ -4,7 +4,8 @@
 #   cmake -D OUT=FILE -P embed.cmake
 set(page_folder ${CMAKE_CURRENT_LIST_DIR}/page)
 # The last one starts the page.
-set(page_scripts data.js search.js timeline.js table.js wave.js failure.js page.js)
+set(page_scripts data.js search.js canvas.js gestures.js overview.js timeline.js
+  table.js wave.js failure.js page.js)
 
 # Where the build includes this file: what the page is made of.
 list(TRANSFORM page_scripts PREPEND ${page_folder}/ OUTPUT_VARIABLE page_parts)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 //
-// The page around its text and its data. embed.cmake makes the definitions of page.html, page.css and page.js
+// The page around its text and its data. embed.cmake makes the definitions of the files in page/
 // when the tool is built.
 #pragma once
 

@@ -1,4 +1,4 @@
-// The timeline: the lanes of a file as a picture that can be zoomed, and an overview below it.
+// The timeline: the lanes of a file as a picture that can be zoomed.
 
 const GUTTER = 58;
 const EDGE = 14; // free pixels after the end
@@ -9,7 +9,6 @@ const LOOP_ROOM = 34; // that the lane of loops takes, above the others
 const LANE_HEIGHT = 36;
 const LANES_END = 136;
 const AXIS_HEIGHT = 26;
-const OVERVIEW_HEIGHT = 34;
 const NEXT_PASS_WIDTH = 24; // pixels from which a loop's further passes are drawn one by one
 
 class Timeline {
@@ -20,8 +19,10 @@ class Timeline {
     this.tip = element("tip");
     this.file = null;
     this.selected = -1;
-    this.pointers = new Map();
-    this.listen();
+    this.strip = new Overview(this);
+    this.gestures = new Gestures(this);
+    new ResizeObserver(() => this.requestDraw()).observe(element("picture"));
+    matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => this.requestDraw());
   }
 
   show(file, range) {
@@ -142,7 +143,7 @@ class Timeline {
     for (const loop of this.file.loops) this.drawLoop(context, loop);
     this.drawMarks(context);
     context.restore();
-    this.drawOverview();
+    this.strip.draw();
   }
 
   drawAxis(context) {
@@ -300,55 +301,6 @@ class Timeline {
     if (file.failure) drawFailureMark(context, this.x(file.failure.end), this.bottom, this.colours);
   }
 
-  // What is under the window is drawn once for each file, width and colours.
-  drawOverview() {
-    const context = prepareCanvas(this.overview, this.width, OVERVIEW_HEIGHT);
-    const {file} = this;
-    const scale = (this.right - GUTTER) / Math.max(file.end - file.begin, 1);
-    const x = (time) => GUTTER + (time - file.begin) * scale;
-    const key = `${files.indexOf(file)} ${this.width} ${window.devicePixelRatio} ${this.colours.ground}`;
-    if (this.groundKey !== key) {
-      this.groundKey = key;
-      this.ground = document.createElement("canvas");
-      this.drawOverviewGround(prepareCanvas(this.ground, this.width, OVERVIEW_HEIGHT), x);
-    }
-    context.drawImage(this.ground, 0, 0, this.width, OVERVIEW_HEIGHT);
-    this.drawWindow(context, x(this.from), x(this.to));
-  }
-
-  drawOverviewGround(context, x) {
-    const {file} = this;
-    context.fillStyle = this.colours.lane;
-    context.fillRect(GUTTER, 6, this.right - GUTTER, 22);
-    const tops = {ir: 8, dr: 14, idle: 20};
-    const drawn = {ir: -1, dr: -1, idle: -1};
-    for (const row of file.blocks) {
-      const lane = LANES[file.kinds[row]];
-      const right = x(file.endOf(row));
-      if (right - drawn[lane] < 0.6) continue;
-      const left = x(file.records.begin[row]);
-      drawn[lane] = Math.max(right, left + 1);
-      context.fillStyle = this.colours[file.isOwn(row) ? "own" : lane];
-      context.fillRect(left, tops[lane], drawn[lane] - left, 6);
-    }
-    for (const loop of file.loops) {
-      context.fillStyle = this.colours.loop;
-      context.fillRect(x(loop.firstEnd), 8, x(loop.end) - x(loop.firstEnd), 18);
-    }
-    if (file.failure) drawFailureMark(context, x(file.failure.end), 30, this.colours);
-  }
-
-  drawWindow(context, left, right) {
-    context.fillStyle = this.colours.ground;
-    context.globalAlpha = 0.65;
-    context.fillRect(GUTTER, 4, left - GUTTER, 26);
-    context.fillRect(right, 4, Math.max(this.right - right, 0), 26);
-    context.globalAlpha = 1;
-    context.strokeStyle = this.colours.text;
-    context.lineWidth = 1.5;
-    context.strokeRect(left, 4, Math.max(right - left - 1, 3), 26);
-  }
-
   // ---- what is where
 
   // The row at a place of the picture, and the pass of its loop.
@@ -376,7 +328,7 @@ class Timeline {
 
   showTip(event) {
     const {x, y} = placeIn(this.lanes, event);
-    const found = this.pointers.size === 0 ? this.find(x, y) : null;
+    const found = this.find(x, y);
     this.tip.hidden = !found;
     this.lanes.style.cursor = found ? "pointer" : "grab";
     if (!found) return;
@@ -399,148 +351,4 @@ class Timeline {
     if (pass > 1) add(`pass ${numberText(pass)}, as the first`);
     return lines;
   }
-
-  // ---- mouse, touch and keys
-
-  listen() {
-    const {lanes, overview} = this;
-    lanes.addEventListener("wheel", (event) => this.onWheel(event), {passive: false});
-    lanes.addEventListener("pointerdown", (event) => this.onDown(event));
-    lanes.addEventListener("pointermove", (event) => this.onMove(event));
-    for (const name of ["pointerup", "pointercancel"]) lanes.addEventListener(name, (event) => this.onUp(event));
-    lanes.addEventListener("pointerleave", () => (this.tip.hidden = true));
-    lanes.addEventListener("keydown", (event) => this.onKey(event));
-    for (const name of ["pointerdown", "pointermove"]) overview.addEventListener(name, (event) => this.onOverview(event));
-    document.querySelectorAll("[data-do]").forEach((button) =>
-      button.addEventListener("click", () => this.act(button.dataset.do)));
-    new ResizeObserver(() => this.requestDraw()).observe(element("picture"));
-    matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => this.requestDraw());
-  }
-
-  act(what) {
-    const acts = {whole: () => this.showWhole(), in: () => this.zoom(0.5), out: () => this.zoom(2),
-      left: () => this.pan(-0.25), right: () => this.pan(0.25), selected: () => this.revealSelected(),
-      failure: () => this.revealFailure()};
-    acts[what]();
-  }
-
-  onWheel(event) {
-    event.preventDefault();
-    if (event.shiftKey || Math.abs(event.deltaX) > Math.abs(event.deltaY)) {
-      this.pan((event.deltaX || event.deltaY) / this.width);
-    } else {
-      this.zoom(Math.exp(event.deltaY * 0.002), this.timeAt(Math.max(placeIn(this.lanes, event).x, GUTTER)));
-    }
-  }
-
-  onDown(event) {
-    this.lanes.setPointerCapture(event.pointerId);
-    this.pointers.set(event.pointerId, event.clientX);
-    this.dragged = 0;
-    this.tip.hidden = true;
-  }
-
-  onMove(event) {
-    if (!this.pointers.has(event.pointerId)) {
-      this.showTip(event);
-      return;
-    }
-    const before = [...this.pointers.values()];
-    this.pointers.set(event.pointerId, event.clientX);
-    const after = [...this.pointers.values()];
-    this.dragged += Math.abs(event.clientX - before[0]);
-    if (after.length === 1) {
-      this.pan((before[0] - after[0]) / (this.right - GUTTER));
-    } else {
-      this.zoom(Math.max(Math.abs(before[0] - before[1]), 8) / Math.max(Math.abs(after[0] - after[1]), 8));
-    }
-  }
-
-  onUp(event) {
-    const wasOne = this.pointers.size === 1;
-    this.pointers.delete(event.pointerId);
-    if (!wasOne || this.dragged > 4 || event.type === "pointercancel") return;
-    const {x, y} = placeIn(this.lanes, event);
-    const found = this.find(x, y);
-    if (found) this.choose(found.row);
-  }
-
-  onOverview(event) {
-    if (event.buttons === 0) return;
-    this.overview.setPointerCapture(event.pointerId);
-    const part = (placeIn(this.overview, event).x - GUTTER) / (this.right - GUTTER);
-    const middle = this.file.begin + part * (this.file.end - this.file.begin);
-    const half = (this.to - this.from) / 2;
-    this.setRange(middle - half, middle + half);
-  }
-
-  onKey(event) {
-    const keys = {"+": "in", "=": "in", "-": "out", ArrowLeft: "left", ArrowRight: "right", Home: "whole", 0: "whole"};
-    if (event.ctrlKey || event.metaKey || event.altKey) return;
-    if (keys[event.key]) this.act(keys[event.key]);
-    else if (event.key === "ArrowDown") this.choose(Math.min(this.selected + 1, this.file.count - 1));
-    else if (event.key === "ArrowUp") this.choose(Math.max(this.selected - 1, 0));
-    else return;
-    event.preventDefault();
-  }
-}
-
-function placeIn(canvas, event) {
-  const box = canvas.getBoundingClientRect();
-  return {x: event.clientX - box.left, y: event.clientY - box.top};
-}
-
-function prepareCanvas(canvas, width, height) {
-  const ratio = window.devicePixelRatio || 1;
-  canvas.width = Math.round(width * ratio);
-  canvas.height = Math.round(height * ratio);
-  canvas.style.height = `${height}px`;
-  const context = canvas.getContext("2d");
-  context.scale(ratio, ratio);
-  return context;
-}
-
-function readColours() {
-  const style = getComputedStyle(document.documentElement);
-  const names = ["ground", "text", "quiet", "line", "lane", "ir", "dr", "idle", "wait", "own", "compared", "loop", "failed", "on-block"];
-  return Object.fromEntries(names.map((name) =>
-    [name.replace("-b", "B"), style.getPropertyValue(`--${name}`).trim()]));
-}
-
-// The first of 1, 2, 5, 10, 20, … that is not less.
-function niceStep(atLeast) {
-  const power = 10 ** Math.floor(Math.log10(Math.max(atLeast, 1)));
-  return [1, 2, 5, 10].map((digit) => digit * power).find((step) => step >= atLeast) || 1;
-}
-
-function hatch(context, x, y, width, height, colours) {
-  if (width <= 0) return;
-  context.fillStyle = colours.wait;
-  context.fillRect(x, y, width, height);
-  if (width < 6) return;
-  context.save();
-  context.beginPath();
-  context.rect(x, y, width, height);
-  context.clip();
-  context.beginPath();
-  const from = Math.max(x, GUTTER) - height;
-  for (let line = from - (from % 7); line < Math.min(x + width, context.canvas.width); line += 7) {
-    context.moveTo(line, y + height);
-    context.lineTo(line + height, y);
-  }
-  context.strokeStyle = colours.idle;
-  context.globalAlpha = context.globalAlpha * 0.45;
-  context.lineWidth = 1;
-  context.stroke();
-  context.restore();
-}
-
-function drawFailureMark(context, x, height, colours) {
-  context.fillStyle = colours.failed;
-  context.fillRect(x - 1, 0, 2, height);
-  context.beginPath();
-  context.moveTo(x - 6, 0);
-  context.lineTo(x + 6, 0);
-  context.lineTo(x, 9);
-  context.fill();
 }
