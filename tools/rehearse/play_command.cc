@@ -188,7 +188,7 @@ void WarnOfFailAt(const Rehearsal &rehearsal, const FailAt &fail_at, const TvbFi
 }
 
 PlayedFile PartOf(const PlayInput &input) {
-  return {input.file->name(), input.file->image(), input.file->header()};
+  return {input.file->name(), input.file->image(), input.file->header(), &input};
 }
 
 // Plays one file after the other, up to the first that fails, and unloads the driver. Returns the

@@ -62,6 +62,16 @@ BitRow Differences(const Mismatch &mismatch) {
   return (mismatch.expected ^ mismatch.read) & mismatch.mask;
 }
 
+// Each record gets the line of the first statement that gave bits to it.
+void SetLines(const std::vector<SourcePiece> &pieces, std::vector<ReportRecord> &records) {
+  for (const SourcePiece &piece : pieces) {
+    const auto row = std::ranges::lower_bound(records, piece.record, {}, &ReportRecord::record);
+    if (row != records.end() && row->record == piece.record && row->line == 0) {
+      row->line = piece.line;
+    }
+  }
+}
+
 }  // namespace
 
 std::vector<ReportBits> FailedBits(const Mismatch &mismatch) {
@@ -124,6 +134,9 @@ ReportFile &PlayReport::AddFile(const PlayedFile &file) {
   shown.unlisted =
       ListRecords(file.image, file.header, kMaxReportRecords - listed_, shown.records, data_.texts);
   listed_ += shown.records.size();
+  if (file.input != nullptr && file.input->map != nullptr) {
+    SetLines(file.input->map->pieces, shown.records);
+  }
   return shown;
 }
 
@@ -165,8 +178,21 @@ void PlayReport::AddFailure(const Mismatch &mismatch, const Lines &lines) {
   failure.compared = mismatch.mask.Ones();
   failure.differ = Differences(mismatch).Ones();
   failure.rows = FailedBits(mismatch);
+  AddSource(mismatch, failure);
   failure.wave = last_changes_.Wave(lines, end);
   ListFailed(mismatch, end);
+}
+
+void PlayReport::AddSource(const Mismatch &mismatch, ReportFailure &failure) const {
+  const auto place =
+      file_.input == nullptr ? std::nullopt : file_.input->Find(mismatch.scan, mismatch.bit);
+  if (!place) {
+    return;
+  }
+  const std::string statement = file_.input->Statement(*place);
+  failure.sentence = MismatchSentence(mismatch, *place);
+  failure.source = {file_.input->source->map.source, place->line, place->column,
+                    statement.empty() ? std::string(place->statement) : statement};
 }
 
 // The record that failed is listed even where the list ends before it.

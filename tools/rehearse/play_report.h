@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "tools/cli/report.h"
+#include "tools/rehearse/play_input.h"
 #include "tools/rehearse/rehearsal.h"
 #include "tools/rehearse/timeline.h"
 #include "tools/report/data.h"
@@ -22,6 +23,7 @@ struct PlayedFile {
   std::string name;
   tvb::Bytes image;
   tvb::HeaderView header;
+  const PlayInput *input = nullptr;  // knows where its scans come from; null: nobody does
 };
 
 // Watches a rehearsal from before its first run. Messages that are printed meanwhile are taken in.
@@ -47,6 +49,7 @@ class PlayReport {
   ReportFile &AddFile(const PlayedFile &file);
   void Watch(Rehearsal &rehearsal);
   void AddFailure(const Mismatch &mismatch, const Lines &lines);
+  void AddSource(const Mismatch &mismatch, ReportFailure &failure) const;
   void ListFailed(const Mismatch &mismatch, uint64_t end);
 
   double pin_ns_;
