@@ -35,6 +35,9 @@ NEXT = {
     'IREXIT2': ('IRSHIFT', 'IRUPDATE'), 'IRUPDATE': ('IDLE', 'DRSELECT'),
 }
 
+# From Capture to Update.
+PATHS = (('CAPTURE', 'SHIFT', 'SHIFT', 'EXIT1', 'UPDATE'), ('CAPTURE', 'EXIT1', 'UPDATE'))
+
 # What a file may have, and how often it does.
 FEATURES = {'resets': .45, 'trst': .3, 'resumes': .4, 'pauses left': .4, 'pads': .4,
             'pads compare': .5, 'free bits': .4, 'masks': .6, 'long': .12, 'blocks': .4,
@@ -79,8 +82,8 @@ class _File:
         self._rng = rng
         kind = rng.random()
         self.answers = kind < .25
-        self._formless = .6 < kind    # may have what no TVB file can say: with other pauses
-        self._never = .93 < kind      # may have what is always refused
+        self._formless = .6 < kind <= .9    # has pauses that no TVB file can say
+        self._never = .9 < kind             # has something that none can say at all
         self._has = {name: rng.random() < often for name, often in FEATURES.items()}
         self._chain = _Chain()
         self._bits = dict.fromkeys(('SIR', 'SDR', 'HIR', 'TIR', 'HDR', 'TDR'), 0)
@@ -97,8 +100,12 @@ class _File:
     def write(self):
         rng = self._rng
         self._opening()
-        for _ in range(rng.choice((2, 5, 15, 40))):
-            if self._has['blocks'] and rng.random() < .15:
+        length = rng.choice((2, 5, 15, 40))
+        refused = rng.randrange(length) if self._never else None
+        for number in range(length):
+            if number == refused:
+                self._refused()
+            elif self._has['blocks'] and rng.random() < .15:
                 self._block()
             else:
                 self._any()
@@ -136,8 +143,6 @@ class _File:
             choices.append((self._frequency, 5))
         if self._has['trst']:
             choices.append((self._trst_statement, 3))
-        if self._never:
-            choices.append((self._refused, 4))
         actions, weights = zip(*choices)
         rng.choices(actions, weights)[0]()
 
@@ -183,7 +188,7 @@ class _File:
 
     def _scan(self):
         rng = self._rng
-        if self._trst == 'ON' and not (self._never and rng.random() < .2):
+        if self._trst == 'ON':
             self._put('TRST', rng.choice(('OFF', 'Z')))
             self._trst = 'OFF'
         kind = rng.choice(('IR', 'DR', 'DR'))
@@ -319,7 +324,7 @@ class _File:
 
     def _run_states(self):
         if self._formless and not self._in_block:
-            return ('IDLE',) * 3 + PAUSES + (('RESET',) if self._never else ())
+            return ('IDLE',) * 3 + PAUSES
         return ('IDLE',)
 
     def _end_state(self):
@@ -417,20 +422,34 @@ class _File:
         if state.endswith('CAPTURE') or state in PAUSES:
             return self._formless
         if state.endswith('SHIFT') or at.endswith('EXIT1') and state.endswith('UPDATE'):
-            return self._never
+            return False
         if state in ('IRSELECT', 'RESET'):
             return self._has['resets'] or not self._any_scan()
         return True
 
     def _refused(self):
-        words = self._rng.choice((['SDR', '0'], ['PIO', '(HLZ'], ['PIOMAP', '(IN a OUT b'],
-                                  ['RUNTEST', 'RESET', '5', 'TCK']))
-        if words[0] == 'SDR':
-            self._bits['SDR'] = 0
-        if words[0] == 'RUNTEST':
-            self._run = self._run_end = self._at = 'RESET'
-            self._paused = None
-        self._put(*words)
+        """One thing that has no form in a TVB file, and the way back to where it has."""
+        rng = self._rng
+        kind = rng.choice(('IR', 'DR'))
+        through = [kind + state for state in rng.choice(PATHS)]
+        self._put('STATE', 'IDLE')
+        for words in rng.choice((
+                [['HIR', '0'], ['TIR', '0'], ['SIR', '0']], [['PIO', '(HLZ']], [['PIOMAP', '(IN a']],
+                [['RUNTEST', 'RESET', '5', 'TCK'], ['RUNTEST', 'IDLE', '5', 'TCK']],
+                [['TRST', 'ON'], ['S' + kind, '9', 'TDI', '(000'], ['TRST', 'Z']],
+                [['STATE'] + ['DRSELECT', 'IRSELECT'][:1 + (kind == 'IR')] + through + ['IDLE']],
+                [['END' + kind, kind + 'PAUSE'], ['S' + kind, '9', 'TDI', '(000'],
+                 ['STATE', kind + 'EXIT2', kind + 'SHIFT', kind + 'EXIT1', kind + 'UPDATE', 'IDLE'],
+                 ['END' + kind, 'IDLE']])):
+            self._put(*words)
+            if words[0] in self._bits:
+                self._bits[words[0]] = int(words[1])
+        self._ends[kind] = 'IDLE'
+        self._put('END' + kind, 'IDLE')
+        self._put('STATE', 'IDLE')
+        self._at, self._paused, self._trst = 'IDLE', None, self._trst and 'Z'
+        self._run = self._run_end = 'IDLE'
+        self._put('RUNTEST', 'IDLE', '1', 'TCK')
 
 
 def make(seed):
