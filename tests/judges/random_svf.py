@@ -35,9 +35,6 @@ NEXT = {
     'IREXIT2': ('IRSHIFT', 'IRUPDATE'), 'IRUPDATE': ('IDLE', 'DRSELECT'),
 }
 
-# From Capture to Update.
-PATHS = (('CAPTURE', 'SHIFT', 'SHIFT', 'EXIT1', 'UPDATE'), ('CAPTURE', 'EXIT1', 'UPDATE'))
-
 # What a file may have, and how often it does.
 FEATURES = {'resets': .45, 'trst': .3, 'resumes': .4, 'pauses left': .4, 'pads': .4,
             'pads compare': .5, 'free bits': .4, 'masks': .6, 'long': .12, 'blocks': .4,
@@ -419,11 +416,9 @@ class _File:
         return self._rng.choice(allowed) if allowed else None
 
     def _may_enter(self, at, state):
-        if state.endswith('CAPTURE') or state in PAUSES:
+        if state[2:] in ('CAPTURE', 'SHIFT', 'PAUSE'):
             return self._formless
-        if state.endswith('SHIFT') or at.endswith('EXIT1') and state.endswith('UPDATE'):
-            return False
-        if state in ('IRSELECT', 'RESET'):
+        if state == 'RESET' or state == 'IRSELECT' and not self._formless:
             return self._has['resets'] or not self._any_scan()
         return True
 
@@ -431,16 +426,12 @@ class _File:
         """One thing that has no form in a TVB file, and the way back to where it has."""
         rng = self._rng
         kind = rng.choice(('IR', 'DR'))
-        through = [kind + state for state in rng.choice(PATHS)]
         self._put('STATE', 'IDLE')
         for words in rng.choice((
-                [['HIR', '0'], ['TIR', '0'], ['SIR', '0']], [['PIO', '(HLZ']], [['PIOMAP', '(IN a']],
+                [['HIR', '0'], ['TIR', '0'], ['SIR', '0']],
+                [['PIO', '(HLZ']], [['PIOMAP', '(IN a']],
                 [['RUNTEST', 'RESET', '5', 'TCK'], ['RUNTEST', 'IDLE', '5', 'TCK']],
-                [['TRST', 'ON'], ['S' + kind, '9', 'TDI', '(000'], ['TRST', 'Z']],
-                [['STATE'] + ['DRSELECT', 'IRSELECT'][:1 + (kind == 'IR')] + through + ['IDLE']],
-                [['END' + kind, kind + 'PAUSE'], ['S' + kind, '9', 'TDI', '(000'],
-                 ['STATE', kind + 'EXIT2', kind + 'SHIFT', kind + 'EXIT1', kind + 'UPDATE', 'IDLE'],
-                 ['END' + kind, 'IDLE']])):
+                [['TRST', 'ON'], ['S' + kind, '9', 'TDI', '(000'], ['TRST', 'Z']])):
             self._put(*words)
             if words[0] in self._bits:
                 self._bits[words[0]] = int(words[1])

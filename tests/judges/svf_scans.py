@@ -93,8 +93,8 @@ class _RunTest:
 
 class Reading:
     """What a text asks for: `parts`, in order. `pauses`: statements that no TVB file can say, but
-    for Run-Test/Idle in place of a pause, which `parts` takes; `never`: those that none can say at
-    all. `resumed` counts the scans that are pieces of others."""
+    for Run-Test/Idle in place of a pause or of a path that shifts or updates, which `parts` takes;
+    `never`: those that none can say at all. `resumed` counts scans that are pieces of others."""
 
     def __init__(self, text):
         self.pauses = []
@@ -236,7 +236,8 @@ class Reading:
         elif state == 'RESET':
             self._enter_reset()
         elif state.endswith('SHIFT') or state.endswith('UPDATE') and captured:
-            self.never.append('a path through ' + state)
+            self.pauses.append('a path through ' + state)
+            self._settle()
         elif state.endswith('UPDATE') or state == 'IDLE':
             self._settle()
         self._at = state
