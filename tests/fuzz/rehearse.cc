@@ -4,7 +4,9 @@
 #include "fuzz/fresh_driver.h"
 #include "fuzz/fuzz.h"
 #include "host/fuzz_budget.h"
+#include "tools/rehearse/play_report.h"
 #include "tools/rehearse/verdict.h"
+#include "tools/report/page.h"
 #include "tvb/checker.h"
 #include "tvb/play_order.h"
 #include "tvb/reader.h"
@@ -32,14 +34,20 @@ bool IsGood(tvb::Bytes image) {
 void Rehearse(tvb::Bytes image, tool::ChainTarget *chain, const tool::RehearsalOptions &options,
               const std::function<void(tool::Rehearsal &rehearsal, int code)> &judge) {
   const MemoryFile memory(image.data(), image.size());
-  const tool::TvbFile file(memory.path());
+  const tool::PlayInput input = {std::make_unique<tool::TvbFile>(memory.path())};
   size_t text = 0;
   const tool::TextSink count = [&text](std::string_view some) { text += some.size(); };
   const auto log = [&text](uint64_t, std::string_view line) { text += line.size(); };
-  tool::Rehearsal rehearsal(image, file.header(), chain, options, {log, count, count});
+  const tvb::HeaderView &header = input.file->header();
+  tool::PlayReport report("a target", options.pin_ns);
+  tool::Rehearsal rehearsal(image, header, chain, options, {report.TakeLog(log), count, count});
+  report.Begin({"file", image, header}, rehearsal);
   rehearsal.Run({[] {}});
   rehearsal.End();
-  judge(rehearsal, tool::TellVerdict(rehearsal, file));
+  const int code = tool::TellVerdict(rehearsal, input);
+  report.End(rehearsal, code);
+  tool::WritePage(report.Finish(rehearsal), count);
+  judge(rehearsal, code);
   text += tool::TimeTable(rehearsal.counts(), rehearsal.clock(), options.pin_ns).size();
   Require(text > 0, "there is something to tell");
   FreshDriver();
