@@ -2,6 +2,7 @@
 /* The simulated chain's pins as a GPIO chip. Line n is enum sim_line n. */
 #include <linux/gpio/driver.h>
 #include <linux/module.h>
+#include <linux/version.h>
 
 #include "sim_board.h"
 
@@ -33,19 +34,29 @@ static int get(struct gpio_chip *chip, unsigned int line)
 	return level;
 }
 
-static void set(struct gpio_chip *chip, unsigned int line, int level)
+static int set(struct gpio_chip *chip, unsigned int line, int level)
 {
 	mutex_lock(&sim_lock);
 	sim_chain_write(sim_chain, line, level);
 	mutex_unlock(&sim_lock);
+	return 0;
 }
+
+#if LINUX_VERSION_CODE >= KERNEL_VERSION(6, 17, 0)
+#define set_in_chip set
+#else
+/* Before 6.17 setting a line could not fail. */
+static void set_in_chip(struct gpio_chip *chip, unsigned int line, int level)
+{
+	set(chip, line, level);
+}
+#endif
 
 static int direction_output(struct gpio_chip *chip, unsigned int line, int level)
 {
 	if (line == SIM_TDO)
 		return -EPERM;
-	set(chip, line, level);
-	return 0;
+	return set(chip, line, level);
 }
 
 static struct gpio_chip sim_chip = {
@@ -55,7 +66,7 @@ static struct gpio_chip sim_chip = {
 	.direction_input = direction_input,
 	.direction_output = direction_output,
 	.get = get,
-	.set = set,
+	.set = set_in_chip,
 	.ngpio = ARRAY_SIZE(names),
 	.names = names,
 	.can_sleep = true,

@@ -91,10 +91,6 @@ size_t m7_kernel_strlen(const char *text) {
   return strlen(text);
 }
 
-char *m7_kernel_strcat(char *to, const char *from) {
-  return strcat(to, from);
-}
-
 #endif
 
 s64 *m7_file_pos(struct file *file) {

@@ -80,9 +80,9 @@ s64 *m7_file_pos(struct file *file);
 
 #if defined(M7_KERNEL_BY_CONTRACT) || (defined(__cplusplus) && !__STDC_HOSTED__)
 size_t M7_KERNEL(strlen)(const char *text);
-char *M7_KERNEL(strcat)(char *to, const char *from);
 #endif
 #if defined(__cplusplus) && !__STDC_HOSTED__
+char *strcat(char *to, const char *from);
 void *memcpy(void *to, const void *from, size_t count);
 void *memset(void *to, int byte, size_t count);
 #endif
@@ -98,6 +98,5 @@ void *memset(void *to, int byte, size_t count);
 #define sched_clock M7_KERNEL(sched_clock)
 #define kernel_read M7_KERNEL(kernel_read)
 #define strlen M7_KERNEL(strlen)
-#define strcat M7_KERNEL(strcat)
 #endif
 #endif
