@@ -44,7 +44,7 @@ export KDIR ARCH CROSS_COMPILE DESTDIR PREFIX
 .DEFAULT_GOAL := all
 
 .PHONY: help all setup modules modules_install lib tools install uninstall test test-host \
-        test-kernel demo fuzz bench clean kernel host sanitize judged fuzzers
+        test-kernel test-kernels second-kernel demo fuzz bench clean kernel host sanitize judged fuzzers
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z_-]+:.*## / { printf "  make %-18s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -84,13 +84,17 @@ uninstall: ## Remove what `make install` with the same PREFIX and DESTDIR has in
 
 test: ## Run every test: host, sanitized, kernel in QEMU, tool, install, checks
 	$(SETUP) lib tools test fuzz modules qemu judges docs
-	+$(MAKE) --no-print-directory -j$(JOBS) host sanitize modules
+	+$(MAKE) --no-print-directory -j$(JOBS) host sanitize modules second-kernel
 	$(TEST) -j$(JOBS)
 
 test-host: host ## Run the host tests only
 	$(TEST) -j$(JOBS) -L host -LE sanitized
 
-test-kernel: host modules ## Run the tests on the real kernel in QEMU only
+test-kernels: host ## Run them on all kernels of scripts/kernels.txt, and keep the table in docs/
+	$(NEED) modules qemu kernels
+	tests/kernel/matrix --write docs/kernels.md
+
+test-kernel: host modules second-kernel ## Run the tests on the real kernel in QEMU only
 	$(NEED) qemu
 	$(TEST) -L kernel
 
@@ -111,6 +115,13 @@ bench: host ## Measure tvb compile on a file of 100 MB
 
 clean: ## Remove everything that was built (the fetched kernel stays: rm -r build does it all)
 	scripts/clean
+
+# The kernel of which `make test` runs a few cases, with its modules.
+second-kernel: SECOND = build/kernels/arm64-6.1
+second-kernel:
+	$(NEED) modules
+	$(FETCH) $(SECOND) $(notdir $(SECOND))
+	env -u KDIR -u ARCH -u CROSS_COMPILE KERNEL=$(CURDIR)/$(SECOND) scripts/build-modules $(SECOND)-modules
 
 kernel:
 	$(NEED) modules

@@ -14,7 +14,7 @@ begin() {
   mkdir -p "$(dirname "$1")"
   out=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
   part=$out.part
-  stamp="$(cat "$here"/fetch* "$here/kernels.txt" | sha256sum | cut -d' ' -f1) $out $2"
+  stamp="$(cat "$0" "$here/fetch.sh" | sha256sum | cut -c1-64) $out $2"
   ! is_complete || exit 0
   # One run at a time; whoever waited finds the work done.
   exec 9>"$out.lock"
