@@ -53,6 +53,16 @@ static_assert(sizeof(loff_t) == sizeof(s64));
 
 #ifdef M7_KERNEL_BY_CONTRACT
 
+static int __init load(void) {
+  return m7_kernel_init_module();
+}
+module_init(load);
+
+static void __exit unload(void) {
+  m7_kernel_cleanup_module();
+}
+module_exit(unload);
+
 void *m7_kernel___kmalloc(size_t size, u32 flags) {
   return kmalloc(size, (__force gfp_t)flags);
 }

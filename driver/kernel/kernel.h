@@ -87,9 +87,17 @@ void *memcpy(void *to, const void *from, size_t count);
 void *memset(void *to, int byte, size_t count);
 #endif
 
+#ifdef M7_KERNEL_BY_CONTRACT
+// Load and unload, which such a kernel knows by macros of its headers; see module/module.h.
+s32 M7_KERNEL(init_module)(void);
+void M7_KERNEL(cleanup_module)(void);
+#endif
+
 #ifdef __cplusplus
 }
 #if defined(M7_KERNEL_BY_CONTRACT)
+#define init_module M7_KERNEL(init_module)
+#define cleanup_module M7_KERNEL(cleanup_module)
 #define __kmalloc M7_KERNEL(__kmalloc)
 #define krealloc M7_KERNEL(krealloc)
 #define kfree M7_KERNEL(kfree)
