@@ -13,7 +13,8 @@
 #include <linux/types.h>
 
 /**
- * struct cpldjtag_pins - which GPIO line is which signal (global GPIO numbers)
+ * struct cpldjtag_pins - the number by which each line is called in struct cpldjtag_pin_ops; a
+ * driver reads nothing else from it
  * @reserved: zero
  * @tdi: at byte 24
  * @tms: at byte 28

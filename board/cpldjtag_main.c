@@ -2,8 +2,16 @@
 /*
  * cpldjtag.ko: the JTAG download framework.
  *
- * Module parameters tck=, tms=, tdi= and tdo= say which GPIO lines the chain is on. Attributes, in
- * /sys/devices/platform/cpldjtag:
+ * It serves one chain, whose lines are given in one of three ways:
+ *   by the device tree      a node "quorlan,cpldjtag", see docs/bindings/
+ *   lines=CHIP:N,N,N,N      the label of a GPIO chip and the offsets of TCK, TMS, TDI and TDO there
+ *   lines=TCK,TMS,TDI,TDO   the names that the lines have
+ *   tck= tms= tdi= tdo=     global GPIO numbers, on kernels that have them; they may be others at
+ *                           each boot
+ * Lines that cannot be had are told in the kernel log. With parameters the module does not load
+ * then; a device of the tree waits for a chip that is not there yet.
+ *
+ * Attributes, in /sys/devices/platform/cpldjtag, or the device of the tree's node:
  *   download  write the name of a file below /lib/firmware: the download runs until the write
  *             returns. The write fails with
  *               EIO     the download failed: "result" and the log say more
@@ -16,7 +24,8 @@
  *             refused; "none" if it was not called or has not returned yet
  *   state     "idle" or "running"
  *   drivers   the registered drivers, one per line: name and three numbers
- *   pins      the lines: "tck=N tms=N tdi=N tdo=N"
+ *   pins      the lines: "tck=LINE tms=LINE tdi=LINE tdo=LINE"; a LINE is CHIP:N, or its number if
+ *             the parameters are numbers
  *
  * A download cannot be stopped. Unloading its driver waits until it ends; this module cannot be
  * unloaded while a driver is loaded, nor the lines' module while this one is.
@@ -96,36 +105,103 @@ static struct attribute *cpldjtag_attrs[] = {
 };
 ATTRIBUTE_GROUPS(cpldjtag);
 
-static int __init cpldjtag_init(void)
+static unsigned long serving;
+
+int cpldjtag_start(struct device *dev)
 {
 	int error;
 
-	error = cpldjtag_pins_request();
-	if (error)
-		return error;
-	device = platform_device_register_simple("cpldjtag", PLATFORM_DEVID_NONE, NULL, 0);
-	if (IS_ERR(device)) {
-		error = PTR_ERR(device);
-		goto release_pins;
+	if (test_and_set_bit(0, &serving)) {
+		dev_err(dev, "only one chain can be served, and another device has that\n");
+		return -EBUSY;
 	}
-	error = sysfs_create_groups(&device->dev.kobj, cpldjtag_groups);
+	error = cpldjtag_pins_request(dev);
 	if (error)
-		goto unregister_device;
+		goto end_serving;
+	error = sysfs_create_groups(&dev->kobj, cpldjtag_groups);
+	if (error)
+		goto release_pins;
 	return 0;
 
-unregister_device:
-	platform_device_unregister(device);
 release_pins:
 	cpldjtag_pins_release();
+end_serving:
+	clear_bit_unlock(0, &serving);
 	return error;
+}
+
+void cpldjtag_stop(void *dev)
+{
+	/* Waits for a write that is under way. */
+	sysfs_remove_groups(&((struct device *)dev)->kobj, cpldjtag_groups);
+	cpldjtag_pins_release();
+	clear_bit_unlock(0, &serving);
+}
+
+/* The module's own device, which has the lines of the parameters. */
+static int add_device(void)
+{
+	int error;
+
+	device = platform_device_register_simple("cpldjtag", PLATFORM_DEVID_NONE, NULL, 0);
+	if (IS_ERR(device))
+		return PTR_ERR(device);
+	error = cpldjtag_lookup_text() ? cpldjtag_lookup_add(dev_name(&device->dev)) : 0;
+	if (error)
+		goto unregister_device;
+	error = cpldjtag_start(&device->dev);
+	if (error)
+		goto remove_lookup;
+	return 0;
+
+remove_lookup:
+	cpldjtag_lookup_remove();
+unregister_device:
+	platform_device_unregister(device);
+	return error;
+}
+
+static void remove_device(void)
+{
+	cpldjtag_stop(&device->dev);
+	cpldjtag_lookup_remove();
+	platform_device_unregister(device);
+}
+
+static bool has_parameters(void)
+{
+	return cpldjtag_numbers_given() || cpldjtag_lookup_text();
+}
+
+/* Why there is not exactly one way to the lines; null if there is. */
+static const char *why_no_way(void)
+{
+	if (cpldjtag_numbers_given() && cpldjtag_lookup_text())
+		return "lines= and the numbers tck= tms= tdi= tdo= exclude each other";
+	if (has_parameters() && cpldjtag_tree_has_device())
+		return "the device tree has the lines, so parameters must not give any";
+	if (!has_parameters() && !cpldjtag_tree_has_device())
+		return "no lines: lines= is missing, and the device tree has no device for it";
+	return NULL;
+}
+
+static int __init cpldjtag_init(void)
+{
+	const char *why = why_no_way();
+
+	if (why) {
+		pr_err("%s\n", why);
+		return -EINVAL;
+	}
+	return has_parameters() ? add_device() : cpldjtag_tree_add();
 }
 
 static void __exit cpldjtag_exit(void)
 {
-	/* Waits for a write that is under way. */
-	sysfs_remove_groups(&device->dev.kobj, cpldjtag_groups);
-	platform_device_unregister(device);
-	cpldjtag_pins_release();
+	if (has_parameters())
+		remove_device();
+	else
+		cpldjtag_tree_remove();
 }
 
 module_init(cpldjtag_init);

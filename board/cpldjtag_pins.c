@@ -1,43 +1,39 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 /*
- * The four JTAG lines: taken from gpiolib when the module loads, given back when it goes, and the
+ * The four JTAG lines: taken from gpiolib when a device is served, given back when it goes, and the
  * callbacks by which a driver moves them in between.
  */
 #define pr_fmt(fmt) KBUILD_MODNAME ": " fmt
 
-#include <linux/gpio.h>
 #include <linux/gpio/consumer.h>
+#include <linux/gpio/driver.h>
 #include <linux/kernel.h>
-#include <linux/module.h>
 #include <linux/sched.h>
 #include <linux/sysfs.h>
 
 #include "cpldjtag_internal.h"
 
-static int tck = -1;
-module_param(tck, int, 0444);
-MODULE_PARM_DESC(tck, "GPIO number of TCK");
-static int tms = -1;
-module_param(tms, int, 0444);
-MODULE_PARM_DESC(tms, "GPIO number of TMS");
-static int tdi = -1;
-module_param(tdi, int, 0444);
-MODULE_PARM_DESC(tdi, "GPIO number of TDI (of the chain; an output of the board)");
-static int tdo = -1;
-module_param(tdo, int, 0444);
-MODULE_PARM_DESC(tdo, "GPIO number of TDO (of the chain; an input of the board)");
+const char *const cpldjtag_signal_names[] = {
+	[CPLDJTAG_TCK] = "tck",
+	[CPLDJTAG_TMS] = "tms",
+	[CPLDJTAG_TDI] = "tdi",
+	[CPLDJTAG_TDO] = "tdo",
+};
 
-/* One line. TMS and TDI rest high, as their pull-ups would have them. */
+/*
+ * One line. A driver calls it by @number, which is the GPIO number if the parameters gave it, else
+ * that of the signal; @place is the same for people.
+ */
 static struct line {
-	const char *name;
-	const int *number;
-	unsigned long flags;
+	const char *label;
+	u32 number;
 	struct gpio_desc *desc;
+	char place[64];
 } lines[] = {
-	{"jtag-tck", &tck, GPIOF_OUT_INIT_LOW, NULL},
-	{"jtag-tms", &tms, GPIOF_OUT_INIT_HIGH, NULL},
-	{"jtag-tdi", &tdi, GPIOF_OUT_INIT_HIGH, NULL},
-	{"jtag-tdo", &tdo, GPIOF_IN, NULL},
+	[CPLDJTAG_TCK] = {.label = "jtag-tck"},
+	[CPLDJTAG_TMS] = {.label = "jtag-tms"},
+	[CPLDJTAG_TDI] = {.label = "jtag-tdi"},
+	[CPLDJTAG_TDO] = {.label = "jtag-tdo"},
 };
 
 struct cpldjtag_pins cpldjtag_pins;
@@ -46,49 +42,121 @@ static int first_error;
 static void release_lines(size_t count)
 {
 	while (count--) {
-		gpio_free(*lines[count].number);
+		gpiod_put(lines[count].desc);
 		lines[count].desc = NULL;
 	}
 }
 
-static int request_line(struct line *line)
+static int request_number(enum cpldjtag_signal signal)
 {
-	int number = *line->number;
+	struct line *line = &lines[signal];
 	int error;
 
-	if (number < 0) {
-		pr_err("%s= is missing\n", line->name + strlen("jtag-"));
-		return -EINVAL;
+	error = cpldjtag_number_request(signal, line->label, &line->number, &line->desc);
+	if (!error)
+		snprintf(line->place, sizeof(line->place), "%u", line->number);
+	return error;
+}
+
+static int refuse(struct device *dev, enum cpldjtag_signal signal, int error, const char *why)
+{
+	const char *name = cpldjtag_signal_names[signal];
+
+	if (dev->of_node)
+		return dev_err_probe(dev, error, "%s-gpios: %s\n", name, why);
+	pr_err("%s of lines=%s: %s: error %d\n", name, cpldjtag_lookup_text(), why, error);
+	return error;
+}
+
+static const char *why_not_found(int error)
+{
+	switch (error) {
+	case -ENOENT:
+		return "the line is missing";
+	case -EPROBE_DEFER:
+		return "the line's chip is not there yet";
+	case -ENODEV:
+		return "there is no such chip or line";
+	case -EINVAL:
+		return "the chip has no such line";
+	case -EBUSY:
+		return "the line is in use";
+	default:
+		return "the line is not available";
 	}
-	/* gpiolib would warn about an invalid number. */
-	error = gpio_is_valid(number) ? gpio_request_one(number, line->flags, line->name) : -EINVAL;
-	/* Nobody would try again later. */
-	if (error == -EPROBE_DEFER)
+}
+
+static int find_line_of(struct device *dev, enum cpldjtag_signal signal, struct gpio_desc **desc)
+{
+	int error;
+
+	/* Nothing is driven before the line is known to be a usable one. */
+	*desc = gpiod_get(dev, cpldjtag_signal_names[signal], GPIOD_ASIS);
+	error = PTR_ERR_OR_ZERO(*desc);
+	/* Without a tree nobody would try again later. */
+	if (error == -EPROBE_DEFER && !dev->of_node)
 		error = -ENODEV;
+	return error ? refuse(dev, signal, error, why_not_found(error)) : 0;
+}
+
+/* TMS and TDI rest high, as their pull-ups would have them. */
+static int set_direction(struct device *dev, enum cpldjtag_signal signal, struct gpio_desc *desc)
+{
+	int error;
+
+	if (gpiod_is_active_low(desc))
+		return refuse(
+			dev, signal, -EINVAL,
+			"active-low, but a JTAG line is not inverted; flag it as active-high");
+	if (signal == CPLDJTAG_TDO) {
+		error = gpiod_direction_input(desc);
+		return error ? refuse(dev, signal, error, "the line cannot be an input") : 0;
+	}
+	error = gpiod_direction_output(desc, signal != CPLDJTAG_TCK);
+	return error ? refuse(dev, signal, error, "the line cannot be an output") : 0;
+}
+
+static int request_line_of(struct device *dev, enum cpldjtag_signal signal)
+{
+	struct line *line = &lines[signal];
+	struct gpio_desc *desc;
+	struct gpio_chip *chip;
+	int error;
+
+	error = find_line_of(dev, signal, &desc);
+	if (error)
+		return error;
+	error = set_direction(dev, signal, desc);
 	if (error) {
-		pr_err("GPIO %d is not available for %s: error %d\n", number, line->name, error);
+		gpiod_put(desc);
 		return error;
 	}
-	line->desc = gpio_to_desc(number);
+	gpiod_set_consumer_name(desc, line->label);
+	chip = gpiod_to_chip(desc);
+	snprintf(line->place, sizeof(line->place), "%s:%d", chip->label,
+		 desc_to_gpio(desc) - chip->base);
+	line->number = signal;
+	line->desc = desc;
 	return 0;
 }
 
-int cpldjtag_pins_request(void)
+int cpldjtag_pins_request(struct device *dev)
 {
-	size_t i;
+	enum cpldjtag_signal signal;
 	int error;
 
-	for (i = 0; i < ARRAY_SIZE(lines); i++) {
-		error = request_line(&lines[i]);
+	for (signal = 0; signal < CPLDJTAG_SIGNALS; signal++) {
+		error = cpldjtag_numbers_given() ? request_number(signal)
+						 : request_line_of(dev, signal);
 		if (error) {
-			release_lines(i);
+			release_lines(signal);
 			return error;
 		}
 	}
-	cpldjtag_pins.tck = tck;
-	cpldjtag_pins.tms = tms;
-	cpldjtag_pins.tdi = tdi;
-	cpldjtag_pins.tdo = tdo;
+	cpldjtag_pins.tck = lines[CPLDJTAG_TCK].number;
+	cpldjtag_pins.tms = lines[CPLDJTAG_TMS].number;
+	cpldjtag_pins.tdi = lines[CPLDJTAG_TDI].number;
+	cpldjtag_pins.tdo = lines[CPLDJTAG_TDO].number;
 	return 0;
 }
 
@@ -99,7 +167,9 @@ void cpldjtag_pins_release(void)
 
 ssize_t cpldjtag_pins_show(char *page)
 {
-	return sysfs_emit(page, "tck=%d tms=%d tdi=%d tdo=%d\n", tck, tms, tdi, tdo);
+	return sysfs_emit(page, "tck=%s tms=%s tdi=%s tdo=%s\n", lines[CPLDJTAG_TCK].place,
+			  lines[CPLDJTAG_TMS].place, lines[CPLDJTAG_TDI].place,
+			  lines[CPLDJTAG_TDO].place);
 }
 
 void cpldjtag_pins_clear_error(void)
@@ -124,20 +194,23 @@ static struct gpio_desc *find_line(u32 gpio)
 	size_t i;
 
 	for (i = 0; i < ARRAY_SIZE(lines); i++) {
-		if (*lines[i].number == gpio)
+		if (lines[i].number == gpio)
 			return lines[i].desc;
 	}
 	return NULL;
 }
 
-/* The raw level: a JTAG line is never active-low. Sleeping chips are fine, a download may sleep. */
+/*
+ * Not the raw level: the device tree may say that a line is open-drain. Sleeping chips are fine, a
+ * download may sleep.
+ */
 static int drive(u32 gpio, int level)
 {
 	struct gpio_desc *desc = find_line(gpio);
 
 	if (!desc)
 		return fail(-EINVAL);
-	gpiod_set_raw_value_cansleep(desc, level);
+	gpiod_set_value_cansleep(desc, level);
 	return 0;
 }
 
@@ -162,7 +235,7 @@ static int read_level(u32 gpio)
 		fail(-EINVAL);
 		return 0;
 	}
-	level = gpiod_get_raw_value_cansleep(desc);
+	level = gpiod_get_value_cansleep(desc);
 	if (level < 0) {
 		fail(level);
 		return 0;
