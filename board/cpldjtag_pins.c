@@ -62,6 +62,9 @@ static int refuse(struct device *dev, enum cpldjtag_signal signal, int error, co
 {
 	const char *name = cpldjtag_signal_names[signal];
 
+	/* Told at all, because gpiolib says the same of a line that its chip does not have. */
+	if (error == -EPROBE_DEFER)
+		dev_info_once(dev, "%s-gpios: %s\n", name, why);
 	if (dev->of_node)
 		return dev_err_probe(dev, error, "%s-gpios: %s\n", name, why);
 	pr_err("%s of lines=%s: %s: error %d\n", name, cpldjtag_lookup_text(), why, error);
@@ -74,7 +77,7 @@ static const char *why_not_found(int error)
 	case -ENOENT:
 		return "the line is missing";
 	case -EPROBE_DEFER:
-		return "the line's chip is not there yet";
+		return "waiting for a chip that has the line";
 	case -ENODEV:
 		return "there is no such chip or line";
 	case -EINVAL:

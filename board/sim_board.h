@@ -23,8 +23,9 @@ int sim_set_faults(const char *text);
 
 /*
  * Offers the chain's pins as a GPIO chip "jtag_sim" of four lines, numbered from @base on or, if
- * that is negative, as gpiolib chooses. Lines 0 to 3 are TCK, TMS, TDI and TDO. Returns 0 or a
- * negative error code.
+ * that is negative, as gpiolib chooses. Lines 0 to 3 are TCK, TMS, TDI and TDO. Where the device
+ * tree has a device "quorlan,jtag-sim" the chip is that device's. Returns 0 or a negative error
+ * code.
  */
 int sim_chip_add(int base);
 void sim_chip_remove(void);

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 /* The simulated chain's pins as a GPIO chip. Line n is enum sim_line n. */
 #include <linux/gpio/driver.h>
+#include <linux/mod_devicetable.h>
 #include <linux/module.h>
+#include <linux/of.h>
+#include <linux/platform_device.h>
 #include <linux/version.h>
 
 #include "sim_board.h"
@@ -72,13 +75,60 @@ static struct gpio_chip sim_chip = {
 	.can_sleep = true,
 };
 
+/* ---- in the device tree */
+
+static const struct of_device_id matches[] = {
+	{.compatible = "quorlan,jtag-sim"},
+	{},
+};
+MODULE_DEVICE_TABLE(of, matches);
+
+static int probe(struct platform_device *device)
+{
+	if (sim_chip.parent) {
+		dev_err(&device->dev, "there is one chain, and another device has it\n");
+		return -EBUSY;
+	}
+	sim_chip.parent = &device->dev;
+	return devm_gpiochip_add_data(&device->dev, &sim_chip, NULL);
+}
+
+/* The device keeps the chip until the module goes. */
+static struct platform_driver driver = {
+	.probe = probe,
+	.driver = {.name = "jtag_sim", .of_match_table = matches, .suppress_bind_attrs = true},
+};
+
+/* ---- */
+
+/* Whether the chip is a device's of the tree; else it has none. */
+static bool is_in_tree;
+
+static bool tree_has_device(void)
+{
+	struct device_node *node;
+
+	for_each_matching_node(node, matches)
+	{
+		if (of_device_is_available(node)) {
+			of_node_put(node);
+			return true;
+		}
+	}
+	return false;
+}
+
 int sim_chip_add(int base)
 {
 	sim_chip.base = base;
-	return gpiochip_add_data(&sim_chip, NULL);
+	is_in_tree = tree_has_device();
+	return is_in_tree ? platform_driver_register(&driver) : gpiochip_add_data(&sim_chip, NULL);
 }
 
 void sim_chip_remove(void)
 {
-	gpiochip_remove(&sim_chip);
+	if (is_in_tree)
+		platform_driver_unregister(&driver);
+	else
+		gpiochip_remove(&sim_chip);
 }

@@ -5,8 +5,9 @@
  *
  *   insmod jtag_sim.ko "chain=bypass;idcode=0x0A014C35,part=64x128,erase=1000,program=50"
  *
- * The lines' numbers are in /sys/class/gpio/gpiochipN, the one whose label is "jtag_sim"; the
- * chain's state is in debugfs "jtag_sim" (sim_state.c says how it reads).
+ * In a device tree the chip is a node "quorlan,jtag-sim", see docs/bindings/; chain and faults are
+ * given as always. The lines' numbers are in /sys/class/gpio/gpiochipN, the one whose label is
+ * "jtag_sim"; the chain's state is in debugfs "jtag_sim" (sim_state.c says how it reads).
  */
 #define pr_fmt(fmt) KBUILD_MODNAME ": " fmt
 
