@@ -7,23 +7,29 @@
 # modules or boots a kernel fetches the distribution's Linux 5.10 for arm64, once, into build/.
 #
 # Variables:
+#   BUILD=DIR          where everything is built instead of in build/ (but for the tests and the demo)
 #   DESTDIR=, PREFIX=  install, uninstall: a staging folder, and where below it (/usr/local)
 #   GROUPS=            setup: these groups of scripts/packages.txt only
 #   KDIR=DIR           build against this kernel tree instead of the fetched one (or KERNEL_SRC=)
-#   ARCH=, CROSS_COMPILE=   of that tree; arm64 and the Debian cross compiler where not given
+#   ARCH=, CROSS_COMPILE=   of that tree; what it is for and Debian's compiler where not given
+#   CC=, LLVM=1, O=, W=1, C=1, SIM=1 ...   modules, modules_install: as kbuild has them
+#   INSTALL_MOD_PATH=  modules_install: the root of the board's file system
 #   SANITIZE=1         lib: with the address and undefined-behaviour sanitizers
 #   M7_SETUP=no        install nothing, fetch nothing, look for nothing
 
-ifeq ($(origin KERNEL_SRC),undefined)
-FETCHED := build/kernel
-KDIR ?= $(CURDIR)/$(FETCHED)/headers
-else
-KDIR ?= $(KERNEL_SRC)
+BUILD := build
+# make's functions take a path with a space for two, so these stay as they were given
+KERNEL ?= $(BUILD)/kernel
+ifeq ($(origin KDIR),undefined)
+KDIR := $(KERNEL_SRC)
 endif
-ARCH ?= arm64
-ifneq ($(shell uname -m),aarch64)
-CROSS_COMPILE ?= aarch64-linux-gnu-
-endif
+KERNEL_IS_FETCHED := $(if $(KDIR)$(filter-out file,$(origin KERNEL)),,yes)
+
+# What of kbuild's variables stands on the command line goes on to it.
+KBUILD_NAMES := CC CXX LD AR NM STRIP OBJCOPY HOSTCC LLVM LLVM_IAS O W C CF KCFLAGS SIM PAHOLE \
+                INSTALL_MOD_PATH INSTALL_MOD_DIR INSTALL_MOD_STRIP DEPMOD KBUILD_MODPOST_WARN
+KBUILD_GIVEN = $(foreach v,$(KBUILD_NAMES),$(if $(filter command,$(origin $(v))),'$(v)=$($(v))'))
+BUILD_MODULES = KERNEL="$(KERNEL)" scripts/build-modules
 
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
@@ -31,15 +37,15 @@ FUZZ_FILES ?= 10000
 SETUP := $(if $(filter no,$(M7_SETUP)),true,scripts/setup)
 NEED := $(SETUP) --check
 FETCH := $(if $(filter no,$(M7_SETUP)),true,scripts/fetch-kernel)
-KERNEL_IS_FETCHED := $(filter $(CURDIR)/build/kernel/headers,$(KDIR))
-LIB_TREE := $(if $(SANITIZE),build/lib-sanitize,build/host)
+LIB_TREE := $(BUILD)/$(if $(SANITIZE),lib-sanitize,host)
 
 # A make that hands out jobs hands them to the build tools as well.
 PARALLEL = $(if $(findstring jobserver,$(MAKEFLAGS)),,-j$(JOBS))
-BUILD = cmake --build --preset
+CMAKE_BUILD = cmake --build --preset
+TOOL_BUILD = cmake --build "$(BUILD)/host" $(PARALLEL) --target m7_cpldjtag_drv tvb_tool
 TEST = ctest --preset host $(CTEST_ARGS)
 
-export KDIR ARCH CROSS_COMPILE DESTDIR PREFIX
+export KDIR DESTDIR PREFIX
 
 .DEFAULT_GOAL := all
 
@@ -51,36 +57,37 @@ help: ## Show this list
 	@echo
 	@sed -n '/^# Only/,/^$$/s/^# \{0,1\}//p' $(firstword $(MAKEFILE_LIST))
 
-all: modules lib ## Build the kernel modules and the host library
+all: ## Build the kernel modules and the host library
+	$(NEED) $(if $(KERNEL_IS_FETCHED),modules) lib
+	+@$(MAKE) --no-print-directory modules lib
 
 setup: ## Install the Debian packages that are missing (GROUPS= of scripts/packages.txt)
 	scripts/setup $(GROUPS)
 
 modules: kernel ## Build the driver and the board's modules into build/modules
-	scripts/build-modules build/modules
+	$(BUILD_MODULES) "$(BUILD)/modules" $(KBUILD_GIVEN)
 
-modules_install: modules ## Install the modules into the kernel's module tree (INSTALL_MOD_PATH=)
-	$(MAKE) -C $(KDIR) M=$(CURDIR)/build/modules/board modules_install
-	$(MAKE) -C $(KDIR) M=$(CURDIR)/build/modules/driver modules_install
+modules_install: kernel ## Install the modules into the kernel's module tree (INSTALL_MOD_PATH=)
+	$(BUILD_MODULES) --install "$(BUILD)/modules" $(KBUILD_GIVEN)
 
 lib: ## Build the driver as a host library, build/host/libm7_cpldjtag_drv.a
 	$(NEED) lib
-	cmake --preset library -B $(LIB_TREE) -DM7_SANITIZE=$(if $(SANITIZE),ON,OFF)
-	+cmake --build $(LIB_TREE) $(PARALLEL) --target m7_cpldjtag_drv
+	cmake --preset library -B "$(LIB_TREE)" -DM7_SANITIZE=$(if $(SANITIZE),ON,OFF)
+	+cmake --build "$(LIB_TREE)" $(PARALLEL) --target m7_cpldjtag_drv
 
 tools: ## Build the command line tool, build/host/tvb
 	$(NEED) lib tools
-	cmake --preset tool
-	+$(BUILD) tool $(PARALLEL)
+	cmake --preset tool -B "$(BUILD)/host"
+	+$(TOOL_BUILD)
 
 install: ## Install the tool and the host library, below PREFIX=/usr/local (and DESTDIR=)
 	$(NEED) lib tools
-	cmake --preset tool -DCMAKE_INSTALL_PREFIX=$(PREFIX)
-	+$(BUILD) tool $(PARALLEL)
-	scripts/install build/host
+	cmake --preset tool -B "$(BUILD)/host" -DCMAKE_INSTALL_PREFIX=$(PREFIX)
+	+$(TOOL_BUILD)
+	scripts/install "$(BUILD)/host"
 
 uninstall: ## Remove what `make install` with the same PREFIX and DESTDIR has installed
-	scripts/install --remove build/host
+	scripts/install --remove "$(BUILD)/host"
 
 test: ## Run every test: host, sanitized, kernel in QEMU, tool, install, checks
 	$(SETUP) lib tools test fuzz modules qemu judges docs
@@ -99,6 +106,7 @@ test-kernel: host modules second-kernel ## Run the tests on the real kernel in Q
 	$(TEST) -L kernel
 
 demo: ## Watch the driver program, verify and refuse a simulated CPLD on Linux 5.10
+	$(IN_BUILD)
 	$(SETUP) lib modules qemu
 	+$(MAKE) --no-print-directory modules
 	cmake --preset library
@@ -114,7 +122,7 @@ bench: host ## Measure tvb compile on a file of 100 MB
 	cmake --build build/host --target bench_compile
 
 clean: ## Remove everything that was built (the fetched kernel stays: rm -r build does it all)
-	scripts/clean
+	scripts/clean "$(BUILD)"
 
 # The kernel of which `make test` runs a few cases, with its modules.
 second-kernel: SECOND = build/kernels/arm64-6.1
@@ -123,26 +131,34 @@ second-kernel:
 	$(FETCH) $(SECOND) $(notdir $(SECOND))
 	env -u KDIR -u ARCH -u CROSS_COMPILE KERNEL=$(CURDIR)/$(SECOND) scripts/build-modules $(SECOND)-modules
 
+# A tree of one's own has compilers of its own.
 kernel:
-	$(NEED) modules
-	$(if $(KERNEL_IS_FETCHED),$(FETCH) build/kernel)
+	$(if $(KERNEL_IS_FETCHED),$(NEED) modules)
+	$(if $(KERNEL_IS_FETCHED),$(FETCH) "$(KERNEL)")
+
+# Their programs find each other there.
+IN_BUILD = $(if $(filter-out build,$(BUILD)),$(error the tests and the demo are made in build/ only, not in $(BUILD)))
 
 host:
+	$(IN_BUILD)
 	$(NEED) lib test tools
 	cmake --preset host
-	+$(BUILD) host $(PARALLEL)
+	+$(CMAKE_BUILD) host $(PARALLEL)
 
 sanitize:
+	$(IN_BUILD)
 	$(NEED) lib test tools fuzz
 	cmake --preset sanitize
-	+$(BUILD) sanitize $(PARALLEL)
+	+$(CMAKE_BUILD) sanitize $(PARALLEL)
 
 judged:
+	$(IN_BUILD)
 	$(NEED) lib test tools judges
 	cmake --preset host
-	+$(BUILD) host $(PARALLEL) --target tvb_tool bitbang_server
+	+$(CMAKE_BUILD) host $(PARALLEL) --target tvb_tool bitbang_server
 
 fuzzers:
+	$(IN_BUILD)
 	$(NEED) lib test tools fuzz
 	cmake --preset sanitize
-	+$(BUILD) fuzz $(PARALLEL)
+	+$(CMAKE_BUILD) fuzz $(PARALLEL)

@@ -12,6 +12,10 @@ die() {
   exit 1
 }
 
+can_be_root() {
+  [ "$(id -u)" = 0 ] || command -v sudo >/dev/null
+}
+
 # as_root COMMAND...: runs COMMAND as root, directly or by sudo; fails where neither can be.
 as_root() {
   if [ "$(id -u)" = 0 ]; then
