@@ -8,6 +8,7 @@
 #include <linux/platform_device.h>
 
 #include "cpldjtag_internal.h"
+#include "tree.h"
 
 static const struct of_device_id matches[] = {
 	{.compatible = "quorlan,cpldjtag"},
@@ -74,16 +75,7 @@ static struct platform_driver driver = {
 
 bool cpldjtag_tree_has_device(void)
 {
-	struct device_node *node;
-
-	for_each_matching_node(node, matches)
-	{
-		if (of_device_is_available(node)) {
-			of_node_put(node);
-			return true;
-		}
-	}
-	return false;
+	return tree_has_device(matches);
 }
 
 int cpldjtag_tree_add(void)

@@ -8,6 +8,7 @@
 #include <linux/version.h>
 
 #include "sim_board.h"
+#include "tree.h"
 
 static const char *const names[] = {
 	[SIM_TCK] = "sim-tck",
@@ -104,24 +105,10 @@ static struct platform_driver driver = {
 /* Whether the chip is a device's of the tree; else it has none. */
 static bool is_in_tree;
 
-static bool tree_has_device(void)
-{
-	struct device_node *node;
-
-	for_each_matching_node(node, matches)
-	{
-		if (of_device_is_available(node)) {
-			of_node_put(node);
-			return true;
-		}
-	}
-	return false;
-}
-
 int sim_chip_add(int base)
 {
 	sim_chip.base = base;
-	is_in_tree = tree_has_device();
+	is_in_tree = tree_has_device(matches);
 	return is_in_tree ? platform_driver_register(&driver) : gpiochip_add_data(&sim_chip, NULL);
 }
 

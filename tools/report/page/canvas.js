@@ -59,3 +59,13 @@ function drawFailureMark(context, x, height, colours) {
   context.lineTo(x, 9);
   context.fill();
 }
+
+// Draws a view at the next frame, once however often it is asked for.
+function drawSoon(view) {
+  if (view.asked) return;
+  view.asked = true;
+  requestAnimationFrame(() => {
+    view.asked = false;
+    view.draw();
+  });
+}

@@ -114,12 +114,7 @@ class Table {
   }
 
   requestDraw() {
-    if (this.asked) return;
-    this.asked = true;
-    requestAnimationFrame(() => {
-      this.asked = false;
-      this.draw();
-    });
+    drawSoon(this);
   }
 
   draw(forPrint = false) {

@@ -117,12 +117,7 @@ class Timeline {
   }
 
   requestDraw() {
-    if (this.asked) return;
-    this.asked = true;
-    requestAnimationFrame(() => {
-      this.asked = false;
-      this.draw();
-    });
+    drawSoon(this);
   }
 
   draw() {
