@@ -31,4 +31,9 @@ inline size_t BytesOfBits(uint32_t bits) {
   return (static_cast<size_t>(bits) + 7) / 8;
 }
 
+// Register bit `bit` of `bytes`; 0 where they have no such bit.
+inline bool BitOf(Bytes bytes, uint32_t bit) {
+  return bit / 8 < bytes.size() && (bytes[bit / 8] >> (7 - bit % 8) & 1);
+}
+
 }  // namespace tvb

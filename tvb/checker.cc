@@ -109,9 +109,12 @@ class Checker {
     if (identity_.settled()) {
       return;
     }
-    const Buffer tdi = FieldData(image_, record, kTagTdi);
-    const Buffer tdo = FieldData(image_, record, kTagTdo);
-    const Buffer mask = FieldData(image_, record, kTagMask);
+    auto data = [&](Tag tag) {
+      return record.bits() <= kMaxIdentityBits ? FieldData(image_, record, tag) : Buffer();
+    };
+    const Buffer tdi = data(kTagTdi);
+    const Buffer tdo = data(kTagTdo);
+    const Buffer mask = data(kTagMask);
     const Shift scan = {record.bits(), tdi, tdo, mask};
     TellRisk(
         identity_.Scan({record.offset, record.index}, static_cast<Opcode>(record.opcode), scan));

@@ -13,10 +13,6 @@ namespace {
 constexpr uint32_t kIdcodeBits = 32;
 constexpr int kEnoughBits = 16;
 
-bool BitOf(Bytes bytes, uint32_t bit) {
-  return bit / 8 < bytes.size() && (bytes[bit / 8] >> (7 - bit % 8) & 1);
-}
-
 // BYPASS is all ones in every device.
 bool IsBypass(const Shift &scan) {
   for (uint32_t bit = 0; bit < scan.bits; ++bit) {

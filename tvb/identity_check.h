@@ -12,6 +12,10 @@
 
 namespace tvb {
 
+// The IDCODEs of 2,048 devices. A longer scan compares none, so nobody need unpack its data: a few
+// bytes of a file can be many megabytes of it.
+constexpr uint32_t kMaxIdentityBits = 65536;
+
 // Looks for what may be an erase or a program before the first comparison of an IDCODE: a scan
 // followed by a wait, or a second instruction. BYPASS and the player's own query of a chain are
 // harmless, and so is an instruction with its waits if the scan after it compares the IDCODE. The
@@ -28,7 +32,7 @@ class IdentityCheck {
     std::string message;
   };
 
-  // A scan: opcode kSir or kSdr.
+  // A scan: opcode kSir or kSdr. One of more than kMaxIdentityBits may come without its data.
   std::optional<Risk> Scan(const Place &place, Opcode opcode, const Shift &scan);
 
   // Clocks in Run-Test/Idle.

@@ -120,6 +120,22 @@ TEST(TvbCheck, WaitBeforeAnIdcodeIsCompared) {
              "second instruction");
 }
 
+TEST(TvbCheck, LongestScanThatComparesAnIdcode) {
+  const auto file = [](uint32_t bits) {
+    const size_t bytes = tvb::BytesOfBits(bits);
+    tvb::Buffer tdo(bytes, 0);
+    std::ranges::copy(kIdcode, tdo.begin());
+    tvb::Writer writer;
+    writer.Opening(1, 1);
+    writer.FreshFrequency(1000000);
+    writer.Sdr(bits, tvb::Buffer(bytes, 0), tdo, tvb::Buffer(bytes, 0xFF));
+    writer.RunTest(100, std::chrono::microseconds(0));
+    return writer.Finish();
+  };
+  ExpectClean(file(65536));
+  ExpectOnly(file(65537), Severity::kWarning, 36, 4, "waits after this scan");
+}
+
 TEST(TvbCheck, InstructionOfAnotherLength) {
   ExpectOnly(File(image::Join({image::Sir(10, {0x60, 0}), image::Sir(10, {0x60, 0})})),
              Severity::kWarning, 16, 1, "this instruction has 10 bits, but before every file");

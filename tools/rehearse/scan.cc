@@ -6,10 +6,6 @@
 namespace tool {
 namespace {
 
-bool BitOf(const tvb::Buffer &bytes, uint32_t bit) {
-  return bytes[bit / 8] >> (7 - bit % 8) & 1;
-}
-
 std::string DataText(const BitRow &row) {
   return row.size() == 0 ? "-" : row.Hex();
 }
@@ -28,11 +24,11 @@ std::optional<uint32_t> FileScan::OwnBit(uint64_t bit) const {
 }
 
 bool FileScan::Compares(uint32_t bit) const {
-  return !mask.empty() && BitOf(mask, bit);
+  return !mask.empty() && tvb::BitOf(mask, bit);
 }
 
 bool FileScan::Expected(uint32_t bit) const {
-  return !tdo.empty() && BitOf(tdo, bit);
+  return !tdo.empty() && tvb::BitOf(tdo, bit);
 }
 
 bool FileScan::ComparesAny() const {
