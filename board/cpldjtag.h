@@ -45,15 +45,19 @@ struct cpldjtag_pin_ops {
 	int (*read)(u32 gpio);
 };
 
+#ifdef __GENKSYMS__
+#define download_context cpldjtag_context	/* see struct cpldjtag_ops */
+#endif
+
 /**
- * struct cpldjtag_context - one download, as the driver gets it
+ * struct download_context - one download, as the driver gets it; the driver only reads it
  * @file: name of the file that is being downloaded
  * @driver: name of the driver
  * @pins: at byte 16, the lines
  * @reserved: zero
  * @pin_ops: at byte 128, the way to the lines
  */
-struct cpldjtag_context {
+struct download_context {
 	const char *file;
 	const char *driver;
 	const struct cpldjtag_pins *pins;
@@ -67,9 +71,17 @@ struct cpldjtag_context {
  *            The image is the framework's and is not changed. Returns 1 when the download was
  *            completed, 0 when it failed and -2 when the arguments cannot be used.
  * @reserved: slots 1 to 4, null
+ *
+ * The type of @download is to the letter that of a driver's function, tag and all: a kernel with kCFI
+ * holds them against each other at the call. The versions of the exported symbols are still made from
+ * the first release's, so that modules built for it load beside these.
  */
 struct cpldjtag_ops {
+#ifdef __GENKSYMS__
 	s32 (*download)(const struct cpldjtag_context *context, const u8 *image, u32 length);
+#else
+	s32 (*download)(struct download_context *context, const u8 *image, u32 length);
+#endif
 	void *reserved[4];
 };
 

@@ -60,7 +60,7 @@ static int load_image(struct device *dev, const char *name, u8 **image, size_t *
 static s32 call_driver(struct cpldjtag_driver *driver, const char *name, const u8 *image,
 		       u32 length)
 {
-	const struct cpldjtag_context context = {
+	struct download_context context = {
 		.file = name,
 		.driver = driver->name,
 		.pins = &cpldjtag_pins,

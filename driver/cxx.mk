@@ -74,7 +74,8 @@ cxx-sanitize = $(if $(call cxx-wanted,KASAN_SANITIZE,y),$(CFLAGS_KASAN)) \
 # The dependency file is what if_changed_dep turns into the object's .cmd file, so that an object
 # is made again when its flags or any header that it includes have changed.
 quiet_cmd_cxx_o_cc = CXX [M]  $@
-      cmd_cxx_o_cc = $(CXX) -Wp,-MMD,$(depfile) $(filter-out $(cxx-refused),$(KBUILD_CFLAGS)) \
+      cmd_cxx_o_cc = $(CXX) -Wp,-MMD,$(depfile) $(KBUILD_CPPFLAGS) \
+                     $(filter-out $(cxx-refused),$(KBUILD_CFLAGS)) \
                      $(filter-out $(cxx-refused),$(KBUILD_CFLAGS_MODULE) $(CFLAGS_MODULE)) \
                      $(cxx-flags) $(cxx-sanitize) $(cxxflags-y) $(CXXFLAGS_$(notdir $@)) \
                      -c -o $@ $<
