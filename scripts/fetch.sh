@@ -5,6 +5,9 @@
 # after lib.sh, not run.
 
 keyring=/usr/share/keyrings/debian-archive-keyring.gpg
+for tool in apt-get dpkg dpkg-deb modinfo flock patchelf; do
+  command -v "$tool" >/dev/null || die "$tool is missing (make setup GROUPS=modules installs it)"
+done
 build_arch=$(dpkg --print-architecture)
 
 # begin OUTDIR WHAT: sets `out` and `part`, the folder that becomes OUTDIR in finish(). Ends the
@@ -20,9 +23,6 @@ begin() {
   exec 9>"$out.lock"
   flock 9
   ! is_complete || exit 0
-  for tool in apt-get dpkg-deb modinfo flock patchelf; do
-    command -v "$tool" >/dev/null || die "$tool is missing (make setup GROUPS=modules installs it)"
-  done
   [ -r "$keyring" ] || die "$keyring is missing (make setup GROUPS=modules installs it)"
   rm -rf "$part"
   mkdir -p "$part/root" "$part/debs"
