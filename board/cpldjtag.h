@@ -46,7 +46,7 @@ struct cpldjtag_pin_ops {
 };
 
 #ifdef __GENKSYMS__
-#define download_context cpldjtag_context	/* see struct cpldjtag_ops */
+#define download_context cpldjtag_context /* see struct cpldjtag_ops */
 #endif
 
 /**
@@ -72,9 +72,9 @@ struct download_context {
  *            completed, 0 when it failed and -2 when the arguments cannot be used.
  * @reserved: slots 1 to 4, null
  *
- * The type of @download is to the letter that of a driver's function, tag and all: a kernel with kCFI
- * holds them against each other at the call. The versions of the exported symbols are still made from
- * the first release's, so that modules built for it load beside these.
+ * The type of @download is to the letter that of a driver's function, tag and all: a kernel with
+ * kCFI holds them against each other at the call. The versions of the exported symbols are still
+ * made from the first release's, so that modules built for it load beside these.
  */
 struct cpldjtag_ops {
 #ifdef __GENKSYMS__
