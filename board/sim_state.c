@@ -1,18 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 /*
- * The chain's state in debugfs, directory "jtag_sim". Where writing is not mentioned a file can
- * only be read, also by root.
- *
- *   chain      one line per device, from the TDI end: "1: idcode 0x0a014c35 by 6, part 64x128,
- * erase 1000, program 50" state      "tap STATE", "lines tck=0 tms=0 tdi=0 tdo=1", and one line per
- * device: "1: instruction 0x06 status 0x01" counters   lines "NAME NUMBER": rising edges of TCK by
- * TAP state, changes of TMS and TDI, passages through Capture-IR and Capture-DR. Writing sets all
- * to 0 scans      the log, one line per scan: "1 IR bits 24 idle 0 tdi 0110... tdo 1000...", the
- * bit that is shifted first on the left; "dropped N" at the end if there was no room for some.
- * Writing empties the log memory     the parts' rows: "DEVICE ROW BYTES", bytes in hex, in which
- * the row's bit b (b = 0 shifted first) is bit b mod 8 of byte b div 8 faults     the faults that
- * are set, in the form in which they are written. Writing replaces them power      cannot be read;
- * writing turns the chain's power off and on
+ * The chain's state in debugfs, directory "jtag_sim"; docs/ABI/testing/debugfs-jtag-sim describes
+ * the files.
  */
 #include <linux/debugfs.h>
 #include <linux/fs.h>
