@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 # What docs/board.md shows of a board without a device tree for the chain.
+# Needs CONFIG_SECURITY_LOCKDOWN_LSM.
 . /test/board/try
 insmod $modules/jtag_sim.ko "chain=$chip" base=500
 try lines

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 # Each device of the tree that cannot be served is told of in one line, and takes nothing.
+# Needs CONFIG_GPIO_PL061.
 load_log
 load_sim "$alone"
 clear_kernel_log
