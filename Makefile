@@ -2,7 +2,7 @@
 #
 # The front door. CMakePresets.json has the build trees of the host side.
 #
-# Only `make demo` and `make test` install what they miss, of the Debian packages in
+# Only `make demo`, `make test` and `make deb` install what they miss, of the Debian packages in
 # scripts/packages.txt. Every other target names it, and `make setup` installs it. What builds
 # modules or boots a kernel fetches the distribution's Linux 5.10 for arm64, once, into build/.
 #
@@ -49,7 +49,7 @@ export KDIR DESTDIR PREFIX
 
 .DEFAULT_GOAL := all
 
-.PHONY: help all setup modules modules_install lib tools install uninstall test test-host \
+.PHONY: help all setup modules modules_install lib tools install uninstall dist deb test test-host \
         test-kernel test-kernels second-kernel demo fuzz bench clean kernel host sanitize judged fuzzers
 
 help: ## Show this list
@@ -88,6 +88,13 @@ install: ## Install the tool and the host library, below PREFIX=/usr/local (and 
 
 uninstall: ## Remove what `make install` with the same PREFIX and DESTDIR has installed
 	scripts/install --remove "$(BUILD)/host"
+
+dist: ## Write the sources of a release, as committed, to build/dist
+	scripts/make-dist "$(BUILD)/dist"
+
+deb: ## Build the Debian packages, of what is committed, into build/deb
+	$(SETUP) deb
+	scripts/make-deb "$(BUILD)/deb"
 
 test: ## Run every test: host, sanitized, kernel in QEMU, tool, install, checks
 	$(SETUP) lib tools test fuzz modules qemu judges docs
