@@ -2,7 +2,7 @@
 #
 # The front door. CMakePresets.json has the build trees of the host side.
 #
-# Only `make demo`, `make test` and `make deb` install what they miss, of the Debian packages in
+# Only `make demo`, `deb`, `test` and `test-deb` install what they miss, of the Debian packages in
 # scripts/packages.txt. Every other target names it, and `make setup` installs it. What builds
 # modules or boots a kernel fetches the distribution's Linux 5.10 for arm64, once, into build/.
 #
@@ -50,7 +50,7 @@ export KDIR DESTDIR PREFIX
 .DEFAULT_GOAL := all
 
 .PHONY: help all setup modules modules_install lib tools install uninstall dist deb test test-host \
-        test-kernel test-kernels second-kernel demo fuzz bench clean kernel host sanitize judged fuzzers
+        test-deb test-kernel test-kernels second-kernel demo fuzz bench clean kernel host sanitize judged fuzzers
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z_-]+:.*## / { printf "  make %-18s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -93,7 +93,7 @@ dist: ## Write the sources of a release, as committed, to build/dist
 	scripts/make-dist "$(BUILD)/dist"
 
 deb: ## Build the Debian packages, of what is committed, into build/deb
-	$(SETUP) deb
+	$(SETUP) lib tools deb
 	scripts/make-deb "$(BUILD)/deb"
 
 test: ## Run every test: host, sanitized, kernel in QEMU, tool, install, checks
@@ -107,6 +107,19 @@ test-host: host ## Run the host tests only
 test-kernels: host ## Run them on all kernels of scripts/kernels.txt, and keep the table in docs/
 	$(NEED) modules qemu kernels
 	tests/kernel/matrix --write docs/kernels.md
+
+test-deb: ## Try the Debian packages in clean systems of two releases, and their modules in QEMU
+	$(IN_BUILD)
+	$(SETUP) lib tools test deb modules qemu kernels
+	+$(MAKE) --no-print-directory deb
+	cmake --preset host
+	+$(CMAKE_BUILD) host $(PARALLEL) --target tvb_tool make_files
+	$(FETCH) build/kernels/$(DEB_KERNEL) $(DEB_KERNEL)
+	KERNEL=build/kernels/$(DEB_KERNEL) tests/deb/check bookworm
+	tests/deb/check trixie
+
+# The kernel that the packages' modules are run on, of the first release.
+test-deb: DEB_KERNEL = $(shell dpkg --print-architecture)-6.1
 
 test-kernel: host modules second-kernel ## Run the tests on the real kernel in QEMU only
 	$(NEED) qemu
