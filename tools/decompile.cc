@@ -292,7 +292,8 @@ struct DecompileOptions {
 };
 
 // Throws Failure for the first error; with `force` only for what the player cannot play: a file
-// with other errors has an SVF that does what the player does.
+// with other errors has an SVF that does what the player does. A wrong seal is no such error: the
+// SVF shows what the file has become.
 void RefuseErrors(TvbFile &file, bool force) {
   const auto refuse = [&file, force](const tvb::Finding &finding) {
     const std::string place = file.Where(finding.offset, finding.record);
@@ -303,7 +304,7 @@ void RefuseErrors(TvbFile &file, bool force) {
       throw Failure(fmt::format("{} (--force decompiles what the player does)", finding.message),
                     place);
     }
-    if (finding.severity == tvb::Severity::kError) {
+    if (finding.severity != tvb::Severity::kWarning) {
       Warning(place, finding.message);
     }
   };

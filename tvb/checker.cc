@@ -7,6 +7,7 @@
 #include "tvb/identity_check.h"
 #include "tvb/reader.h"
 #include "tvb/register_check.h"
+#include "tvb/seal.h"
 #include "tvb/sequence_check.h"
 #include "tvb/text.h"
 
@@ -248,6 +249,12 @@ class Checker {
   uint64_t unchecked_ = 0;
 };
 
+void CheckSeal(const SealView &seal, Findings &findings) {
+  if (seal.state == SealState::kWrong) {
+    findings.Add(Severity::kDamaged, kSealOffset, 0, WrongSealText(seal));
+  }
+}
+
 void CheckHeader(Bytes image, const HeaderView &header, Findings &findings) {
   if (header.number.lossy || header.number.padded) {
     findings.Add(Severity::kWarning, header.number.offset, 0,
@@ -274,7 +281,15 @@ CheckResult CheckImage(Bytes image, const Findings::Report &report,
   } else {
     CheckHeader(image, header, findings);
     Checker checker(image, header, findings);
-    checker.Check(progress);
+    SealReader seal(image);
+    checker.Check([&](uint64_t offset) {
+      seal.ReadTo(offset);
+      if (progress) {
+        progress(offset);
+      }
+    });
+    result.seal = seal.Finish();
+    CheckSeal(result.seal, findings);
     result.records = checker.records();
     result.unchecked = checker.unchecked();
   }

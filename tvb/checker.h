@@ -8,6 +8,7 @@
 
 #include "tvb/bytes.h"
 #include "tvb/finding.h"
+#include "tvb/seal.h"
 
 namespace tvb {
 
@@ -17,6 +18,7 @@ struct CheckResult {
   uint64_t errors = 0;  // including broken things
   uint64_t warnings = 0;
   uint64_t unchecked = 0;  // bytes at the end in which no record was found
+  SealView seal;           // of a file with a valid header
 };
 
 // Reports everything that is wrong with `image`, in file order except for what shows only at its

@@ -15,6 +15,7 @@ enum class Severity {
   kWarning,  // plays as written, but hardly as intended
   kError,    // the player does something else, or misses a failure
   kBroken,   // an error that leaves nothing playable as written
+  kDamaged,  // an error: the seal says that the file is not as it was made
 };
 
 struct Finding {
