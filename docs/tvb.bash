@@ -37,10 +37,11 @@ _tvb_value() {
 
 _tvb_options() {
   case $1 in
-    compile) echo '--map --chain --require-idcode --pause-as-idle --encoding --no-compress --no-split --longest-wait --pin-ns --quiet -q --output -o' ;;
+    compile) echo '--map --chain --require-idcode --pause-as-idle --encoding --no-compress --no-seal --no-split --longest-wait --pin-ns --quiet -q --output -o' ;;
     decompile) echo '--force --output -o' ;;
     dump) echo '--json --hex' ;;
     check) echo '--strict' ;;
+    seal) echo '--remove --force' ;;
     play) echo '--map --pause-as-idle --echo --chain --fail-at --vcd --vcd-idle --vcd-state --scans --memory --report --time --pin-ns --quiet -q' ;;
     '') echo '--version' ;;
   esac
@@ -49,7 +50,7 @@ _tvb_options() {
 
 _tvb() {
   local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
-  local commands='compile decompile dump check play help' command=''
+  local commands='compile decompile dump check seal play help' command=''
   COMPREPLY=()
   if ((COMP_CWORD > 1)); then
     command=${COMP_WORDS[1]}

@@ -23,6 +23,7 @@ complete -c tvb -n '__tvb_in' -a compile -d 'Make a TVB file of an SVF file'
 complete -c tvb -n '__tvb_in' -a decompile -d 'Make an SVF file of a TVB file'
 complete -c tvb -n '__tvb_in' -a dump -d 'Show every record of a TVB file'
 complete -c tvb -n '__tvb_in' -a check -d 'Find what is wrong with a TVB file'
+complete -c tvb -n '__tvb_in' -a seal -d 'Seal TVB files, or take their seals away'
 complete -c tvb -n '__tvb_in' -a play -d 'Rehearse a download with the driver\'s own code'
 complete -c tvb -n '__tvb_in' -a help -d 'Tell what a command does and which options it takes'
 
@@ -33,6 +34,7 @@ complete -c tvb -n '__tvb_in compile' -l pause-as-idle -d 'Take Run-Test/Idle fo
 complete -c tvb -n '__tvb_in compile' -l encoding -xa 'raw run-length nibble bit-coding lzw' -d 'Encode all blocks alike'
 complete -c tvb -n '__tvb_in compile' -l no-compress -d 'Store all blocks as they are'
 complete -c tvb -n '__tvb_in compile' -l require-idcode -x -d 'IDCODE to compare first'
+complete -c tvb -n '__tvb_in compile' -l no-seal -d 'Leave out the seal'
 complete -c tvb -n '__tvb_in compile' -l no-split -d 'Refuse a reset in the middle of the file'
 complete -c tvb -n '__tvb_in compile' -l longest-wait -x -d 'Milliseconds that one run-test may take'
 complete -c tvb -n '__tvb_in compile' -l pin-ns -x -d 'Nanoseconds that a pin call takes'
@@ -50,6 +52,10 @@ complete -c tvb -n '__tvb_in dump' -a '(__tvb_files tvb)'
 complete -c tvb -n '__tvb_in check' -l strict -d 'Fail on warnings too'
 complete -c tvb -n '__tvb_in check' -a '(__tvb_files tvb)'
 
+complete -c tvb -n '__tvb_in seal' -l remove -d 'Take the seals away'
+complete -c tvb -n '__tvb_in seal' -l force -d 'Take a file with a wrong seal as it is'
+complete -c tvb -n '__tvb_in seal' -a '(__tvb_files tvb)'
+
 complete -c tvb -n '__tvb_in play' -l map -ra '(__tvb_files map)' -d 'Name the line of the SVF that fails'
 complete -c tvb -n '__tvb_in play' -l pause-as-idle -d 'Take Run-Test/Idle for every pause of SVF files'
 complete -c tvb -n '__tvb_in play' -l echo -d 'Answer what the file expects'
@@ -66,4 +72,4 @@ complete -c tvb -n '__tvb_in play' -l pin-ns -x -d 'Nanoseconds that a pin call 
 complete -c tvb -n '__tvb_in play' -s q -l quiet -d 'Print neither the log nor the summary'
 complete -c tvb -n '__tvb_in play' -a '(__tvb_files tvb) (__tvb_files svf)'
 
-complete -c tvb -n '__tvb_in help' -a 'compile decompile dump check play help'
+complete -c tvb -n '__tvb_in help' -a 'compile decompile dump check seal play help'

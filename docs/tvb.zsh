@@ -10,6 +10,7 @@ _tvb_commands() {
     'decompile:make an SVF file of a TVB file'
     'dump:show every record of a TVB file'
     'check:find what is wrong with a TVB file'
+    'seal:seal TVB files, or take their seals away'
     'play:rehearse a download with the driver'\''s own code'
     'help:tell what a command does and which options it takes'
   )
@@ -37,6 +38,7 @@ _tvb_compile_options() {
     '(--no-compress)--encoding=[encode all blocks alike]:encoding:(raw run-length nibble bit-coding lzw)' \
     '(--encoding)--no-compress[store all blocks as they are]' \
     '--require-idcode=[IDCODE to compare first]:IDCODE/MASK: ' \
+    '--no-seal[leave out the seal]' \
     '--no-split[refuse a reset in the middle of the file]' \
     '--longest-wait=[milliseconds that one run-test may take]:milliseconds: ' \
     '--pin-ns=[nanoseconds that a pin call takes]:nanoseconds: ' \
@@ -70,6 +72,15 @@ _tvb_check_options() {
     '(- *)--help[print a help text]' \
     '--strict[fail on warnings too]' \
     ':TVB file:_files -g "*.tvb(-.)"'
+}
+
+_tvb_seal_options() {
+  _arguments \
+    '(- *)-h[print a help text]' \
+    '(- *)--help[print a help text]' \
+    '--remove[take the seals away]' \
+    '--force[take a file with a wrong seal as it is]' \
+    '*:TVB file:_files -g "*.tvb(-.)"'
 }
 
 _tvb_play_options() {

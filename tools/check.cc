@@ -28,9 +28,9 @@ std::string CountOrNo(uint64_t count, const char *noun) {
 }
 
 std::string Summary(const tvb::CheckResult &result) {
-  const std::string text =
-      fmt::format("{}, {}, {}", CountText(result.records, "record"),
-                  CountOrNo(result.errors, "error"), CountOrNo(result.warnings, "warning"));
+  const std::string text = fmt::format(
+      "{}, {}, {}, {}", CountText(result.records, "record"), CountOrNo(result.errors, "error"),
+      CountOrNo(result.warnings, "warning"), tvb::SealText(result.seal));
   return result.unchecked == 0 ? text
                                : fmt::format("{}; the last {} could not be checked", text,
                                              CountText(result.unchecked, "byte"));

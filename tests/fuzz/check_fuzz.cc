@@ -5,6 +5,7 @@
 #include "tvb/checker.h"
 #include "tvb/play_order.h"
 #include "tvb/reader.h"
+#include "tvb/seal.h"
 
 namespace {
 
@@ -15,15 +16,15 @@ uint64_t CountRecords(tvb::Bytes image, const tvb::HeaderView &header) {
   return reader.records();
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-  const tvb::Bytes image(data, size);
+void Check(tvb::Bytes image) {
+  const size_t size = image.size();
   uint64_t findings = 0;
   uint64_t errors = 0;
+  uint64_t damaged = 0;
   const auto report = [&](const tvb::Finding &finding) {
     ++findings;
     errors += finding.severity != tvb::Severity::kWarning;
+    damaged += finding.severity == tvb::Severity::kDamaged;
     fuzz::Require(finding.offset <= size, "a finding lies in the file", finding.message);
     fuzz::Require(!finding.message.empty(), "a finding says what it is");
   };
@@ -40,6 +41,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   }
   if (result.is_tvb) {
     tvb::MeasurePlay(image, header);
+    fuzz::Require(damaged == (result.seal.state == tvb::SealState::kWrong ? 1 : 0),
+                  "a wrong seal is told once");
+    fuzz::Require(result.seal.found == tvb::SealOf(image).found, "a seal is the same in steps");
+  }
+}
+
+}  // namespace
+
+// A changed file that was sealed is checked again with its seal put right.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+  Check({data, size});
+  tvb::Buffer sealed(data, data + size);
+  if (tvb::SealOf(sealed).state == tvb::SealState::kWrong) {
+    tvb::Seal(sealed);
+    Check(sealed);
   }
   return 0;
 }

@@ -8,12 +8,13 @@
 #include "fuzz/fuzz.h"
 #include "tools/dump/dump.h"
 #include "tvb/reader.h"
+#include "tvb/seal.h"
 
 namespace {
 
 void Show(tvb::Bytes image, const tvb::HeaderView &header, tool::DumpFormat &format) {
   tvb::Reader reader(image, header);
-  format.Header(header);
+  format.Header(header, tvb::SealOf(image));
   while (const std::optional<tvb::RecordView> record = reader.Next()) {
     format.Record(*record, 0);
   }

@@ -70,6 +70,7 @@ void AddCompile(CLI::App &app, Invocation &invocation);
 void AddDecompile(CLI::App &app, Invocation &invocation);
 void AddDump(CLI::App &app, Invocation &invocation);
 void AddCheck(CLI::App &app, Invocation &invocation);
+void AddSeal(CLI::App &app, Invocation &invocation);
 void AddPlay(CLI::App &app, Invocation &invocation);
 
 // Adds an option of `command` for an input or an output file, and returns it. `name` has CLI11's

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <filesystem>
 #include <iterator>
+#include <utility>
 
 #include "tools/cli/command.h"
 #include "tools/cli/text.h"
@@ -152,12 +153,15 @@ class OutputFile::TemporaryFile {
 
 OutputFile::TemporaryFile *OutputFile::TemporaryFile::first = nullptr;
 
-OutputFile::OutputFile(const std::string &path) : name_(PrintableText(path)) {
+OutputFile::OutputFile(const std::string &path, Order order) : name_(PrintableText(path)) {
   if (path == "-") {
     name_ = "<stdout>";
     fd_ = STDOUT_FILENO;
   } else {
     OpenTarget(path);
+  }
+  if (order == Order::kAmended && temporary_ == nullptr) {
+    HoldBack();
   }
   waiting_.reserve(kWaitingBytes);
 }
@@ -185,8 +189,38 @@ void OutputFile::OpenTarget(const std::string &path) {
 }
 
 OutputFile::~OutputFile() {
-  if (fd_ > STDOUT_FILENO) {
-    close(fd_);
+  for (const int fd : {fd_, stream_}) {
+    if (fd > STDOUT_FILENO) {
+      close(fd);
+    }
+  }
+}
+
+void OutputFile::HoldBack() {
+  std::error_code none;
+  std::filesystem::path folder = std::filesystem::temp_directory_path(none);
+  folder = none ? "/tmp" : folder;
+  std::string path = (folder / "tvb.XXXXXX").string();
+  const SignalsBlocked blocked;
+  const int held = mkostemp(path.data(), O_CLOEXEC);
+  if (held < 0) {
+    throw Failure(fmt::format("cannot hold back {} in a temporary file in {}: {}", name_,
+                              PrintableText(folder.string()), strerror(errno)));
+  }
+  unlink(path.c_str());
+  stream_ = std::exchange(fd_, held);
+}
+
+void OutputFile::LetGo() {
+  const int held = std::exchange(fd_, stream_);
+  stream_ = held;
+  std::vector<uint8_t> piece(kWaitingBytes);
+  ssize_t got = 0;
+  for (off_t at = 0; (got = pread(held, piece.data(), piece.size(), at)) != 0; at += got) {
+    if (got < 0) {
+      Fail("read back");
+    }
+    WriteNow(piece.data(), static_cast<size_t>(got));
   }
 }
 
@@ -202,8 +236,19 @@ void OutputFile::Write(const void *bytes, size_t count) {
   }
 }
 
+void OutputFile::Amend(uint64_t offset, std::span<const uint8_t> bytes) {
+  Flush();
+  const ssize_t written = pwrite(fd_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+  if (written != static_cast<ssize_t>(bytes.size())) {
+    Fail("write");
+  }
+}
+
 void OutputFile::Commit() {
   Flush();
+  if (stream_ >= 0) {
+    LetGo();
+  }
   if (temporary_ == nullptr) {
     return;
   }

@@ -22,7 +22,8 @@ namespace {
 
 // In the order of `tvb --help`.
 constexpr tool::AddCommand kCommands[] = {
-    tool::AddCompile, tool::AddDecompile, tool::AddDump, tool::AddCheck, tool::AddPlay,
+    tool::AddCompile, tool::AddDecompile, tool::AddDump,
+    tool::AddCheck,   tool::AddSeal,      tool::AddPlay,
 };
 
 const CLI::App *Find(const CLI::App &app, const std::string &name) {

@@ -10,6 +10,7 @@
 #include "tools/cli/command.h"
 #include "tools/cli/text.h"
 #include "tvb/play_order.h"
+#include "tvb/seal.h"
 
 namespace tool {
 namespace {
@@ -18,12 +19,20 @@ constexpr std::string_view kFirstLine = "tvb-map 1";
 constexpr std::string_view kLastLine = "end";
 constexpr size_t kMaxStatement = 72;
 
-uint64_t Checksum(tvb::Bytes bytes) {
-  uint64_t hash = 0xCBF29CE484222325;
+uint64_t AddToHash(uint64_t hash, tvb::Bytes bytes) {
   for (uint8_t byte : bytes) {
     hash = (hash ^ byte) * 0x100000001B3;
   }
   return hash;
+}
+
+uint64_t Checksum(tvb::Bytes image) {
+  const tvb::Bytes head = image.first(std::min(image.size(), tvb::kSealEnd));
+  tvb::Buffer unsealed(head.begin(), head.end());
+  if (tvb::HasSeal(image)) {
+    tvb::Unseal(unsealed);
+  }
+  return AddToHash(AddToHash(0xCBF29CE484222325, unsealed), image.subspan(head.size()));
 }
 
 // A line of a map, word by word.

@@ -29,7 +29,8 @@ struct SourcePiece {
 };
 
 // The pieces of a TVB file, in play order. A scan without a piece is not of the SVF file. The file
-// is known again by its size and its checksum, the 64-bit FNV-1a hash of its bytes.
+// is known again, sealed or not, by its size and its checksum, the 64-bit FNV-1a hash of its bytes,
+// with those of a seal as 0.
 struct FileMap {
   std::string name;
   uint64_t size = 0;

@@ -19,6 +19,7 @@
 #include "tools/compile/compilation.h"
 #include "tools/compile/compiler.h"
 #include "tools/compile/source_notes.h"
+#include "tvb/seal.h"
 
 namespace tool {
 namespace {
@@ -30,6 +31,7 @@ struct CompileCommand {
   std::string chain;
   std::string idcode;
   uint32_t longest_wait = 20;  // in milliseconds
+  bool seal = true;
   bool quiet = false;
   CompileOptions options;
 };
@@ -92,11 +94,8 @@ class TvbFiles {
     if (reset) {
       Announce(*reset, path);
     }
-    File &file = *files_.emplace_back(std::make_unique<File>(path));
-    const RecordFolder::Sink write = [&file](tvb::Bytes records) {
-      file.output.Write(records.data(), records.size());
-      file.bytes += records.size();
-    };
+    File &file = *files_.emplace_back(std::make_unique<File>(path, command_.seal));
+    const RecordFolder::Sink write = [&file](tvb::Bytes records) { file.Write(records); };
     return mapped_ ? mapped_->Next(write) : write;
   }
 
@@ -111,6 +110,9 @@ class TvbFiles {
       map_->Commit();
     }
     for (const auto &file : files_) {
+      if (command_.seal) {
+        file->Seal();
+      }
       file->output.Commit();
     }
     const std::string further = NumberedPath(command_.output, files_.size() + 1);
@@ -130,9 +132,23 @@ class TvbFiles {
 
  private:
   struct File {
-    explicit File(const std::string &path) : output(path) {}
+    File(const std::string &path, bool seal)
+        : output(path, seal ? OutputFile::Order::kAmended : OutputFile::Order::kAsWritten) {}
+
+    void Write(tvb::Bytes records) {
+      output.Write(records.data(), records.size());
+      bytes += records.size();
+      crc.Add(records);
+    }
+
+    // The header that was written has zeros there.
+    void Seal() {
+      output.Amend(tvb::kSealOffset, tvb::SealBytes(crc.value()));
+    }
+
     OutputFile output;
     uint64_t bytes = 0;
+    tvb::Crc32 crc;
   };
 
   SourceMap TakeMap() {
@@ -319,6 +335,9 @@ void AddForms(CLI::App &app, CompileCommand &command) {
                "Store all data blocks plain, without the byte that names an encoding (header byte "
                "0xF2)")
       ->excludes(encoding);
+  app.add_flag_callback(
+      "--no-seal", [&command] { command.seal = false; },
+      "Leave out the seal, by which the framework refuses a file that was changed or cut off");
   app.add_flag_callback(
       "--no-split", [&command] { command.options.split = false; },
       "Refuse a reset in the middle of the file, where OUT-2.tvb, OUT-3.tvb, ... would begin");

@@ -12,6 +12,7 @@
 #include "tools/cli/report.h"
 #include "tools/cli/text.h"
 #include "tvb/reader.h"
+#include "tvb/seal.h"
 #include "tvb/text.h"
 
 namespace tool {
@@ -75,7 +76,7 @@ std::optional<ListingFault> FaultOfEnd(const TvbFile &file, uint64_t end, uint64
 std::optional<ListingFault> List(TvbFile &file, DumpFormat &format) {
   tvb::Reader reader(file.image(), file.header());
   LoopNesting nesting;
-  format.Header(file.header());
+  format.Header(file.header(), tvb::SealOf(file.image()));
   while (const std::optional<tvb::RecordView> record = reader.Next()) {
     format.Record(*record, nesting.Enter(*record));
     if (record->fault) {

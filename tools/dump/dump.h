@@ -9,6 +9,7 @@
 #include "tools/cli/output_file.h"
 #include "tvb/bytes.h"
 #include "tvb/reader.h"
+#include "tvb/seal.h"
 
 namespace tool {
 
@@ -16,7 +17,7 @@ namespace tool {
 class DumpFormat {
  public:
   virtual ~DumpFormat() = default;
-  virtual void Header(const tvb::HeaderView &header) = 0;
+  virtual void Header(const tvb::HeaderView &header, const tvb::SealView &seal) = 0;
 
   // `loop`: the number of the LOOP record that repeats this record, 0 for none; a LOOP and its
   // ENDLOOP are not in their own loop.
@@ -32,7 +33,7 @@ class DumpText : public DumpFormat {
   // Both outlive the object.
   DumpText(tvb::Bytes image, OutputFile &out, bool hex) : image_(image), out_(out), hex_(hex) {}
 
-  void Header(const tvb::HeaderView &header) override;
+  void Header(const tvb::HeaderView &header, const tvb::SealView &seal) override;
   void Record(const tvb::RecordView &record, uint64_t loop) override;
 
  private:
@@ -49,7 +50,7 @@ class DumpJson : public DumpFormat {
  public:
   DumpJson(tvb::Bytes image, OutputFile &out, bool hex) : image_(image), out_(out), hex_(hex) {}
 
-  void Header(const tvb::HeaderView &header) override;
+  void Header(const tvb::HeaderView &header, const tvb::SealView &seal) override;
   void Record(const tvb::RecordView &record, uint64_t loop) override;
 
  private:

@@ -79,9 +79,17 @@ void AddFault(const tvb::RecordView &record, Json &object) {
   }
 }
 
+Json SealObject(const tvb::SealView &seal) {
+  if (seal.state == tvb::SealState::kNone) {
+    return Json();
+  }
+  return {
+      {"right", seal.state == tvb::SealState::kRight}, {"crc", seal.stored}, {"found", seal.found}};
+}
+
 }  // namespace
 
-void DumpJson::Header(const tvb::HeaderView &header) {
+void DumpJson::Header(const tvb::HeaderView &header, const tvb::SealView &seal) {
   Json object;
   object["record"] = 0;
   object["name"] = "HEADER";
@@ -92,6 +100,7 @@ void DumpJson::Header(const tvb::HeaderView &header) {
   object["compression"] = header.header.compression;
   object["plain_blocks"] = header.plain();
   object["number"] = header.number.value;
+  object["seal"] = SealObject(seal);
   out_.Write(fmt::format("{}\n", object.dump()));
 }
 

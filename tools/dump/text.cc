@@ -89,10 +89,12 @@ bool IsShown(const tvb::RecordView &record) {
   return record.bits() <= tvb::kMaxScanClocks;
 }
 
-void DumpText::Header(const tvb::HeaderView &header) {
-  out_.Write(fmt::format("header of {}, compression byte {}: data blocks {}\n\n",
+void DumpText::Header(const tvb::HeaderView &header, const tvb::SealView &seal) {
+  out_.Write(fmt::format("header of {}, compression byte {}: data blocks {}\n",
                          CountText(header.size, "byte"), tvb::Hex(header.header.compression),
                          header.plain() ? "are plain" : "name their encoding"));
+  const char *const mark = seal.state == tvb::SealState::kWrong ? "! " : "";
+  out_.Write(fmt::format("{}{}\n\n", mark, tvb::SealText(seal)));
   out_.Write("record    offset     bytes  what\n");
 }
 

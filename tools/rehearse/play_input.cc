@@ -31,7 +31,11 @@ void PlayInputs::Open(const std::string &path) {
   if (IsSvf(*input)) {
     Compile(std::move(input));
   } else {
-    Add(std::make_unique<TvbFile>(std::move(input)), nullptr);
+    PlayInput &added = Add(std::make_unique<TvbFile>(std::move(input)), nullptr);
+    added.seal = tvb::SealOf(added.file->image());
+    if (added.seal->state == tvb::SealState::kWrong) {
+      throw Failure(tvb::WrongSealText(*added.seal), added.file->name());
+    }
   }
 }
 
@@ -61,16 +65,15 @@ void PlayInputs::Compile(std::unique_ptr<InputFile> svf) {
   }
   for (size_t i = 0; i < compiled.size(); ++i) {
     auto image = std::make_unique<InputFile>(source.map.files[i].name, compiled.TakeImage(i));
-    Add(std::make_unique<TvbFile>(std::move(image)), &source);
-    files_.back().map = &source.map.files[i];
+    Add(std::make_unique<TvbFile>(std::move(image)), &source).map = &source.map.files[i];
   }
 }
 
-void PlayInputs::Add(std::unique_ptr<TvbFile> file, const PlaySource *source) {
+PlayInput &PlayInputs::Add(std::unique_ptr<TvbFile> file, const PlaySource *source) {
   if (file->image().size() > UINT32_MAX) {
     throw Failure("the file is too long: the driver takes less than 4 GiB", file->name());
   }
-  files_.push_back({std::move(file), source, nullptr});
+  return files_.emplace_back(PlayInput{std::move(file), source, nullptr, std::nullopt});
 }
 
 void PlayInputs::ReadMap() {

@@ -12,6 +12,7 @@
 
 #include "tools/cli/input_file.h"
 #include "tools/cli/source_map.h"
+#include "tvb/seal.h"
 
 namespace tool {
 
@@ -26,6 +27,7 @@ struct PlayInput {
   std::unique_ptr<TvbFile> file;
   const PlaySource *source = nullptr;  // null if not known
   const FileMap *map = nullptr;        // of source->map; null if not known
+  std::optional<tvb::SealView> seal;   // none if the file was made in memory
 
   // Where a bit of a record comes from, as FindSource().
   std::optional<SourcePlace> Find(uint64_t scan, uint32_t bit) const {
@@ -47,7 +49,8 @@ struct PlayInputOptions {
 // as by tvb compile, with its warnings, and may become several.
 class PlayInputs {
  public:
-  // Throws Failure if a file cannot be played, or if the map is of none of them.
+  // Throws Failure if a file cannot be played or has a wrong seal, or if the map is of none of
+  // them.
   explicit PlayInputs(const PlayInputOptions &options);
 
   const std::vector<PlayInput> &files() const {
@@ -57,7 +60,7 @@ class PlayInputs {
  private:
   void Open(const std::string &path);
   void Compile(std::unique_ptr<InputFile> svf);
-  void Add(std::unique_ptr<TvbFile> file, const PlaySource *source);
+  PlayInput &Add(std::unique_ptr<TvbFile> file, const PlaySource *source);
   void ReadMap();
 
   const PlayInputOptions &options_;

@@ -134,6 +134,9 @@ ReportFile &PlayReport::AddFile(const PlayedFile &file) {
   shown.unlisted =
       ListRecords(file.image, file.header, kMaxReportRecords - listed_, shown.records, data_.texts);
   listed_ += shown.records.size();
+  if (file.input != nullptr && file.input->seal) {
+    shown.seal = tvb::SealText(*file.input->seal);
+  }
   if (file.input != nullptr && file.input->map != nullptr) {
     SetLines(file.input->map->pieces, shown.records);
   }

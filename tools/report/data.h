@@ -156,6 +156,7 @@ struct ReportSpent {
 struct ReportFile {
   std::string name;
   uint64_t size = 0;
+  std::string seal;  // for people; empty for a file that was never one
   ReportVerdict verdict = ReportVerdict::kNotPlayed;
   std::string words;    // the verdict
   std::string summary;  // what was played, and the verdict

@@ -149,6 +149,7 @@ Json SpentObject(const ReportSpent &spent) {
 Json FileObject(const ReportFile &file) {
   return {{"name", file.name},
           {"size", file.size},
+          {"seal", file.seal},
           {"verdict", NameOf(file.verdict)},
           {"words", file.words},
           {"summary", file.summary},

@@ -45,7 +45,8 @@ function showFile(number, range) {
   element("files").querySelectorAll(".tab").forEach((tab, i) => tab.setAttribute("aria-current", i === number));
   element("file-name").textContent = file.name;
   const played = file.summary || file.words;
-  element("file-summary").textContent = `${countText(file.size, "byte")}; ${played}`;
+  const seal = file.seal && `, ${file.seal}`;
+  element("file-summary").textContent = `${countText(file.size, "byte")}${seal}; ${played}`;
   showFailure(file);
   timeline.show(file, range);
   table.show(file);
