@@ -110,10 +110,7 @@ class TvbFiles {
       map_->Commit();
     }
     for (const auto &file : files_) {
-      if (command_.seal) {
-        file->Seal();
-      }
-      file->output.Commit();
+      file->Commit();
     }
     const std::string further = NumberedPath(command_.output, files_.size() + 1);
     if (further != command_.output && std::filesystem::is_regular_file(further)) {
@@ -132,21 +129,28 @@ class TvbFiles {
 
  private:
   struct File {
-    File(const std::string &path, bool seal)
-        : output(path, seal ? OutputFile::Order::kAmended : OutputFile::Order::kAsWritten) {}
+    File(const std::string &path, bool to_seal)
+        : output(path, to_seal ? OutputFile::Order::kAmended : OutputFile::Order::kAsWritten),
+          sealed(to_seal) {}
 
     void Write(tvb::Bytes records) {
       output.Write(records.data(), records.size());
       bytes += records.size();
-      crc.Add(records);
+      if (sealed) {
+        crc.Add(records);
+      }
     }
 
-    // The header that was written has zeros there.
-    void Seal() {
-      output.Amend(tvb::kSealOffset, tvb::SealBytes(crc.value()));
+    // The header that was written has zeros in the place of the seal.
+    void Commit() {
+      if (sealed) {
+        output.Amend(tvb::kSealOffset, tvb::SealBytes(crc.value()));
+      }
+      output.Commit();
     }
 
     OutputFile output;
+    bool sealed;
     uint64_t bytes = 0;
     tvb::Crc32 crc;
   };
