@@ -27,7 +27,9 @@ struct PlayInput {
   std::unique_ptr<TvbFile> file;
   const PlaySource *source = nullptr;  // null if not known
   const FileMap *map = nullptr;        // of source->map; null if not known
-  std::optional<tvb::SealView> seal;   // none if the file was made in memory
+
+  // None if the file was made in memory.
+  std::optional<tvb::SealView> seal = std::nullopt;
 
   // Where a bit of a record comes from, as FindSource().
   std::optional<SourcePlace> Find(uint64_t scan, uint32_t bit) const {
