@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 /*
- * One download: the file's image, the driver, the lines, and what came of it. One at a time: a
- * second one is refused, not queued.
+ * One download: the image, the driver, the lines, and what came of it. One at a time: a second one
+ * is refused, not queued.
  */
 #define pr_fmt(fmt) KBUILD_MODNAME ": " fmt
 
@@ -9,23 +9,23 @@
 #include <linux/kernel.h>
 #include <linux/limits.h>
 #include <linux/mm.h>
-#include <linux/mutex.h>
+#include <linux/module.h>
 #include <linux/string.h>
-#include <linux/sysfs.h>
 
 #include "cpldjtag_internal.h"
+#include "cpldjtag_seal.h"
 
 /* What a driver returns. */
 #define DOWNLOAD_COMPLETED 1
+#define DOWNLOAD_FAILED 0
 #define DOWNLOAD_REFUSED (-2)
 
-/* Held while a download runs; never waited for. */
-static DEFINE_MUTEX(download_lock);
+/* The name of a file that has none. */
+#define IMAGE "image"
 
-/* What "state" and "result" show: written under download_lock, read without. */
-static bool running;
-static bool has_result;
-static s32 last_result;
+static bool require_seal;
+module_param(require_seal, bool, 0644);
+MODULE_PARM_DESC(require_seal, "refuse files without a seal");
 
 /* A name that the firmware loader may look up: a relative path that stays below its folders. */
 static bool is_usable_name(const char *name)
@@ -33,7 +33,15 @@ static bool is_usable_name(const char *name)
 	return *name && *name != '/' && strlen(name) < NAME_MAX && !strstr(name, "..");
 }
 
-/* A copy of the file with one zero byte behind it, which a driver may look at. */
+u8 *cpldjtag_image_alloc(size_t length)
+{
+	u8 *image = length <= CPLDJTAG_IMAGE_MAX ? kvmalloc(length + 1, GFP_KERNEL) : NULL;
+
+	if (image)
+		image[length] = 0;
+	return image;
+}
+
 static int load_image(struct device *dev, const char *name, u8 **image, size_t *length)
 {
 	const struct firmware *file;
@@ -43,18 +51,33 @@ static int load_image(struct device *dev, const char *name, u8 **image, size_t *
 	if (error)
 		return error;
 	*length = file->size;
-	if (file->size > U32_MAX)
-		error = -EFBIG;
-	else
-		*image = kvmalloc(file->size + 1, GFP_KERNEL);
-	if (!error && !*image)
-		error = -ENOMEM;
-	if (!error) {
+	*image = cpldjtag_image_alloc(file->size);
+	if (*image)
 		memcpy(*image, file->data, file->size);
-		(*image)[file->size] = 0;
-	}
+	else
+		error = file->size > CPLDJTAG_IMAGE_MAX ? -EFBIG : -ENOMEM;
 	release_firmware(file);
 	return error;
+}
+
+/* Nothing has been driven yet. */
+static int check_seal(const char *name, const u8 *image, size_t length)
+{
+	const u32 crc = cpldjtag_image_crc(image, length);
+	const enum cpldjtag_seal seal = cpldjtag_image_seal(image, length, crc);
+
+	cpldjtag_status_image(crc);
+	if (seal == CPLDJTAG_SEAL_BROKEN) {
+		pr_err("%s: not played, for its seal is not that of its content: the file is "
+		       "damaged\n",
+		       name);
+		return -EBADMSG;
+	}
+	if (seal == CPLDJTAG_UNSEALED && require_seal) {
+		pr_err("%s: not played, for it has no seal, and require_seal is set\n", name);
+		return -EBADMSG;
+	}
+	return 0;
 }
 
 static s32 call_driver(struct cpldjtag_driver *driver, const char *name, const u8 *image,
@@ -70,64 +93,90 @@ static s32 call_driver(struct cpldjtag_driver *driver, const char *name, const u
 	return driver->ops->download(&context, image, length);
 }
 
+/* A driver may think that it has completed a download whose end was not played. */
+static int outcome(s32 *result)
+{
+	int stopped = cpldjtag_pins_stopped();
+
+	if (stopped) {
+		*result = DOWNLOAD_FAILED;
+		return stopped;
+	}
+	if (*result == DOWNLOAD_REFUSED)
+		return -EINVAL;
+	return *result == DOWNLOAD_COMPLETED && !cpldjtag_pins_error() ? 0 : -EIO;
+}
+
 static int play(struct cpldjtag_driver *driver, const char *name, const u8 *image, u32 length)
+{
+	s32 result;
+	int error;
+
+	cpldjtag_status_running();
+	result = call_driver(driver, name, image, length);
+	error = outcome(&result);
+	cpldjtag_status_played(result);
+	return error;
+}
+
+static int check_and_play(struct cpldjtag_driver *driver, const char *name, const u8 *image,
+			  size_t length)
 {
 	int error;
 
-	cpldjtag_pins_clear_error();
-	last_result = call_driver(driver, name, image, length);
-	WRITE_ONCE(has_result, true);
-	error = cpldjtag_pins_error();
-	if (error)
-		pr_err("%s: a line could not be used: error %d\n", name, error);
-	if (last_result == DOWNLOAD_REFUSED)
-		return -EINVAL;
-	return last_result == DOWNLOAD_COMPLETED && !error ? 0 : -EIO;
+	error = check_seal(name, image, length);
+	if (!error)
+		error = cpldjtag_pins_stop_requested();
+	return error ?: play(driver, name, image, length);
 }
 
-/* With download_lock held. */
-static int run(struct device *dev, const char *name)
+static int load_and_play(struct device *dev, struct cpldjtag_driver *driver, const char *name)
 {
-	struct cpldjtag_driver *driver;
 	u8 *image = NULL;
 	size_t length;
 	int error;
 
-	driver = cpldjtag_driver_lend();
-	if (!driver)
-		return -ENODEV;
 	error = load_image(dev, name, &image, &length);
 	if (!error)
-		error = play(driver, name, image, length);
-	cpldjtag_driver_give_back();
+		error = check_and_play(driver, name, image, length);
 	kvfree(image);
 	return error;
 }
 
-int cpldjtag_download(struct device *dev, const char *name)
+/* @image is null where the file has to be loaded. */
+static int download(struct device *dev, const char *name, const u8 *image, size_t length)
+{
+	struct cpldjtag_driver *driver = cpldjtag_driver_lend();
+	int error;
+
+	if (!driver)
+		error = -ENODEV;
+	else if (image)
+		error = check_and_play(driver, name, image, length);
+	else
+		error = load_and_play(dev, driver, name);
+	if (driver)
+		cpldjtag_driver_give_back();
+	cpldjtag_status_end(error);
+	return error;
+}
+
+int cpldjtag_download_begin(struct device *dev)
+{
+	return cpldjtag_status_begin(dev, IMAGE);
+}
+
+int cpldjtag_download_image(struct device *dev, const u8 *image, size_t length)
+{
+	return download(dev, IMAGE, image, length);
+}
+
+int cpldjtag_download_file(struct device *dev, const char *name)
 {
 	int error;
 
 	if (!is_usable_name(name))
 		return -EINVAL;
-	if (!mutex_trylock(&download_lock))
-		return -EBUSY;
-	WRITE_ONCE(has_result, false);
-	WRITE_ONCE(running, true);
-	error = run(dev, name);
-	WRITE_ONCE(running, false);
-	mutex_unlock(&download_lock);
-	return error;
-}
-
-ssize_t cpldjtag_result_show(char *page)
-{
-	if (!READ_ONCE(has_result))
-		return sysfs_emit(page, "none\n");
-	return sysfs_emit(page, "%d\n", READ_ONCE(last_result));
-}
-
-ssize_t cpldjtag_state_show(char *page)
-{
-	return sysfs_emit(page, "%s\n", READ_ONCE(running) ? "running" : "idle");
+	error = cpldjtag_status_begin(dev, name);
+	return error ?: download(dev, name, NULL, 0);
 }

@@ -5,6 +5,8 @@
 
 #include <linux/device.h>
 #include <linux/gpio/consumer.h>
+#include <linux/limits.h>
+#include <linux/sysfs.h>
 
 #include "cpldjtag.h"
 
@@ -51,9 +53,34 @@ extern struct cpldjtag_pins cpldjtag_pins;
 extern const struct cpldjtag_pin_ops cpldjtag_pin_ops;
 ssize_t cpldjtag_pins_show(char *page);
 
-/* Forgets earlier errors of the lines; and the first error since then, 0 if there was none. */
-void cpldjtag_pins_clear_error(void);
+/* What a download has done so far. A clock is a rising edge of TCK, and the first one is 0. */
+struct cpldjtag_progress {
+	u64 clocks;	/* how many there have been */
+	u64 reads;	/* of TDO */
+	u64 read_clock; /* where the last read was: in the period whose edge would be this one */
+	u32 read_level; /* and what it gave */
+};
+
+/* A download begins: nothing has been done, no line has failed. Does not sleep. */
+void cpldjtag_pins_begin(void);
+struct cpldjtag_progress cpldjtag_pins_progress(void);
+
+/* The first error of a line, 0 if there was none; and whether a read of TDO was the last thing
+ * done. */
 int cpldjtag_pins_error(void);
+bool cpldjtag_pins_ended_reading(void);
+
+/*
+ * Makes the download stop: from now on, or from when the driver has read the IDCODE, no line moves,
+ * and the driver's next comparison fails. @why is a negative error code; the first one counts. May
+ * be called by anybody.
+ */
+void cpldjtag_pins_stop(int why);
+
+/* Why the download is to stop, 0 if it is not; and the same only if that has kept a line from
+ * moving. */
+int cpldjtag_pins_stop_requested(void);
+int cpldjtag_pins_stopped(void);
 
 /* ---- cpldjtag_numbers.c: lines by tck=, tms=, tdi= and tdo= */
 
@@ -86,16 +113,50 @@ bool cpldjtag_tree_has_device(void);
 int cpldjtag_tree_add(void);
 void cpldjtag_tree_remove(void);
 
+/* ---- cpldjtag_status.c: what the attributes, the log and an event tell of a download */
+
+enum cpldjtag_state { CPLDJTAG_IDLE, CPLDJTAG_LOADING, CPLDJTAG_RUNNING };
+
+/*
+ * The steps of a download, called by its thread in this order; those in the middle may be missing.
+ * begin() returns -EBUSY while another runs; only after a 0 the others may follow, and end() must.
+ */
+int cpldjtag_status_begin(struct device *dev, const char *file);
+void cpldjtag_status_image(u32 crc);
+void cpldjtag_status_running(void);
+void cpldjtag_status_played(s32 result);
+void cpldjtag_status_end(int error);
+
+/* Cancels the download that runs. Returns -ENODEV if none does. */
+int cpldjtag_status_cancel(void);
+
+enum cpldjtag_state cpldjtag_status_state(void);
+extern const struct attribute_group cpldjtag_status_group;
+
 /* ---- cpldjtag_download.c */
 
 /*
  * Downloads the file of that name, which the firmware loader finds on behalf of @dev. Returns 0
- * only if the driver completed the download; else a negative error code (see cpldjtag_main.c).
+ * only if the driver completed the download; else a negative error code, that of the attribute
+ * "download".
  */
-int cpldjtag_download(struct device *dev, const char *name);
+int cpldjtag_download_file(struct device *dev, const char *name);
 
-/* The texts of the attributes "result" and "state". Both return the length. */
-ssize_t cpldjtag_result_show(char *page);
-ssize_t cpldjtag_state_show(char *page);
+/*
+ * The same for an image, in two steps: begin() returns -EBUSY while a download runs; after a 0,
+ * image() has to follow, in any thread. The image comes from alloc(): @length bytes and behind them
+ * a zero byte, which a driver may look at; kvfree() frees it.
+ */
+int cpldjtag_download_begin(struct device *dev);
+int cpldjtag_download_image(struct device *dev, const u8 *image, size_t length);
+u8 *cpldjtag_image_alloc(size_t length);
+
+/* The largest: kvmalloc() takes more for a mistake of its caller. */
+#define CPLDJTAG_IMAGE_MAX ((size_t)INT_MAX - 1)
+
+/* ---- cpldjtag_data.c, cpldjtag_upload.c: downloads of an image that is written to the kernel */
+
+int cpldjtag_upload_add(struct device *dev);
+void cpldjtag_upload_remove(struct device *dev);
 
 #endif

@@ -11,24 +11,10 @@
  * Lines that cannot be had are told in the kernel log. With parameters the module does not load
  * then; a device of the tree waits for a chip that is not there yet.
  *
- * Attributes, in /sys/devices/platform/cpldjtag, or the device of the tree's node:
- *   download  write the name of a file below /lib/firmware: the download runs until the write
- *             returns. The write fails with
- *               EIO     the download failed: "result" and the log say more
- *               EINVAL  the name is not usable, or the driver refused the arguments
- *               ENOENT  there is no such file
- *               EBUSY   a download is running (the write does not wait for it)
- *               ENODEV  no driver is registered
- *             and with any other error of the firmware loader or of an allocation
- *   result    what the driver returned for the last download: 1 completed, 0 failed, -2 arguments
- *             refused; "none" if it was not called or has not returned yet
- *   state     "idle" or "running"
- *   drivers   the registered drivers, one per line: name and three numbers
- *   pins      the lines: "tck=LINE tms=LINE tdi=LINE tdo=LINE"; a LINE is CHIP:N, or its number if
- *             the parameters are numbers
+ * Its attributes are described in docs/ABI/testing/sysfs-platform-cpldjtag.
  *
- * A download cannot be stopped. Unloading its driver waits until it ends; this module cannot be
- * unloaded while a driver is loaded, nor the lines' module while this one is.
+ * Unloading a driver waits until its download has ended; this module cannot be unloaded while a
+ * driver is loaded, nor the lines' module while this one is.
  */
 #define pr_fmt(fmt) KBUILD_MODNAME ": " fmt
 
@@ -69,23 +55,18 @@ static ssize_t download_store(struct device *dev, struct device_attribute *attr,
 	if (!name)
 		return -ENOMEM;
 	/* A name with a zero byte in it is not usable. */
-	error = strlen(name) == count ? cpldjtag_download(dev, strim(name)) : -EINVAL;
+	error = strlen(name) == count ? cpldjtag_download_file(dev, strim(name)) : -EINVAL;
 	kfree(name);
 	return error ? error : count;
 }
 static DEVICE_ATTR_WO(download);
 
-static ssize_t result_show(struct device *dev, struct device_attribute *attr, char *buf)
+static ssize_t cancel_store(struct device *dev, struct device_attribute *attr, const char *buf,
+			    size_t count)
 {
-	return cpldjtag_result_show(buf);
+	return sysfs_streq(buf, "1") ? cpldjtag_status_cancel() ?: count : -EINVAL;
 }
-static DEVICE_ATTR_RO(result);
-
-static ssize_t state_show(struct device *dev, struct device_attribute *attr, char *buf)
-{
-	return cpldjtag_state_show(buf);
-}
-static DEVICE_ATTR_RO(state);
+static DEVICE_ATTR_WO(cancel);
 
 static ssize_t drivers_show(struct device *dev, struct device_attribute *attr, char *buf)
 {
@@ -99,11 +80,10 @@ static ssize_t pins_show(struct device *dev, struct device_attribute *attr, char
 }
 static DEVICE_ATTR_RO(pins);
 
-static struct attribute *cpldjtag_attrs[] = {
-	&dev_attr_download.attr, &dev_attr_result.attr, &dev_attr_state.attr,
-	&dev_attr_drivers.attr,	 &dev_attr_pins.attr,	NULL,
-};
-ATTRIBUTE_GROUPS(cpldjtag);
+static struct attribute *attrs[] = {&dev_attr_download.attr, &dev_attr_cancel.attr,
+				    &dev_attr_drivers.attr, &dev_attr_pins.attr, NULL};
+static const struct attribute_group group = {.attrs = attrs};
+static const struct attribute_group *groups[] = {&group, &cpldjtag_status_group, NULL};
 
 static unsigned long serving;
 
@@ -118,11 +98,16 @@ int cpldjtag_start(struct device *dev)
 	error = cpldjtag_pins_request(dev);
 	if (error)
 		goto end_serving;
-	error = sysfs_create_groups(&dev->kobj, cpldjtag_groups);
+	error = sysfs_create_groups(&dev->kobj, groups);
 	if (error)
 		goto release_pins;
+	error = cpldjtag_upload_add(dev);
+	if (error)
+		goto remove_groups;
 	return 0;
 
+remove_groups:
+	sysfs_remove_groups(&dev->kobj, groups);
 release_pins:
 	cpldjtag_pins_release();
 end_serving:
@@ -132,8 +117,9 @@ end_serving:
 
 void cpldjtag_stop(void *dev)
 {
+	cpldjtag_upload_remove(dev);
 	/* Waits for a write that is under way. */
-	sysfs_remove_groups(&((struct device *)dev)->kobj, cpldjtag_groups);
+	sysfs_remove_groups(&((struct device *)dev)->kobj, groups);
 	cpldjtag_pins_release();
 	clear_bit_unlock(0, &serving);
 }

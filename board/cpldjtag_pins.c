@@ -9,6 +9,8 @@
 #include <linux/gpio/driver.h>
 #include <linux/kernel.h>
 #include <linux/sched.h>
+#include <linux/sched/signal.h>
+#include <linux/string.h>
 #include <linux/sysfs.h>
 
 #include "cpldjtag_internal.h"
@@ -37,7 +39,22 @@ static struct line {
 };
 
 struct cpldjtag_pins cpldjtag_pins;
+
+/* What the lines have seen of the download. */
+static struct cpldjtag_progress progress; /* by the download's thread */
 static int first_error;
+
+/*
+ * Why the download is to stop, and whether the lines stand still because of it. The driver cannot
+ * be told to stop. But a line that stands still moves nothing, and a level that is neither 0 nor 1
+ * is a failed comparison, after which the driver ends by itself. The first reads of a download are
+ * not compared: they are the driver's own, of the target's IDCODE.
+ */
+static int stop;
+static bool stands_still;
+
+#define IDCODE_READS 32
+#define NEITHER_LEVEL 2
 
 static void release_lines(size_t count)
 {
@@ -175,14 +192,49 @@ ssize_t cpldjtag_pins_show(char *page)
 			  lines[CPLDJTAG_TDO].place);
 }
 
-void cpldjtag_pins_clear_error(void)
+void cpldjtag_pins_begin(void)
 {
+	memset(&progress, 0, sizeof(progress));
 	first_error = 0;
+	stands_still = false;
+	WRITE_ONCE(stop, 0);
+}
+
+struct cpldjtag_progress cpldjtag_pins_progress(void)
+{
+	struct cpldjtag_progress copy = {
+		.clocks = READ_ONCE(progress.clocks),
+		.reads = READ_ONCE(progress.reads),
+		.read_clock = READ_ONCE(progress.read_clock),
+		.read_level = READ_ONCE(progress.read_level),
+	};
+
+	return copy;
+}
+
+void cpldjtag_pins_stop(int why)
+{
+	cmpxchg(&stop, 0, why);
+}
+
+int cpldjtag_pins_stop_requested(void)
+{
+	return READ_ONCE(stop);
+}
+
+int cpldjtag_pins_stopped(void)
+{
+	return stands_still ? stop : 0;
 }
 
 int cpldjtag_pins_error(void)
 {
 	return first_error;
+}
+
+bool cpldjtag_pins_ended_reading(void)
+{
+	return progress.reads > IDCODE_READS && progress.read_clock == progress.clocks;
 }
 
 static int fail(int error)
@@ -203,6 +255,13 @@ static struct gpio_desc *find_line(u32 gpio)
 	return NULL;
 }
 
+static bool stand_still(void)
+{
+	if (progress.reads >= IDCODE_READS)
+		stands_still = true;
+	return stands_still;
+}
+
 /*
  * Not the raw level: the device tree may say that a line is open-drain. Sleeping chips are fine, a
  * download may sleep.
@@ -213,37 +272,54 @@ static int drive(u32 gpio, int level)
 
 	if (!desc)
 		return fail(-EINVAL);
+	if (unlikely(READ_ONCE(stop)) && stand_still())
+		return 0;
 	gpiod_set_value_cansleep(desc, level);
 	return 0;
 }
 
 static int drive_high(u32 gpio)
 {
-	return drive(gpio, 1);
+	int error = drive(gpio, 1);
+
+	if (gpio == cpldjtag_pins.tck && !stands_still)
+		WRITE_ONCE(progress.clocks, progress.clocks + 1);
+	return error;
 }
 
 static int drive_low(u32 gpio)
 {
 	/* A download is one long loop of these calls: let others run between them. */
-	cond_resched();
+	if (need_resched())
+		cond_resched();
+	if (unlikely(fatal_signal_pending(current)))
+		cpldjtag_pins_stop(-EINTR);
 	return drive(gpio, 0);
 }
 
-static int read_level(u32 gpio)
+static int read_line(u32 gpio)
 {
 	struct gpio_desc *desc = find_line(gpio);
-	int level;
+	int level = desc ? gpiod_get_value_cansleep(desc) : -EINVAL;
 
-	if (!desc) {
-		fail(-EINVAL);
-		return 0;
-	}
-	level = gpiod_get_value_cansleep(desc);
 	if (level < 0) {
 		fail(level);
 		return 0;
 	}
 	return level != 0;
+}
+
+static int read_level(u32 gpio)
+{
+	int level;
+
+	if (unlikely(READ_ONCE(stop)) && stand_still())
+		return NEITHER_LEVEL;
+	level = read_line(gpio);
+	WRITE_ONCE(progress.read_clock, progress.clocks);
+	WRITE_ONCE(progress.read_level, level);
+	WRITE_ONCE(progress.reads, progress.reads + 1);
+	return level;
 }
 
 const struct cpldjtag_pin_ops cpldjtag_pin_ops = {

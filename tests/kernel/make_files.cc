@@ -8,6 +8,7 @@
 
 #include "demo/part_file.h"
 #include "sim/sim.h"
+#include "tvb/seal.h"
 
 namespace {
 
@@ -27,6 +28,12 @@ const std::vector<Bits> &Rows() {
 
 tvb::Buffer Alone() {
   return PartFile(kAlone, kPart).Whole(Rows());
+}
+
+tvb::Buffer Sealed() {
+  tvb::Buffer file = Alone();
+  tvb::Seal(file);
+  return file;
 }
 
 tvb::Buffer SecondOfThree() {
@@ -112,6 +119,25 @@ tvb::Buffer Slow() {
   return file.Finish();
 }
 
+// Compares the IDCODE for a minute or more.
+tvb::Buffer LongCompared() {
+  PartFile file(kAlone, kPart);
+  file.writer().BeginLoop(100000);
+  file.CheckIdcode();
+  file.writer().EndLoop();
+  return file.Finish();
+}
+
+// Two million clocks of scans of which nothing is compared.
+tvb::Buffer LongUncompared() {
+  PartFile file(kAlone, kPart);
+  const tvb::Buffer zeros(12500, 0);
+  file.writer().BeginLoop(20);
+  file.writer().Sdr(100000, zeros);
+  file.writer().EndLoop();
+  return file.Finish();
+}
+
 tvb::Buffer BadHeader() {
   tvb::Buffer file = Alone();
   file[0] = 'x';
@@ -142,6 +168,7 @@ struct File {
 
 constexpr File kFiles[] = {
     {"alone.tvb", Alone},
+    {"sealed.tvb", Sealed},
     {"three.tvb", SecondOfThree},
     {"raw.tvb", Encoded<tvb::Encoding::kRaw>},
     {"run-length.tvb", Encoded<tvb::Encoding::kRunLength>},
@@ -155,6 +182,8 @@ constexpr File kFiles[] = {
     {"loop.tvb", Loop},
     {"padded.tvb", Padded},
     {"slow.tvb", Slow},
+    {"long-compared.tvb", LongCompared},
+    {"long-uncompared.tvb", LongUncompared},
     {"bad-header.tvb", BadHeader},
     {"unknown-opcode.tvb", UnknownOpcode},
     {"unknown-tag.tvb", UnknownTag},

@@ -30,7 +30,7 @@ wait
 equal 'the number of answers' 60 "$(cat /tmp/answers? | wc -l)"
 equal 'other answers' '' "$(cat /tmp/answers? | grep -vx -e ok -e 'Device or resource busy' || true)"
 good=$(cat /tmp/answers? | grep -cx ok)
-equal 'other texts' '' "$(grep -vx -e idle -e running -e 1 -e none \
+equal 'other texts' '' "$(grep -vx -e idle -e loading -e running -e 1 -e none \
   -e 'tvb_cpldjtag_drv 3127 3131 207' /tmp/read || true)"
 equal 'the ends in the log' "$good" "$(grep -c 'end rtn_code 0' $log)"
 clear_log

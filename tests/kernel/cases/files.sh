@@ -6,7 +6,7 @@ load_all "$three"
 # The least that there must be, so that a walk that finds nothing does not pass.
 equal 'the files of the chain' 'chain counters faults memory power scans state' "$(ls $sim | xargs)"
 equal 'the files of the log' 'bytes dropped' "$(ls ${log%/*} | xargs)"
-equal 'the parameters' 'base chain faults lines log_kib store_kib tck tdi tdo tms' \
+equal 'the parameters' 'base chain faults lines log_kib require_seal store_kib tck tdi tdo tms' \
   "$(ls /sys/module/log/parameters /sys/module/cpldjtag/parameters \
     /sys/module/jtag_sim/parameters | grep -v '^/' | xargs | tr ' ' '\n' | sort | xargs)"
 
@@ -48,7 +48,8 @@ equal 'writing to the count of lost bytes' 'Permission denied' \
 equal 'reading from the power' 'Permission denied' "$(error_of "cat $sim/power")"
 equal 'reading from the download' 'Permission denied' "$(error_of "cat $sysfs/download")"
 for file in $sim/chain $sim/state $sim/counters $sim/scans $sim/memory $sim/faults $log \
-  ${log%/*}/dropped $sysfs/result $sysfs/state $sysfs/drivers $sysfs/pins; do
+  ${log%/*}/dropped $sysfs/result $sysfs/state $sysfs/drivers $sysfs/pins $sysfs/error $sysfs/file \
+  $sysfs/crc $sysfs/elapsed_ms $sysfs/clocks $sysfs/reads $sysfs/last_read $sysfs/total_clocks; do
   equal "reading from $file" '' "$(error_of "cat $file")"
 done
 for file in $sim/counters $sim/scans $sim/power $log; do

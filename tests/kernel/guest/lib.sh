@@ -159,6 +159,16 @@ wait_for() {
   done
 }
 
+# clocks_seen: how many periods of TCK the chain has seen.
+clocks_seen() {
+  awk '!/^(tms|tdi|ir|dr)-/ { clocks += $2 } END { print clocks }' $sim/counters
+}
+
+# attribute NAME: what it says.
+attribute() {
+  cat $sysfs/$1
+}
+
 # ---- downloads
 
 # What the files of make_files.cc put into the part's memory, and what is there at first and after

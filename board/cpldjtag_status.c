@@ -1,0 +1,351 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+/*
+ * What is known of the download that runs, or else of the last one: the attributes, the event that
+ * tells of its end, and a line in the kernel log.
+ */
+#define pr_fmt(fmt) KBUILD_MODNAME ": " fmt
+
+#include <linux/errno.h>
+#include <linux/kernel.h>
+#include <linux/kobject.h>
+#include <linux/ktime.h>
+#include <linux/limits.h>
+#include <linux/math64.h>
+#include <linux/spinlock.h>
+#include <linux/string.h>
+#include <linux/sysfs.h>
+
+#include "cpldjtag_internal.h"
+
+static const char *const state_names[] = {
+	[CPLDJTAG_IDLE] = "idle",
+	[CPLDJTAG_LOADING] = "loading",
+	[CPLDJTAG_RUNNING] = "running",
+};
+
+/* What became of a download: the driver's result, if it was called at all, and the error. */
+struct outcome {
+	bool played;
+	s32 result;
+	int error;
+};
+
+/*
+ * Written by the download's thread only, and read by anybody, under the lock. @last is the outcome
+ * of the last download that has ended; @now that of the one that runs, as far as it is known.
+ */
+static DEFINE_SPINLOCK(status_lock);
+static struct {
+	struct device *dev;
+	enum cpldjtag_state state;
+	char file[NAME_MAX];
+	bool has_crc;
+	u32 crc;
+	u64 total; /* clocks that the file is said to have, 0 for unknown */
+	u64 began; /* in nanoseconds */
+	u64 elapsed;
+	struct outcome now;
+	struct outcome last;
+} status;
+
+static void set_state(enum cpldjtag_state state)
+{
+	struct device *dev = status.dev;
+
+	spin_lock(&status_lock);
+	status.state = state;
+	spin_unlock(&status_lock);
+	sysfs_notify(&dev->kobj, NULL, "state");
+}
+
+enum cpldjtag_state cpldjtag_status_state(void)
+{
+	return READ_ONCE(status.state);
+}
+
+static void begin(struct device *dev, const char *file)
+{
+	cpldjtag_pins_begin();
+	status.dev = dev;
+	status.state = CPLDJTAG_LOADING;
+	strscpy(status.file, file, sizeof(status.file));
+	status.has_crc = false;
+	status.began = ktime_get_ns();
+	memset(&status.now, 0, sizeof(status.now));
+}
+
+int cpldjtag_status_begin(struct device *dev, const char *file)
+{
+	int error = -EBUSY;
+
+	spin_lock(&status_lock);
+	if (status.state == CPLDJTAG_IDLE) {
+		begin(dev, file);
+		error = 0;
+	}
+	spin_unlock(&status_lock);
+	if (!error)
+		sysfs_notify(&dev->kobj, NULL, "state");
+	return error;
+}
+
+int cpldjtag_status_cancel(void)
+{
+	int error = -ENODEV;
+
+	spin_lock(&status_lock);
+	if (status.state != CPLDJTAG_IDLE) {
+		cpldjtag_pins_stop(-ECANCELED);
+		error = 0;
+	}
+	spin_unlock(&status_lock);
+	return error;
+}
+
+void cpldjtag_status_image(u32 crc)
+{
+	spin_lock(&status_lock);
+	status.crc = crc;
+	status.has_crc = true;
+	spin_unlock(&status_lock);
+}
+
+void cpldjtag_status_running(void)
+{
+	spin_lock(&status_lock);
+	status.began = ktime_get_ns();
+	spin_unlock(&status_lock);
+	set_state(CPLDJTAG_RUNNING);
+}
+
+void cpldjtag_status_played(s32 result)
+{
+	status.now.played = true;
+	status.now.result = result;
+}
+
+static struct outcome last_outcome(void)
+{
+	struct outcome copy;
+
+	spin_lock(&status_lock);
+	copy = status.last;
+	spin_unlock(&status_lock);
+	return copy;
+}
+
+/* The words of the kernel's own firmware uploads (Documentation/ABI, sysfs-class-firmware). */
+static const char *error_word(int error)
+{
+	switch (error) {
+	case -EINTR:
+	case -ECANCELED:
+		return "user-abort";
+	case -EBADMSG:
+		return "firmware-invalid";
+	case -EFBIG:
+		return "invalid-file-size";
+	case -EIO:
+		return "hw-error";
+	default:
+		return "read-write-error";
+	}
+}
+
+static ssize_t error_text(const struct outcome *outcome, char *text, size_t size)
+{
+	if (!outcome->error)
+		return scnprintf(text, size, "none");
+	return scnprintf(text, size, "%s:%s", outcome->played ? "programming" : "preparing",
+			 error_word(outcome->error));
+}
+
+static ssize_t result_text(const struct outcome *outcome, char *text, size_t size)
+{
+	if (!outcome->played)
+		return scnprintf(text, size, "none");
+	return scnprintf(text, size, "%d", outcome->result);
+}
+
+/* Where in its clocks a download ended, as far as that is known. */
+static void tell_end(const struct outcome *outcome)
+{
+	const struct cpldjtag_progress at = cpldjtag_pins_progress();
+	char of[32] = "";
+
+	if (status.total)
+		scnprintf(of, sizeof(of), " of %llu", status.total);
+	if (!outcome->error)
+		pr_info("%s: completed, %llu clocks in %llu ms\n", status.file, at.clocks,
+			div_u64(status.elapsed, NSEC_PER_MSEC));
+	else if (outcome->error == -EINTR || outcome->error == -ECANCELED)
+		pr_warn("%s: cancelled at clock %llu%s\n", status.file, at.clocks, of);
+	else if (!outcome->played)
+		pr_err("%s: not played: error %d\n", status.file, outcome->error);
+	else if (cpldjtag_pins_error())
+		pr_err("%s: failed at clock %llu%s: a line could not be used: error %d\n",
+		       status.file, at.clocks, of, cpldjtag_pins_error());
+	else if (cpldjtag_pins_ended_reading())
+		pr_err("%s: failed at clock %llu%s: TDO read %u\n", status.file, at.clocks, of,
+		       at.read_level);
+	else
+		pr_err("%s: failed at clock %llu%s: not by a comparison, see the driver's "
+		       "messages\n",
+		       status.file, at.clocks, of);
+}
+
+struct event {
+	char result[32];
+	char error[64];
+	char file[NAME_MAX + 32];
+};
+
+static void fill_event(struct event *event, const struct outcome *outcome)
+{
+	ssize_t length;
+
+	length = scnprintf(event->result, sizeof(event->result), "CPLDJTAG_RESULT=");
+	result_text(outcome, event->result + length, sizeof(event->result) - length);
+	length = scnprintf(event->error, sizeof(event->error), "CPLDJTAG_ERROR=");
+	error_text(outcome, event->error + length, sizeof(event->error) - length);
+	scnprintf(event->file, sizeof(event->file), "CPLDJTAG_FILE=%s", status.file);
+}
+
+void cpldjtag_status_end(int error)
+{
+	struct device *dev = status.dev;
+	struct event event;
+	char *variables[] = {event.result, event.error, event.file, NULL};
+
+	spin_lock(&status_lock);
+	status.elapsed = ktime_get_ns() - status.began;
+	status.now.error = error;
+	status.last = status.now;
+	spin_unlock(&status_lock);
+	/* What has been told of a damaged file is enough. */
+	if (error != -EBADMSG)
+		tell_end(&status.last);
+	fill_event(&event, &status.last);
+	WRITE_ONCE(status.total, 0);
+	/* From here on another download may begin. */
+	set_state(CPLDJTAG_IDLE);
+	kobject_uevent_env(&dev->kobj, KOBJ_CHANGE, variables);
+}
+
+/* ---- the attributes */
+
+static ssize_t state_show(struct device *dev, struct device_attribute *attr, char *buf)
+{
+	return sysfs_emit(buf, "%s\n", state_names[cpldjtag_status_state()]);
+}
+static DEVICE_ATTR_RO(state);
+
+static ssize_t result_show(struct device *dev, struct device_attribute *attr, char *buf)
+{
+	struct outcome last = last_outcome();
+	char text[32];
+
+	result_text(&last, text, sizeof(text));
+	return sysfs_emit(buf, "%s\n", text);
+}
+static DEVICE_ATTR_RO(result);
+
+static ssize_t error_show(struct device *dev, struct device_attribute *attr, char *buf)
+{
+	struct outcome last = last_outcome();
+	char text[64];
+
+	error_text(&last, text, sizeof(text));
+	return sysfs_emit(buf, "%s\n", text);
+}
+static DEVICE_ATTR_RO(error);
+
+static ssize_t file_show(struct device *dev, struct device_attribute *attr, char *buf)
+{
+	ssize_t length;
+
+	spin_lock(&status_lock);
+	length = sysfs_emit(buf, "%s\n", status.file);
+	spin_unlock(&status_lock);
+	return length;
+}
+static DEVICE_ATTR_RO(file);
+
+static ssize_t crc_show(struct device *dev, struct device_attribute *attr, char *buf)
+{
+	ssize_t length;
+
+	spin_lock(&status_lock);
+	length = status.has_crc ? sysfs_emit(buf, "%08x\n", status.crc) : sysfs_emit(buf, "none\n");
+	spin_unlock(&status_lock);
+	return length;
+}
+static DEVICE_ATTR_RO(crc);
+
+static ssize_t elapsed_ms_show(struct device *dev, struct device_attribute *attr, char *buf)
+{
+	u64 elapsed;
+
+	spin_lock(&status_lock);
+	elapsed = status.state == CPLDJTAG_IDLE ? status.elapsed : ktime_get_ns() - status.began;
+	spin_unlock(&status_lock);
+	return sysfs_emit(buf, "%llu\n", div_u64(elapsed, NSEC_PER_MSEC));
+}
+static DEVICE_ATTR_RO(elapsed_ms);
+
+static ssize_t clocks_show(struct device *dev, struct device_attribute *attr, char *buf)
+{
+	return sysfs_emit(buf, "%llu\n", cpldjtag_pins_progress().clocks);
+}
+static DEVICE_ATTR_RO(clocks);
+
+static ssize_t reads_show(struct device *dev, struct device_attribute *attr, char *buf)
+{
+	return sysfs_emit(buf, "%llu\n", cpldjtag_pins_progress().reads);
+}
+static DEVICE_ATTR_RO(reads);
+
+static ssize_t last_read_show(struct device *dev, struct device_attribute *attr, char *buf)
+{
+	const struct cpldjtag_progress at = cpldjtag_pins_progress();
+
+	if (!at.reads)
+		return sysfs_emit(buf, "none\n");
+	return sysfs_emit(buf, "%llu %u\n", at.read_clock, at.read_level);
+}
+static DEVICE_ATTR_RO(last_read);
+
+static ssize_t total_clocks_show(struct device *dev, struct device_attribute *attr, char *buf)
+{
+	return sysfs_emit(buf, "%llu\n", READ_ONCE(status.total));
+}
+
+static ssize_t total_clocks_store(struct device *dev, struct device_attribute *attr,
+				  const char *buf, size_t count)
+{
+	u64 total;
+	int error;
+
+	error = kstrtou64(buf, 10, &total);
+	if (error)
+		return error;
+	WRITE_ONCE(status.total, total);
+	return count;
+}
+static DEVICE_ATTR_RW(total_clocks);
+
+static struct attribute *attrs[] = {
+	&dev_attr_state.attr,
+	&dev_attr_result.attr,
+	&dev_attr_error.attr,
+	&dev_attr_file.attr,
+	&dev_attr_crc.attr,
+	&dev_attr_elapsed_ms.attr,
+	&dev_attr_clocks.attr,
+	&dev_attr_reads.attr,
+	&dev_attr_last_read.attr,
+	&dev_attr_total_clocks.attr,
+	NULL,
+};
+
+const struct attribute_group cpldjtag_status_group = {.attrs = attrs};

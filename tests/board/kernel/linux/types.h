@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+//
+// The kernel's own names of its types.
+#pragma once
+
+#include <stddef.h>
+
+// The system has such a header too, for other types.
+#include_next <linux/types.h>
+
+typedef __u8 u8;
+typedef __u32 u32;
