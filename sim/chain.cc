@@ -40,6 +40,8 @@ bool IsShift(sim_state state) {
 }  // namespace
 
 void sim_chain::PowerCycle() {
+  unpowered = false;
+  faults[SIM_FAULT_POWER_LOST].set = false;
   state = SIM_TEST_LOGIC_RESET;
   reset_due = false;
   tdo = true;
@@ -51,6 +53,14 @@ void sim_chain::PowerCycle() {
 }
 
 void sim_chain::Rise() {
+  if (unpowered) {
+    return;
+  }
+  ++rises;
+  if (LosesPowerNow()) {
+    LosePower();
+    return;
+  }
   ++counters.clocks[state];
   switch (state) {
     case SIM_SHIFT_DR:
@@ -78,6 +88,9 @@ void sim_chain::Rise() {
 }
 
 void sim_chain::Fall() {
+  if (unpowered) {
+    return;
+  }
   if (state == SIM_UPDATE_DR) {
     UpdateDr();
   } else if (state == SIM_UPDATE_IR) {
@@ -105,6 +118,9 @@ void sim_chain::ApplyFaults() {
         dead_row.set && dead_row.first == i + 1 ? dead_row.second : devices[i].config.rows;
   }
   fitted = device_count - (missing.set ? 1 : 0);
+  if (unpowered && !faults[SIM_FAULT_POWER_LOST].set) {
+    PowerCycle();
+  }
 }
 
 bool sim_chain::TdoLevel() const {
@@ -187,6 +203,23 @@ bool sim_chain::FlipNow() const {
   const sim::Fault &flip = faults[SIM_FAULT_FLIP];
   return flip.set && state == SIM_SHIFT_DR && dr_captures - flip.since == flip.first &&
          shifted == flip.second;
+}
+
+bool sim_chain::LosesPowerNow() const {
+  const sim::Fault &lost = faults[SIM_FAULT_POWER_LOST];
+  return lost.set && rises - lost.since == lost.first;
+}
+
+void sim_chain::LosePower() {
+  for (sim_u32 i = 0; i < device_count; ++i) {
+    if (devices[i].part.exists()) {
+      devices[i].part.LosePower(idle_clocks, rises);
+    }
+  }
+  state = SIM_TEST_LOGIC_RESET;
+  tdo = true;
+  unpowered = true;
+  log.Cut();
 }
 
 extern "C" {

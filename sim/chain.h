@@ -14,7 +14,7 @@ struct Fault {
   bool set;
   sim_u32 first;  // its numbers, see sim_fault_forms
   sim_u32 second;
-  sim_u64 since;  // what dr_captures was when it was set
+  sim_u64 since;  // what dr_captures, or for a lost power rises, was when it was set
 };
 
 }  // namespace sim
@@ -29,9 +29,11 @@ struct sim_chain {
   sim_counters counters;
   sim_u64 idle_clocks;  // clocks that stayed in Run-Test/Idle, since the chain was made
   sim_u64 dr_captures;  // passages through Capture-DR, since the chain was made
+  sim_u64 rises;        // rising edges of TCK, since the chain was made
   sim_u64 shifted;      // bits of the scan under way
   sim_state state;
   bool reset_due;  // Test-Logic-Reset was entered and TCK has not fallen since
+  bool unpowered;  // by a fault
   bool tck;
   bool tms;
   bool tdi;
@@ -42,6 +44,7 @@ struct sim_chain {
     return number - 1 < device_count ? devices + (number - 1) : nullptr;
   }
 
+  // Also ends a power loss.
   void PowerCycle();
   void Rise();
   void Fall();
@@ -64,6 +67,8 @@ struct sim_chain {
   void UpdateDr();
   void Reset();
   bool FlipNow() const;
+  bool LosesPowerNow() const;
+  void LosePower();
 };
 
 #endif

@@ -52,8 +52,8 @@ constexpr struct sim_field sim_fields[SIM_FIELD_COUNT] = {
      "blank needs part="},
 };
 
-constexpr const char *sim_fault_number_names[SIM_FAULT_NUMBER_COUNT] = {"", "scan", "bit", "device",
-                                                                        "row"};
+constexpr const char *sim_fault_number_names[SIM_FAULT_NUMBER_COUNT] = {"",       "scan", "bit",
+                                                                        "device", "row",  "clock"};
 
 // clang-format off
 constexpr struct sim_fault_form sim_fault_forms[SIM_FAULT_KIND_COUNT] = {
@@ -62,6 +62,7 @@ constexpr struct sim_fault_form sim_fault_forms[SIM_FAULT_KIND_COUNT] = {
     {"flip",        {SIM_SCAN_NUMBER,   SIM_BIT_NUMBER}, SIM_FAULT_FLIP},
     {"dead-row",    {SIM_DEVICE_NUMBER, SIM_ROW_NUMBER}, SIM_FAULT_DEAD_ROW},
     {"missing",     {SIM_DEVICE_NUMBER, SIM_NO_NUMBER},  SIM_FAULT_MISSING},
+    {"power-lost",  {SIM_CLOCK_NUMBER,  SIM_NO_NUMBER},  SIM_FAULT_POWER_LOST},
 };
 // clang-format on
 

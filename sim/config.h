@@ -86,6 +86,7 @@ enum sim_fault_number {
   SIM_BIT_NUMBER,    /* a bit of a scan, from 0 */
   SIM_DEVICE_NUMBER, /* a device of the chain, from 1 */
   SIM_ROW_NUMBER,    /* a row, from 0, of the device that is named first */
+  SIM_CLOCK_NUMBER,  /* a rising edge of TCK, from 1 */
   SIM_FAULT_NUMBER_COUNT
 };
 
@@ -97,7 +98,7 @@ struct sim_fault_form {
 
 extern const struct sim_fault_form sim_fault_forms[SIM_FAULT_KIND_COUNT]; /* by sim_fault_kind */
 
-/* "scan", "bit", "device" and "row"; "" for SIM_NO_NUMBER. */
+/* "scan", "bit", "device", "row" and "clock"; "" for SIM_NO_NUMBER. */
 extern const char *const sim_fault_number_names[SIM_FAULT_NUMBER_COUNT];
 
 /* The name of a kind of fault, "?" for none; and the kind of a name, or SIM_FAULT_KIND_COUNT. */

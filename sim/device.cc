@@ -84,6 +84,27 @@ void Part::PowerCycle(sim_u64 now) {
   failed = false;
 }
 
+void Part::LosePower(sim_u64 now, sim_u64 seed) {
+  Settle(now);
+  if (operation == kErase) {
+    for (sim_u32 row = 0; row < config->rows; ++row) {
+      Garble(row, seed);
+    }
+  } else if (operation == kProgram && latched_row < config->rows) {
+    Garble(latched_row, seed);
+  }
+  PowerCycle(now);
+}
+
+void Part::Garble(sim_u32 row, sim_u64 seed) {
+  // A linear congruential generator: its high bits look like noise, and are the same each time.
+  sim_u64 noise = seed + row;
+  for (sim_u64 bit = 0; bit < config->row_bits; ++bit) {
+    noise = noise * 6364136223846793005u + 1442695040888963407u;
+    PutBit(RowMemory(row), bit, noise >> 63 != 0);
+  }
+}
+
 void Part::Reset(sim_u64 now) {
   Abandon(now);
   enabled = false;

@@ -42,6 +42,9 @@ struct Part {
   // Power off and on: an operation that has had its clocks has taken effect, another one is lost.
   void PowerCycle(sim_u64 now);
 
+  // The power goes: what was being programmed or erased is garbage, which depends on `seed`.
+  void LosePower(sim_u64 now, sim_u64 seed);
+
   // Test-Logic-Reset: programming mode ends.
   void Reset(sim_u64 now);
 
@@ -67,6 +70,7 @@ struct Part {
   void Begin(Operation what, sim_u32 clocks, sim_u64 now);
   void Finish();
   void ProgramLatchedRow();
+  void Garble(sim_u32 row, sim_u64 seed);
   void Enable();
   void LatchRow(const Cells &cells);
   void CaptureRow(const Cells &cells) const;

@@ -22,6 +22,7 @@ bool CanBe(const sim_chain &chain, const sim_fault &fault, unsigned which) {
   const sim_u32 value = which == 0 ? fault.first : fault.second;
   switch (sim_fault_forms[fault.kind].numbers[which]) {
     case SIM_SCAN_NUMBER:
+    case SIM_CLOCK_NUMBER:
       return value != 0;
     case SIM_DEVICE_NUMBER:
       return chain.DeviceAt(value) != nullptr;
@@ -105,9 +106,9 @@ int sim_chain_set_fault(struct sim_chain *chain, const struct sim_fault *fault) 
     return -1;
   }
   chain->faults[sim_fault_forms[fault->kind].excludes].set = false;
-  chain->faults[fault->kind] =
-      sim::Fault{true, Has(fault->kind, 0) ? fault->first : 0,
-                 Has(fault->kind, 1) ? fault->second : 0, chain->dr_captures};
+  chain->faults[fault->kind] = sim::Fault{
+      true, Has(fault->kind, 0) ? fault->first : 0, Has(fault->kind, 1) ? fault->second : 0,
+      fault->kind == SIM_FAULT_POWER_LOST ? chain->rises : chain->dr_captures};
   chain->ApplyFaults();
   return 0;
 }

@@ -138,7 +138,8 @@ sim_size sim_chain_size(const struct sim_config *config);
 struct sim_chain *sim_chain_create(void *memory, const struct sim_config *config);
 
 /* Turns the power off and on: TAP, instructions and part status as at first, pins as they were
- * driven; configuration memory, faults, log and counters stay. */
+ * driven; configuration memory, log and counters stay, and so do the faults but for a power that
+ * was lost. */
 void sim_chain_power_cycle(struct sim_chain *chain);
 
 /* ---- pins */
@@ -227,6 +228,11 @@ enum sim_fault_kind {
                             programmed and does not set "failed"; an erase still clears it */
   SIM_FAULT_MISSING,     /* device `first` is not fitted and its place is bridged from TDI to TDO:
                             from the next Capture on the chain is shorter */
+  SIM_FAULT_POWER_LOST,  /* rising edge `first` of TCK (from 1) after the fault is set finds the
+                            chain  without power. The row that was being programmed, or all rows of a
+                            part  that was being erased, hold garbage; the rest of the memory stays.
+                            TDO is  pulled up, and edges do nothing, until the power is turned off
+                            and  on  or the fault is cleared */
   SIM_FAULT_KIND_COUNT
 };
 

@@ -165,7 +165,8 @@ TEST(SimConfig, TheTableHasTheWords) {
               sim_fault_number_names[form.numbers[1]] + ") ";
   }
   EXPECT_EQ(faults,
-            "tdo-stuck-0( ) tdo-stuck-1( ) flip(scan bit) dead-row(device row) missing(device ) ");
+            "tdo-stuck-0( ) tdo-stuck-1( ) flip(scan bit) dead-row(device row) missing(device ) "
+            "power-lost(clock ) ");
 }
 
 TEST(SimConfig, HostChainNamesTheError) {
