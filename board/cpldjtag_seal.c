@@ -26,13 +26,14 @@ u32 cpldjtag_image_crc(const u8 *image, size_t length)
 
 enum cpldjtag_seal cpldjtag_image_seal(const u8 *image, size_t length, u32 crc)
 {
-	const u8 *seal = image + SEAL_AT + sizeof(magic);
+	const u8 *stored;
 
 	if (length < SEAL_AT + sizeof(magic) || memcmp(image + SEAL_AT, magic, sizeof(magic)) != 0)
 		return CPLDJTAG_UNSEALED;
 	if (length < SEAL_END)
 		return CPLDJTAG_SEAL_BROKEN;
-	return (seal[0] | seal[1] << 8 | seal[2] << 16 | (u32)seal[3] << 24) == crc
-		       ? CPLDJTAG_SEALED
-		       : CPLDJTAG_SEAL_BROKEN;
+	stored = image + SEAL_AT + sizeof(magic);
+	if ((stored[0] | stored[1] << 8 | stored[2] << 16 | (u32)stored[3] << 24) != crc)
+		return CPLDJTAG_SEAL_BROKEN;
+	return CPLDJTAG_SEALED;
 }

@@ -8,11 +8,11 @@
 namespace demo {
 namespace {
 
-// The low `count` bits of `value`, least significant first.
+// The low `count` bits of `value`, which has zeros above, least significant first.
 Bits BitsOf(uint64_t value, uint32_t count) {
   Bits bits;
   for (uint32_t i = 0; i < count; ++i) {
-    bits.push_back(((value >> i) & 1) != 0);
+    bits.push_back(i < 64 && ((value >> i) & 1) != 0);
   }
   return bits;
 }
