@@ -11,7 +11,8 @@
 #   DESTDIR=, PREFIX=  install, uninstall: a staging folder, and where below it (/usr/local)
 #   GROUPS=            setup: these groups of scripts/packages.txt only
 #   KDIR=DIR           build against this kernel tree instead of the fetched one (or KERNEL_SRC=)
-#   ARCH=, CROSS_COMPILE=   of that tree; what it is for and Debian's compiler where not given
+#   ARCH=, CROSS_COMPILE=   of that tree; what it is for and Debian's compiler where not given;
+#                      tools ARCH=arm64: for a board
 #   CC=, LLVM=1, O=, W=1, C=1, SIM=1 ...   modules, modules_install: as kbuild has them
 #   INSTALL_MOD_PATH=  modules_install: the root of the board's file system
 #   SANITIZE=1         lib: with the address and undefined-behaviour sanitizers
@@ -43,6 +44,9 @@ LIB_TREE := $(BUILD)/$(if $(SANITIZE),lib-sanitize,host)
 PARALLEL = $(if $(findstring jobserver,$(MAKEFLAGS)),,-j$(JOBS))
 CMAKE_BUILD = cmake --build --preset
 TOOL_BUILD = cmake --build "$(BUILD)/host" $(PARALLEL) --target m7_cpldjtag_drv tvb_tool
+TOOL_TARGET = $(if $(filter command,$(origin ARCH)),$(or $(TOOL_$(ARCH)),$(error \
+              make tools knows ARCH=arm64 only)),tool-host)
+TOOL_arm64 = tool-arm64
 TEST = ctest --preset host $(CTEST_ARGS)
 
 export KDIR DESTDIR PREFIX
@@ -50,7 +54,7 @@ export KDIR DESTDIR PREFIX
 .DEFAULT_GOAL := all
 
 .PHONY: help all setup modules modules_install lib tools install uninstall dist deb test test-host \
-        test-deb test-kernel test-kernels second-kernel demo fuzz bench clean kernel host sanitize judged fuzzers
+        test-deb test-kernel test-kernels second-kernel tool-host tool-arm64 demo fuzz bench clean kernel host sanitize judged fuzzers
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z_-]+:.*## / { printf "  make %-18s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -75,10 +79,19 @@ lib: ## Build the driver as a host library, build/host/libm7_cpldjtag_drv.a
 	cmake --preset library -B "$(LIB_TREE)" -DM7_SANITIZE=$(if $(SANITIZE),ON,OFF)
 	+cmake --build "$(LIB_TREE)" $(PARALLEL) --target m7_cpldjtag_drv
 
-tools: ## Build the command line tool, build/host/tvb
+tools: ## Build the command line tool, build/host/tvb (ARCH=arm64: static, build/tool-arm64/tvb)
+	+@$(MAKE) --no-print-directory $(TOOL_TARGET)
+
+tool-host:
 	$(NEED) lib tools
 	cmake --preset tool -B "$(BUILD)/host"
 	+$(TOOL_BUILD)
+
+tool-arm64:
+	$(NEED) lib tools board
+	cmake --preset board -B "$(BUILD)/tool-arm64"
+	+cmake --build "$(BUILD)/tool-arm64" $(PARALLEL) --target tvb_tool
+	@stat -c '%n: %s bytes' "$(BUILD)/tool-arm64/tvb"
 
 install: ## Install the tool and the host library, below PREFIX=/usr/local (and DESTDIR=)
 	$(NEED) lib tools
@@ -97,8 +110,8 @@ deb: ## Build the Debian packages, of what is committed, into build/deb
 	scripts/make-deb "$(BUILD)/deb"
 
 test: ## Run every test: host, sanitized, kernel in QEMU, tool, install, checks
-	$(SETUP) lib tools test fuzz modules qemu judges docs
-	+$(MAKE) --no-print-directory -j$(JOBS) host sanitize modules second-kernel
+	$(SETUP) lib tools board test fuzz modules qemu judges docs
+	+$(MAKE) --no-print-directory -j$(JOBS) host sanitize modules second-kernel tool-arm64
 	$(TEST) -j$(JOBS)
 
 test-host: host ## Run the host tests only
@@ -121,7 +134,7 @@ test-deb: ## Try the Debian packages in clean systems of two releases, and their
 # The kernel that the packages' modules are run on, of the first release.
 test-deb: DEB_KERNEL = $(shell dpkg --print-architecture)-6.1
 
-test-kernel: host modules second-kernel ## Run the tests on the real kernel in QEMU only
+test-kernel: host modules second-kernel tool-arm64 ## Run the tests on the real kernel in QEMU only
 	$(NEED) qemu
 	$(TEST) -L kernel
 

@@ -26,11 +26,14 @@ _tvb_value() {
     'compile -o' | 'compile --output') _tvb_files tvb "$3" ;;
     'decompile -o' | 'decompile --output') _tvb_files svf "$3" ;;
     'play --chain') _tvb_files json "$3" ;;
+    *' --read') _tvb_words '0 1' "$3" ;;
+    *' --log') compopt -o default 2>/dev/null ;;
+    *' --device') compopt -o dirnames 2>/dev/null ;;
     *' --map') _tvb_files map "$3" ;;
     *' --vcd') _tvb_files vcd "$3" ;;
     *' --report') _tvb_files html "$3" ;;
     *' --scans' | *' --memory') _tvb_files txt "$3" ;;
-    *' --fail-at' | *' --vcd-idle' | *' --pin-ns' | *' --longest-wait' | *' --require-idcode' | 'compile --chain') ;;
+    *' --fail-at' | *' --idcode' | *' --devices' | *' --clock' | *' --vcd-idle' | *' --pin-ns' | *' --longest-wait' | *' --require-idcode' | 'compile --chain') ;;
     *) return 1 ;;
   esac
 }
@@ -43,6 +46,11 @@ _tvb_options() {
     check) echo '--strict' ;;
     seal) echo '--remove --force' ;;
     play) echo '--map --pause-as-idle --echo --chain --fail-at --vcd --vcd-idle --vcd-state --scans --memory --report --time --pin-ns --quiet -q' ;;
+    download) echo '--device --idcode --log --map --json' ;;
+    status) echo '--device' ;;
+    probe) echo '--device --devices --log' ;;
+    rewrite) echo '--longest-wait' ;;
+    explain) echo '--clock --read --map' ;;
     '') echo '--version' ;;
   esac
   echo '--help -h'
@@ -50,7 +58,7 @@ _tvb_options() {
 
 _tvb() {
   local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
-  local commands='compile decompile dump check seal play help' command=''
+  local commands='compile decompile dump check seal play explain download status probe rewrite help' command=''
   COMPREPLY=()
   if ((COMP_CWORD > 1)); then
     command=${COMP_WORDS[1]}
@@ -63,9 +71,10 @@ _tvb() {
     return
   fi
   case $command in
+    status | probe) ;;
     '' | help) _tvb_words "$commands" "$word" ;;
     compile) _tvb_files svf "$word" ;;
-    play)
+    play | explain | download)
       _tvb_files tvb "$word"
       _tvb_files svf "$word"
       ;;

@@ -25,6 +25,11 @@ complete -c tvb -n '__tvb_in' -a dump -d 'Show every record of a TVB file'
 complete -c tvb -n '__tvb_in' -a check -d 'Find what is wrong with a TVB file'
 complete -c tvb -n '__tvb_in' -a seal -d 'Seal TVB files, or take their seals away'
 complete -c tvb -n '__tvb_in' -a play -d 'Rehearse a download with the driver\'s own code'
+complete -c tvb -n '__tvb_in' -a explain -d 'Tell why a download on a board has failed'
+complete -c tvb -n '__tvb_in' -a download -d 'Download files to the chain of this board'
+complete -c tvb -n '__tvb_in' -a status -d 'Tell what the framework of this board is doing'
+complete -c tvb -n '__tvb_in' -a probe -d 'Read the IDCODEs of the chain of this board'
+complete -c tvb -n '__tvb_in' -a rewrite -d 'Make the long run-tests of a TVB file short'
 complete -c tvb -n '__tvb_in' -a help -d 'Tell what a command does and which options it takes'
 
 complete -c tvb -n '__tvb_in compile' -s o -l output -ra '(__tvb_files tvb)' -d 'TVB file to make'
@@ -72,4 +77,25 @@ complete -c tvb -n '__tvb_in play' -l pin-ns -x -d 'Nanoseconds that a pin call 
 complete -c tvb -n '__tvb_in play' -s q -l quiet -d 'Print neither the log nor the summary'
 complete -c tvb -n '__tvb_in play' -a '(__tvb_files tvb) (__tvb_files svf)'
 
-complete -c tvb -n '__tvb_in help' -a 'compile decompile dump check seal play help'
+complete -c tvb -n '__tvb_in explain' -l clock -x -d 'Clock of the last read'
+complete -c tvb -n '__tvb_in explain' -l read -xa '0 1' -d 'What was read'
+complete -c tvb -n '__tvb_in explain' -l map -ra '(__tvb_files map)' -d 'Name the line of the SVF that fails'
+complete -c tvb -n '__tvb_in explain' -a '(__tvb_files tvb) (__tvb_files svf)'
+
+complete -c tvb -n '__tvb_in download' -l device -ra '(__fish_complete_directories)' -d 'Folder of the framework'
+complete -c tvb -n '__tvb_in download' -l idcode -x -d 'Download to this chip only'
+complete -c tvb -n '__tvb_in download' -l log -rF -d 'Kernel log'
+complete -c tvb -n '__tvb_in download' -l map -ra '(__tvb_files map)' -d 'Name the line of the SVF that fails'
+complete -c tvb -n '__tvb_in download' -l json -d 'Print a JSON object a line'
+complete -c tvb -n '__tvb_in download' -a '(__tvb_files tvb) (__tvb_files svf)'
+
+complete -c tvb -n '__tvb_in status' -l device -ra '(__fish_complete_directories)' -d 'Folder of the framework'
+
+complete -c tvb -n '__tvb_in probe' -l device -ra '(__fish_complete_directories)' -d 'Folder of the framework'
+complete -c tvb -n '__tvb_in probe' -l devices -x -d 'How many devices the chain has'
+complete -c tvb -n '__tvb_in probe' -l log -rF -d 'Kernel log'
+
+complete -c tvb -n '__tvb_in rewrite' -l longest-wait -x -d 'Milliseconds that one run-test may take'
+complete -c tvb -n '__tvb_in rewrite' -a '(__tvb_files tvb)'
+
+complete -c tvb -n '__tvb_in help' -a 'compile decompile dump check seal play explain download status probe rewrite help'

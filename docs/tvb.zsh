@@ -12,6 +12,11 @@ _tvb_commands() {
     'check:find what is wrong with a TVB file'
     'seal:seal TVB files, or take their seals away'
     'play:rehearse a download with the driver'\''s own code'
+    'explain:tell why a download on a board has failed'
+    'download:download files to the chain of this board'
+    'status:tell what the framework of this board is doing'
+    'probe:read the IDCODEs of this board'\''s chain'
+    'rewrite:make the long run-tests of a TVB file short'
     'help:tell what a command does and which options it takes'
   )
   _describe command commands
@@ -103,6 +108,53 @@ _tvb_play_options() {
     '(--quiet)-q[print neither the log nor the summary]' \
     '(-q)--quiet[print neither the log nor the summary]' \
     '*:TVB or SVF file:_files -g "*.(tvb|svf)(-.)"'
+}
+
+_tvb_explain_options() {
+  _arguments \
+    '(- *)-h[print a help text]' \
+    '(- *)--help[print a help text]' \
+    '--clock=[clock of the last read]:clock: ' \
+    '--read=[what was read]:level:(0 1)' \
+    '--map=[name the line of the SVF that fails]:map:_files -g "*.map(-.)"' \
+    '*:TVB or SVF file:_files -g "*.(tvb|svf)(-.)"'
+}
+
+_tvb_download_options() {
+  _arguments \
+    '(- *)-h[print a help text]' \
+    '(- *)--help[print a help text]' \
+    '--device=[folder of the framework]:folder:_files -/' \
+    '--idcode=[download to this chip only]:IDCODE/MASK: ' \
+    '--log=[kernel log]:file:_files' \
+    '--map=[name the line of the SVF that fails]:map:_files -g "*.map(-.)"' \
+    '--json[print a JSON object a line]' \
+    '*:TVB or SVF file:_files -g "*.(tvb|svf)(-.)"'
+}
+
+_tvb_status_options() {
+  _arguments \
+    '(- *)-h[print a help text]' \
+    '(- *)--help[print a help text]' \
+    '--device=[folder of the framework]:folder:_files -/'
+}
+
+_tvb_probe_options() {
+  _arguments \
+    '(- *)-h[print a help text]' \
+    '(- *)--help[print a help text]' \
+    '--device=[folder of the framework]:folder:_files -/' \
+    '--devices=[how many devices the chain has]:count: ' \
+    '--log=[kernel log]:file:_files'
+}
+
+_tvb_rewrite_options() {
+  _arguments \
+    '(- *)-h[print a help text]' \
+    '(- *)--help[print a help text]' \
+    '--longest-wait=[milliseconds that one run-test may take]:milliseconds: ' \
+    '1:TVB file:_files -g "*.tvb(-.)"' \
+    '2:TVB file to write:_files -g "*.tvb(-.)"'
 }
 
 _tvb_help_options() {

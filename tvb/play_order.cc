@@ -105,4 +105,13 @@ PlayLength MeasurePlay(Bytes image, const HeaderView &header) {
   return length;
 }
 
+ChainPlace TargetOf(Bytes image, const HeaderView &header) {
+  const std::optional<RecordView> first = Reader(image, header).Next();
+  return first ? PlaceToldBy(image, *first) : ChainPlace();
+}
+
+uint64_t DownloadClocks(Bytes image, const HeaderView &header) {
+  return OwnClocks(TargetOf(image, header)) + MeasurePlay(image, header).clocks;
+}
+
 }  // namespace tvb

@@ -79,4 +79,10 @@ struct PlayLength {
 // file counts up to its fault. Takes time linear in the image.
 PlayLength MeasurePlay(Bytes image, const HeaderView &header);
 
+// The target's place as the player derives it from the file's first record.
+ChainPlace TargetOf(Bytes image, const HeaderView &header);
+
+// All clocks of its download, those before the first record too.
+uint64_t DownloadClocks(Bytes image, const HeaderView &header);
+
 }  // namespace tvb

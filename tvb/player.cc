@@ -194,6 +194,13 @@ Buffer ChainInstructions(const ChainPlace &place, uint8_t instruction) {
   return data;
 }
 
+uint64_t OwnClocks(const ChainPlace &place) {
+  constexpr uint64_t kResetClocks = 11;
+  constexpr uint64_t kIdcodeBits = 32;
+  return kResetClocks + ScanClocks(kSir, kInstructionBits * place.devices()) +
+         ScanClocks(kSdr, kIdcodeBits + place.after);
+}
+
 uint64_t Player::Play(const RecordView &record) {
   pads_.Apply(record);
   pad_lengths_.Apply(record);

@@ -188,6 +188,10 @@ ChainPlace PlaceToldBy(Bytes image, const RecordView &first);
 // is BYPASS.
 Buffer ChainInstructions(const ChainPlace &place, uint8_t instruction);
 
+// The clocks of what the player does by itself before a file's first record: a reset of the TAP,
+// and the read of the target's IDCODE.
+uint64_t OwnClocks(const ChainPlace &place);
+
 // A model of the player: the state that records change and that it keeps from one file to the next.
 class Player {
  public:

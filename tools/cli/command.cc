@@ -125,6 +125,18 @@ void RefuseClashes(const Invocation &invocation) {
   }
 }
 
+void AddDevice(CLI::App &command, std::string &folder) {
+  command
+      .add_option("--device", folder,
+                  "The folder of the framework's attributes, if it is not to be found below "
+                  "/sys/devices")
+      ->type_name("DIR");
+}
+
+void AddKernelLog(CLI::App &command, std::string &path) {
+  command.add_option("--log", path, "The kernel log, if it is not /dev/kmsg")->type_name("FILE");
+}
+
 void AddPinTime(CLI::App &command, double &nanoseconds) {
   command
       .add_option("--pin-ns", nanoseconds,

@@ -21,6 +21,7 @@ enum ExitCode {
   kDone = 0,
   kFailed = 1,  // the run or the check failed
   kBad = 2,     // the file or the command line is bad
+  kCancelled = 3,
 };
 
 // Thrown where a command cannot continue. Run() prints the message as an error and exits with the
@@ -72,6 +73,11 @@ void AddDump(CLI::App &app, Invocation &invocation);
 void AddCheck(CLI::App &app, Invocation &invocation);
 void AddSeal(CLI::App &app, Invocation &invocation);
 void AddPlay(CLI::App &app, Invocation &invocation);
+void AddExplain(CLI::App &app, Invocation &invocation);
+void AddDownload(CLI::App &app, Invocation &invocation);
+void AddStatus(CLI::App &app, Invocation &invocation);
+void AddProbe(CLI::App &app, Invocation &invocation);
+void AddRewrite(CLI::App &app, Invocation &invocation);
 
 // Adds an option of `command` for an input or an output file, and returns it. `name` has CLI11's
 // syntax; a positional one ("IN.tvb") is required. `path` outlives the invocation.
@@ -86,6 +92,12 @@ CLI::Option *AddOutput(CLI::App &command, Invocation &invocation, const std::str
 // of its output files, under whatever name, or if two of its files are standard input or output.
 // Pipes, terminals and devices such as /dev/null can be shared and are exempt.
 void RefuseClashes(const Invocation &invocation);
+
+// Adds --device: the folder of the framework's attributes, empty if it is to be found.
+void AddDevice(CLI::App &command, std::string &folder);
+
+// Adds --log: the kernel log as a file, empty for the kernel's own.
+void AddKernelLog(CLI::App &command, std::string &path);
 
 // Adds --pin-ns: the duration of a pin call, a real number of nanoseconds from 0 to 1e9.
 void AddPinTime(CLI::App &command, double &nanoseconds);

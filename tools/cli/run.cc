@@ -22,8 +22,9 @@ namespace {
 
 // In the order of `tvb --help`.
 constexpr tool::AddCommand kCommands[] = {
-    tool::AddCompile, tool::AddDecompile, tool::AddDump,
-    tool::AddCheck,   tool::AddSeal,      tool::AddPlay,
+    tool::AddCompile, tool::AddDecompile, tool::AddDump,    tool::AddCheck,
+    tool::AddSeal,    tool::AddPlay,      tool::AddExplain, tool::AddDownload,
+    tool::AddStatus,  tool::AddProbe,     tool::AddRewrite,
 };
 
 const CLI::App *Find(const CLI::App &app, const std::string &name) {

@@ -230,38 +230,6 @@ std::optional<tvb::ChainPlace> ParsePlace(std::string_view text) {
   return place;
 }
 
-// "IDCODE" or "IDCODE/MASK", hexadecimal numbers.
-std::optional<RequiredIdcode> ParseIdcode(std::string_view text) {
-  RequiredIdcode idcode;
-  const auto read = [&text](uint32_t &value) {
-    if (text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X") {
-      text.remove_prefix(2);
-    }
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), value, 16);
-    text.remove_prefix(static_cast<size_t>(result.ptr - text.data()));
-    return result.ec == std::errc();
-  };
-  if (!read(idcode.value)) {
-    return std::nullopt;
-  }
-  if (!text.empty()) {
-    const bool slash = text.front() == '/';
-    text.remove_prefix(1);
-    if (!slash || !read(idcode.mask) || !text.empty()) {
-      return std::nullopt;
-    }
-  }
-  return idcode.mask != 0 ? std::optional(idcode) : std::nullopt;
-}
-
-std::string CheckIdcode(const std::string &text) {
-  return ParseIdcode(text) ? ""
-                           : fmt::format(
-                                 "expected IDCODE or IDCODE/MASK, hexadecimal numbers of 32 "
-                                 "bits, as in 0A014C35/0FFFFFFF; found '{}'",
-                                 text);
-}
-
 // The error text that follows the option's name, or nothing if the value is valid.
 std::string CheckPlace(const std::string &text) {
   return ParsePlace(text)

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include "tools/compile/record_writer.h"
 #include "tvb/player.h"
@@ -17,6 +19,12 @@ struct RequiredIdcode {
   uint32_t value = 0;
   uint32_t mask = 0xFFFFFFFF;
 };
+
+// Parses "IDCODE" or "IDCODE/MASK", hexadecimal numbers; none if the text has another form.
+std::optional<RequiredIdcode> ParseIdcode(std::string_view text);
+
+// What is wrong with such a text as an option's value; empty if nothing is.
+std::string CheckIdcode(const std::string &text);
 
 // The place that the player would derive from an instruction scan as a file's first record. Nothing
 // unless the scan is unambiguous: BYPASS for all devices but one, and nothing compared.

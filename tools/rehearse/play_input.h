@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/cli/input_file.h"
@@ -57,6 +58,11 @@ class PlayInputs {
 
   const std::vector<PlayInput> &files() const {
     return files_;
+  }
+
+  // The same files, which still need this object.
+  std::vector<PlayInput> TakeFiles() {
+    return std::move(files_);
   }
 
  private:

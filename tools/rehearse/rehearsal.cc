@@ -31,6 +31,11 @@ void Rehearsal::Watch(const RehearsalOptions &options, const RehearsalSinks &sin
   }
 }
 
+void Rehearsal::InvertRead(uint64_t clock) {
+  target_ = &inverted_.emplace(*target_, clock);
+  lines_.Connect(*target_);
+}
+
 void Rehearsal::Run(Ticks ticks) {
   if (!platform_) {
     platform_.emplace(clock_, log_);

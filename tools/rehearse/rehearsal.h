@@ -55,6 +55,9 @@ class Rehearsal {
     lines_.WatchChanges(std::move(watcher));
   }
 
+  // Inverts what is read after `clock` more rising edges of TCK.
+  void InvertRead(uint64_t clock);
+
   // Plays the image. `ticks` are for looking only.
   void Run(Ticks ticks);
 
@@ -115,6 +118,7 @@ class Rehearsal {
   Lines lines_;
   EchoTarget echo_;
   std::optional<FlippedTarget> flipped_;
+  std::optional<InvertedRead> inverted_;
   Target *target_;
   std::optional<Vcd> vcd_;
   std::optional<ScanList> scans_;

@@ -54,4 +54,9 @@ bool FlippedTarget::IsThere() const {
   return scan != nullptr && scan->number == scan_ && scan->OwnBit(at_.bit()) == bit_;
 }
 
+void InvertedRead::Write(Line line, bool level) {
+  target_.Write(line, level);
+  clocks_ += line == Line::kTck && level;
+}
+
 }  // namespace tool

@@ -103,4 +103,21 @@ class FlippedTarget : public Target {
   bool was_there_ = false;
 };
 
+// Inverts another target's answer after so many rising edges of TCK, until the next one.
+class InvertedRead : public Target {
+ public:
+  // `target` outlives this.
+  InvertedRead(Target &target, uint64_t clock) : target_(target), clock_(clock) {}
+
+  void Write(Line line, bool level) override;
+  bool Tdo() const override {
+    return target_.Tdo() != (clocks_ == clock_);
+  }
+
+ private:
+  Target &target_;
+  uint64_t clock_;
+  uint64_t clocks_ = 0;
+};
+
 }  // namespace tool

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 # An event tells of the end of each download.
+# Needs CONFIG_NET.
 load_all "$alone"
 uevent sh -c 'echo "$ACTION $DEVPATH $CPLDJTAG_FILE $CPLDJTAG_RESULT $CPLDJTAG_ERROR"' >/tmp/events &
 listener=$!

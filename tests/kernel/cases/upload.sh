@@ -52,11 +52,11 @@ echo -1 >$class/loading
 equal 'the status' idle "$(cat $class/status)"
 same_bytes 'the log' '' <$log
 
-upload slow.tvb
+upload long-compared.tvb
 wait_for running
 equal 'the status' yes "$(case $(cat $class/status) in
   transferring | programming) echo yes ;; esac)"
-equal 'what remains' "$(size_of slow.tvb)" "$(cat $class/remaining_size)"
+equal 'what remains' "$(size_of long-compared.tvb)" "$(cat $class/remaining_size)"
 equal 'a download meanwhile' 'Device or resource busy' "$(download alone.tvb)"
 echo 1 >$class/cancel
 wait_until_idle

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#include "tools/board/download.h"
+
+#include <csignal>
+#include <string>
+
+namespace tool {
+namespace {
+
+constexpr auto kBetweenLooks = std::chrono::milliseconds(200);
+
+volatile std::sig_atomic_t interrupts;
+
+extern "C" void CountInterrupt(int) {
+  interrupts = interrupts + 1;
+}
+
+void Handle(void (*handler)(int)) {
+  struct sigaction action = {};
+  action.sa_handler = handler;  // without SA_RESTART: a wait ends
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+}
+
+bool WasInterrupted() {
+  return Interrupts::Count() > 0;
+}
+
+ExitCode CodeOf(const BoardStatus &status) {
+  if (status.error == "none" && status.result == "1") {
+    return kDone;
+  }
+  if (status.error.ends_with(":user-abort")) {
+    return kCancelled;
+  }
+  return status.error.starts_with("preparing:") ? kBad : kFailed;
+}
+
+// The image has been handed over.
+DownloadEnd Follow(const Device &device,
+                   const std::function<void(const BoardStatus &status)> &progress) {
+  while (device.IsBusy()) {
+    if (Interrupts::Count() > 1) {
+      return {kCancelled, true, device.Status()};
+    }
+    if (WasInterrupted()) {
+      device.Cancel();
+    }
+    device.WaitForChange(kBetweenLooks);
+    const BoardStatus status = device.Status();
+    if (status.state == "running") {
+      progress(status);
+    }
+  }
+  const BoardStatus status = device.Status();
+  return {device.RefusedAsBusy() ? kBad : CodeOf(status), false, status};
+}
+
+}  // namespace
+
+Interrupts::Interrupts() {
+  interrupts = 0;
+  Handle(CountInterrupt);
+}
+
+Interrupts::~Interrupts() {
+  Handle(SIG_DFL);
+}
+
+int Interrupts::Count() {
+  return interrupts;
+}
+
+DownloadEnd DownloadImage(const Device &device, tvb::Bytes image, uint64_t total_clocks,
+                          const std::function<void(const BoardStatus &status)> &progress) {
+  if (device.IsBusy()) {
+    throw Failure("another download is running");
+  }
+  device.Write("total_clocks", std::to_string(total_clocks));
+  if (!device.HandOver(image, WasInterrupted)) {
+    return {kCancelled, false, {}};
+  }
+  try {
+    return Follow(device, progress);
+  } catch (const Failure &failure) {
+    throw Failure(failure.what(), failure.place(), kFailed);
+  }
+}
+
+}  // namespace tool
