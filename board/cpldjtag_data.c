@@ -93,6 +93,9 @@ static ssize_t loading_store(struct device *dev, struct device_attribute *attr, 
 	error = kstrtoint(buf, 10, &step);
 	if (error)
 		return error;
+	/* Of a download that has ended the work has only its image left to free. */
+	if (cpldjtag_status_state() == CPLDJTAG_IDLE)
+		flush_work(&upload.work);
 	mutex_lock(&upload_lock);
 	switch (step) {
 	case 1:
