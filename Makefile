@@ -117,7 +117,7 @@ test: ## Run every test: host, sanitized, kernel in QEMU, tool, install, checks
 test-host: host ## Run the host tests only
 	$(TEST) -j$(JOBS) -L host -LE sanitized
 
-test-kernels: host ## Run them on all kernels of scripts/kernels.txt, and keep the table in docs/
+test-kernels: host tool-arm64 ## Run them on all kernels of scripts/kernels.txt, and keep the table in docs/
 	$(NEED) modules qemu kernels
 	tests/kernel/matrix --write docs/kernels.md
 
