@@ -15,8 +15,7 @@
 
 #include "cpldjtag_internal.h"
 
-/* The image: received between a 1 and a 0 in "loading", then downloaded by the work, which frees
- * it. */
+/* The image: received between a 1 and a 0 in "loading", then downloaded and freed by the work. */
 static DEFINE_MUTEX(upload_lock);
 static struct {
 	struct device *dev;

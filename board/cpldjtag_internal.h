@@ -65,8 +65,7 @@ struct cpldjtag_progress {
 void cpldjtag_pins_begin(void);
 struct cpldjtag_progress cpldjtag_pins_progress(void);
 
-/* The first error of a line, 0 if there was none; and whether a read of TDO was the last thing
- * done. */
+/* The first error of a line, 0 if there was none; and whether it ended reading TDO. */
 int cpldjtag_pins_error(void);
 bool cpldjtag_pins_ended_reading(void);
 
@@ -77,8 +76,7 @@ bool cpldjtag_pins_ended_reading(void);
  */
 void cpldjtag_pins_stop(int why);
 
-/* Why the download is to stop, 0 if it is not; and the same only if that has kept a line from
- * moving. */
+/* Why the download is to stop, 0 if it is not; and the same once that has kept a line still. */
 int cpldjtag_pins_stop_requested(void);
 int cpldjtag_pins_stopped(void);
 

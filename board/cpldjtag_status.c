@@ -23,16 +23,9 @@ static const char *const state_names[] = {
 	[CPLDJTAG_RUNNING] = "running",
 };
 
-/* What became of a download: the driver's result, if it was called at all, and the error. */
-struct outcome {
-	bool played;
-	s32 result;
-	int error;
-};
-
 /*
- * Written by the download's thread only, and read by anybody, under the lock. @last is the outcome
- * of the last download that has ended; @now that of the one that runs, as far as it is known.
+ * Written by the download's thread only, and read by anybody, under the lock. @result and @error
+ * are of the last download that has ended, the rest is of the one that runs, if one does.
  */
 static DEFINE_SPINLOCK(status_lock);
 static struct {
@@ -44,9 +37,11 @@ static struct {
 	u64 total; /* clocks that the file is said to have, 0 for unknown */
 	u64 began; /* in nanoseconds */
 	u64 elapsed;
-	struct outcome now;
-	struct outcome last;
-} status;
+	bool played; /* the driver has been called, and returned this: */
+	s32 returned;
+	char result[16];
+	char error[48];
+} status = {.result = "none", .error = "none"};
 
 static void set_state(enum cpldjtag_state state)
 {
@@ -71,7 +66,7 @@ static void begin(struct device *dev, const char *file)
 	strscpy(status.file, file, sizeof(status.file));
 	status.has_crc = false;
 	status.began = ktime_get_ns();
-	memset(&status.now, 0, sizeof(status.now));
+	status.played = false;
 }
 
 int cpldjtag_status_begin(struct device *dev, const char *file)
@@ -120,18 +115,8 @@ void cpldjtag_status_running(void)
 
 void cpldjtag_status_played(s32 result)
 {
-	status.now.played = true;
-	status.now.result = result;
-}
-
-static struct outcome last_outcome(void)
-{
-	struct outcome copy;
-
-	spin_lock(&status_lock);
-	copy = status.last;
-	spin_unlock(&status_lock);
-	return copy;
+	status.played = true;
+	status.returned = result;
 }
 
 /* The words of the kernel's own firmware uploads (Documentation/ABI, sysfs-class-firmware). */
@@ -152,36 +137,35 @@ static const char *error_word(int error)
 	}
 }
 
-static ssize_t error_text(const struct outcome *outcome, char *text, size_t size)
+/* With the lock held. */
+static void set_outcome(int error)
 {
-	if (!outcome->error)
-		return scnprintf(text, size, "none");
-	return scnprintf(text, size, "%s:%s", outcome->played ? "programming" : "preparing",
-			 error_word(outcome->error));
-}
-
-static ssize_t result_text(const struct outcome *outcome, char *text, size_t size)
-{
-	if (!outcome->played)
-		return scnprintf(text, size, "none");
-	return scnprintf(text, size, "%d", outcome->result);
+	if (status.played)
+		scnprintf(status.result, sizeof(status.result), "%d", status.returned);
+	else
+		strscpy(status.result, "none", sizeof(status.result));
+	if (error)
+		scnprintf(status.error, sizeof(status.error), "%s:%s",
+			  status.played ? "programming" : "preparing", error_word(error));
+	else
+		strscpy(status.error, "none", sizeof(status.error));
 }
 
 /* Where in its clocks a download ended, as far as that is known. */
-static void tell_end(const struct outcome *outcome)
+static void tell_end(int error)
 {
 	const struct cpldjtag_progress at = cpldjtag_pins_progress();
 	char of[32] = "";
 
 	if (status.total)
 		scnprintf(of, sizeof(of), " of %llu", status.total);
-	if (!outcome->error)
+	if (!error)
 		pr_info("%s: completed, %llu clocks in %llu ms\n", status.file, at.clocks,
 			div_u64(status.elapsed, NSEC_PER_MSEC));
-	else if (outcome->error == -EINTR || outcome->error == -ECANCELED)
+	else if (error == -EINTR || error == -ECANCELED)
 		pr_warn("%s: cancelled at clock %llu%s\n", status.file, at.clocks, of);
-	else if (!outcome->played)
-		pr_err("%s: not played: error %d\n", status.file, outcome->error);
+	else if (!status.played)
+		pr_err("%s: not played: error %d\n", status.file, error);
 	else if (cpldjtag_pins_error())
 		pr_err("%s: failed at clock %llu%s: a line could not be used: error %d\n",
 		       status.file, at.clocks, of, cpldjtag_pins_error());
@@ -200,14 +184,10 @@ struct event {
 	char file[NAME_MAX + 32];
 };
 
-static void fill_event(struct event *event, const struct outcome *outcome)
+static void fill_event(struct event *event)
 {
-	ssize_t length;
-
-	length = scnprintf(event->result, sizeof(event->result), "CPLDJTAG_RESULT=");
-	result_text(outcome, event->result + length, sizeof(event->result) - length);
-	length = scnprintf(event->error, sizeof(event->error), "CPLDJTAG_ERROR=");
-	error_text(outcome, event->error + length, sizeof(event->error) - length);
+	scnprintf(event->result, sizeof(event->result), "CPLDJTAG_RESULT=%s", status.result);
+	scnprintf(event->error, sizeof(event->error), "CPLDJTAG_ERROR=%s", status.error);
 	scnprintf(event->file, sizeof(event->file), "CPLDJTAG_FILE=%s", status.file);
 }
 
@@ -219,13 +199,12 @@ void cpldjtag_status_end(int error)
 
 	spin_lock(&status_lock);
 	status.elapsed = ktime_get_ns() - status.began;
-	status.now.error = error;
-	status.last = status.now;
+	set_outcome(error);
 	spin_unlock(&status_lock);
 	/* What has been told of a damaged file is enough. */
 	if (error != -EBADMSG)
-		tell_end(&status.last);
-	fill_event(&event, &status.last);
+		tell_end(error);
+	fill_event(&event);
 	WRITE_ONCE(status.total, 0);
 	/* From here on another download may begin. */
 	set_state(CPLDJTAG_IDLE);
@@ -240,34 +219,31 @@ static ssize_t state_show(struct device *dev, struct device_attribute *attr, cha
 }
 static DEVICE_ATTR_RO(state);
 
+static ssize_t show_text(const char *text, char *buf)
+{
+	ssize_t length;
+
+	spin_lock(&status_lock);
+	length = sysfs_emit(buf, "%s\n", text);
+	spin_unlock(&status_lock);
+	return length;
+}
+
 static ssize_t result_show(struct device *dev, struct device_attribute *attr, char *buf)
 {
-	struct outcome last = last_outcome();
-	char text[32];
-
-	result_text(&last, text, sizeof(text));
-	return sysfs_emit(buf, "%s\n", text);
+	return show_text(status.result, buf);
 }
 static DEVICE_ATTR_RO(result);
 
 static ssize_t error_show(struct device *dev, struct device_attribute *attr, char *buf)
 {
-	struct outcome last = last_outcome();
-	char text[64];
-
-	error_text(&last, text, sizeof(text));
-	return sysfs_emit(buf, "%s\n", text);
+	return show_text(status.error, buf);
 }
 static DEVICE_ATTR_RO(error);
 
 static ssize_t file_show(struct device *dev, struct device_attribute *attr, char *buf)
 {
-	ssize_t length;
-
-	spin_lock(&status_lock);
-	length = sysfs_emit(buf, "%s\n", status.file);
-	spin_unlock(&status_lock);
-	return length;
+	return show_text(status.file, buf);
 }
 static DEVICE_ATTR_RO(file);
 

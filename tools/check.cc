@@ -39,10 +39,7 @@ std::string Summary(const tvb::CheckResult &result) {
 int CheckFile(const std::string &path, bool strict) {
   TvbFile file(path);
   Progress progress("check", file.image().size());
-  const auto report = [&file](const tvb::Finding &finding) {
-    const auto print = finding.severity == tvb::Severity::kWarning ? Warning : Error;
-    print(file.Where(finding.offset, finding.record), finding.message);
-  };
+  const auto report = [&file](const tvb::Finding &finding) { TellFinding(file, finding); };
   const tvb::CheckResult result = tvb::CheckImage(file.image(), report, [&](uint64_t offset) {
     progress.Update(offset);
     file.Forget(offset);

@@ -26,10 +26,7 @@ struct RewriteOptions {
 
 int Rewrite(const RewriteOptions &options) {
   const TvbFile file(options.input);
-  const auto report = [&file](const tvb::Finding &finding) {
-    const auto print = finding.severity == tvb::Severity::kWarning ? Warning : Error;
-    print(file.Where(finding.offset, finding.record), finding.message);
-  };
+  const auto report = [&file](const tvb::Finding &finding) { TellFinding(file, finding); };
   if (tvb::CheckImage(file.image(), report).errors > 0) {
     throw Failure("not rewritten, since the file has errors", file.name());
   }

@@ -39,11 +39,8 @@ struct DownloadOptions {
 };
 
 // Whether a file has no errors; tells all findings.
-bool IsGood(TvbFile &file) {
-  const auto report = [&file](const tvb::Finding &finding) {
-    const auto print = finding.severity == tvb::Severity::kWarning ? Warning : Error;
-    print(file.Where(finding.offset, finding.record), finding.message);
-  };
+bool IsGood(const TvbFile &file) {
+  const auto report = [&file](const tvb::Finding &finding) { TellFinding(file, finding); };
   return tvb::CheckImage(file.image(), report).errors == 0;
 }
 

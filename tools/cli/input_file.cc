@@ -16,6 +16,7 @@
 #include "svf/parser.h"
 #include "svf/text.h"
 #include "tools/cli/command.h"
+#include "tools/cli/report.h"
 #include "tools/cli/text.h"
 #include "tvb/reader.h"
 #include "tvb/text.h"
@@ -152,6 +153,11 @@ TvbFile::TvbFile(std::unique_ptr<InputFile> file)
 std::string TvbFile::Where(uint64_t offset, uint64_t record) const {
   const std::string place = fmt::format("{}: offset {}", name(), tvb::Hex(offset));
   return record == 0 ? place : fmt::format("{} (record {})", place, record);
+}
+
+void TellFinding(const TvbFile &file, const tvb::Finding &finding) {
+  const auto print = finding.severity == tvb::Severity::kWarning ? Warning : Error;
+  print(file.Where(finding.offset, finding.record), finding.message);
 }
 
 }  // namespace tool

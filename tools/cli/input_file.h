@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tvb/bytes.h"
+#include "tvb/finding.h"
 #include "tvb/reader.h"
 
 namespace tool {
@@ -95,5 +96,8 @@ class TvbFile {
   std::unique_ptr<InputFile> file_;
   tvb::HeaderView header_;
 };
+
+// Prints what a check has found in the file, as an error or a warning at its place.
+void TellFinding(const TvbFile &file, const tvb::Finding &finding);
 
 }  // namespace tool
