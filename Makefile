@@ -138,10 +138,10 @@ test-kernel: host modules second-kernel tool-arm64 ## Run the tests on the real 
 	$(NEED) qemu
 	$(TEST) -L kernel
 
-demo: ## Watch the driver program, verify and refuse a simulated CPLD on Linux 5.10
+demo: ## Watch a simulated CPLD being updated on Linux 5.10, and what can go wrong
 	$(IN_BUILD)
-	$(SETUP) lib modules qemu
-	+$(MAKE) --no-print-directory modules
+	$(SETUP) lib tools board modules qemu
+	+$(MAKE) --no-print-directory modules tool-arm64
 	cmake --preset library
 	+cmake --build build/host $(PARALLEL) --target make_demo_file
 	demo/run

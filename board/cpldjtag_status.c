@@ -252,7 +252,7 @@ static ssize_t crc_show(struct device *dev, struct device_attribute *attr, char 
 	ssize_t length;
 
 	spin_lock(&status_lock);
-	length = status.has_crc ? sysfs_emit(buf, "%08x\n", status.crc) : sysfs_emit(buf, "none\n");
+	length = status.has_crc ? sysfs_emit(buf, "%08X\n", status.crc) : sysfs_emit(buf, "none\n");
 	spin_unlock(&status_lock);
 	return length;
 }

@@ -6,6 +6,7 @@
 #include <exception>
 
 #include "demo/part_file.h"
+#include "tvb/seal.h"
 
 namespace {
 
@@ -13,8 +14,15 @@ constexpr demo::Part kPart = {0x0A014C35, 64, 128, 1000, 50};
 constexpr tvb::ChainPlace kPlace = {1, 1};
 constexpr char kText[] = "This configuration was programmed over four GPIO lines. ";
 
+// Slow enough to be watched.
+constexpr uint32_t kFrequency = 2000;
+
 tvb::Buffer MakeFile() {
-  return demo::PartFile(kPlace, kPart).Whole(demo::RowsOfText(kPart, kText));
+  demo::PartFile file(kPlace, kPart);
+  file.writer().Frequency(kFrequency);
+  tvb::Buffer image = file.Whole(demo::RowsOfText(kPart, kText));
+  tvb::Seal(image);
+  return image;
 }
 
 }  // namespace

@@ -37,8 +37,7 @@ uint64_t Clocks(Bench &bench) {
 
 // The demo's chain and file.
 constexpr demo::Part kPart = {0x0A014C35, 64, 128, 1000, 50};
-constexpr char kChain[] =
-    "idcode=0x13,instruction=224;idcode=0x0A014C35,part=64x128,erase=1000,program=50;bypass";
+constexpr char kChain[] = "idcode=0x13;idcode=0x0A014C35,part=64x128,erase=1000,program=50;bypass";
 
 class SweepPower : public shim::Test {
  protected:

@@ -127,8 +127,17 @@ std::optional<BoardRead> ReadOf(const std::string &text) {
 }  // namespace
 
 std::string BoardTimeText(uint64_t ms) {
+  constexpr uint64_t kMsInSecond = 1000;
+  constexpr uint64_t kMsInMinute = 60 * kMsInSecond;
   constexpr uint64_t kNsInMs = 1000000;
-  return ms == 0 ? "less than 1 ms" : TimeText(ms * kNsInMs);
+  if (ms == 0) {
+    return "less than 1 ms";
+  }
+  if (ms < kMsInSecond) {
+    return fmt::format("{} ms", ms);
+  }
+  return ms < kMsInMinute ? fmt::format("{}.{} s", ms / kMsInSecond, ms % kMsInSecond / 100)
+                          : TimeText(ms * kNsInMs);
 }
 
 bool BoardStatus::EndedComparing() const {

@@ -30,7 +30,7 @@ struct BoardStatus {
   bool EndedComparing() const;
 };
 
-// A time of the board for people: "12.3 s", "less than 1 ms".
+// A time of the board for people: "less than 1 ms", "207 ms", "12.3 s", "1:20 min".
 std::string BoardTimeText(uint64_t ms);
 
 class Device {

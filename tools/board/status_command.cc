@@ -39,6 +39,10 @@ std::string EndText(const BoardStatus &status) {
   if (why == "user-abort") {
     return "cancelled";
   }
+  if (status.EndedComparing()) {
+    return fmt::format("failed: the comparison at clock {}, where {} was read",
+                       NumberText(status.last_read->clock), int(*status.last_read->level));
+  }
   return fmt::format("{}: {}", error.starts_with("preparing:") ? "not played" : "failed",
                      WhyText(why));
 }
