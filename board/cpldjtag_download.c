@@ -20,9 +20,6 @@
 #define DOWNLOAD_FAILED 0
 #define DOWNLOAD_REFUSED (-2)
 
-/* The name of a file that has none. */
-#define IMAGE "image"
-
 static bool require_seal;
 module_param(require_seal, bool, 0644);
 MODULE_PARM_DESC(require_seal, "refuse files without a seal");
@@ -163,12 +160,12 @@ static int download(struct device *dev, const char *name, const u8 *image, size_
 
 int cpldjtag_download_begin(struct device *dev)
 {
-	return cpldjtag_status_begin(dev, IMAGE);
+	return cpldjtag_status_begin(dev, NULL);
 }
 
 int cpldjtag_download_image(struct device *dev, const u8 *image, size_t length)
 {
-	return download(dev, IMAGE, image, length);
+	return download(dev, cpldjtag_status_file(), image, length);
 }
 
 int cpldjtag_download_file(struct device *dev, const char *name)

@@ -117,13 +117,17 @@ enum cpldjtag_state { CPLDJTAG_IDLE, CPLDJTAG_LOADING, CPLDJTAG_RUNNING };
 
 /*
  * The steps of a download, called by its thread in this order; those in the middle may be missing.
- * begin() returns -EBUSY while another runs; only after a 0 the others may follow, and end() must.
+ * @file is null for an image, which has the name that was written for it. begin() returns -EBUSY
+ * while another runs; only after a 0 the others may follow, and end() must.
  */
 int cpldjtag_status_begin(struct device *dev, const char *file);
 void cpldjtag_status_image(u32 crc);
 void cpldjtag_status_running(void);
 void cpldjtag_status_played(s32 result);
 void cpldjtag_status_end(int error);
+
+/* The name of the download that runs. The text is good until that ends. */
+const char *cpldjtag_status_file(void);
 
 /* Cancels the download that runs. Returns -ENODEV if none does. */
 int cpldjtag_status_cancel(void);

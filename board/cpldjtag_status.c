@@ -5,6 +5,7 @@
  */
 #define pr_fmt(fmt) KBUILD_MODNAME ": " fmt
 
+#include <linux/ctype.h>
 #include <linux/errno.h>
 #include <linux/kernel.h>
 #include <linux/kobject.h>
@@ -23,15 +24,20 @@ static const char *const state_names[] = {
 	[CPLDJTAG_RUNNING] = "running",
 };
 
+/* The name of an image that nobody named. */
+#define IMAGE "image"
+
 /*
  * Written by the download's thread only, and read by anybody, under the lock. @result and @error
- * are of the last download that has ended, the rest is of the one that runs, if one does.
+ * are of the last download that has ended, the rest is of the one that runs, if one does. But
+ * @image_name and @total are what anybody has said of the next one.
  */
 static DEFINE_SPINLOCK(status_lock);
 static struct {
 	struct device *dev;
 	enum cpldjtag_state state;
 	char file[NAME_MAX];
+	char image_name[NAME_MAX];
 	bool has_crc;
 	u32 crc;
 	u64 total; /* clocks that the file is said to have, 0 for unknown */
@@ -41,7 +47,7 @@ static struct {
 	s32 returned;
 	char result[16];
 	char error[48];
-} status = {.result = "none", .error = "none"};
+} status = {.image_name = IMAGE, .result = "none", .error = "none"};
 
 static void set_state(enum cpldjtag_state state)
 {
@@ -63,7 +69,7 @@ static void begin(struct device *dev, const char *file)
 	cpldjtag_pins_begin();
 	status.dev = dev;
 	status.state = CPLDJTAG_LOADING;
-	strscpy(status.file, file, sizeof(status.file));
+	strscpy(status.file, file ?: status.image_name, sizeof(status.file));
 	status.has_crc = false;
 	status.began = ktime_get_ns();
 	status.played = false;
@@ -82,6 +88,11 @@ int cpldjtag_status_begin(struct device *dev, const char *file)
 	if (!error)
 		sysfs_notify(&dev->kobj, NULL, "state");
 	return error;
+}
+
+const char *cpldjtag_status_file(void)
+{
+	return status.file;
 }
 
 int cpldjtag_status_cancel(void)
@@ -200,6 +211,7 @@ void cpldjtag_status_end(int error)
 	spin_lock(&status_lock);
 	status.elapsed = ktime_get_ns() - status.began;
 	set_outcome(error);
+	strscpy(status.image_name, IMAGE, sizeof(status.image_name));
 	spin_unlock(&status_lock);
 	/* What has been told of a damaged file is enough. */
 	if (error != -EBADMSG)
@@ -246,6 +258,38 @@ static ssize_t file_show(struct device *dev, struct device_attribute *attr, char
 	return show_text(status.file, buf);
 }
 static DEVICE_ATTR_RO(file);
+
+static ssize_t image_name_show(struct device *dev, struct device_attribute *attr, char *buf)
+{
+	return show_text(status.image_name, buf);
+}
+
+/* It goes into the log and into an event, where a line has its meaning. */
+static bool is_one_line(const char *text)
+{
+	while (*text && !iscntrl(*text))
+		text++;
+	return !*text;
+}
+
+static ssize_t image_name_store(struct device *dev, struct device_attribute *attr, const char *buf,
+				size_t count)
+{
+	char name[NAME_MAX];
+	const char *text;
+
+	/* Nor a zero byte in it. */
+	if (strscpy(name, buf, sizeof(name)) != count)
+		return -EINVAL;
+	text = strim(name);
+	if (!*text || !is_one_line(text))
+		return -EINVAL;
+	spin_lock(&status_lock);
+	strscpy(status.image_name, text, sizeof(status.image_name));
+	spin_unlock(&status_lock);
+	return count;
+}
+static DEVICE_ATTR_RW(image_name);
 
 static ssize_t crc_show(struct device *dev, struct device_attribute *attr, char *buf)
 {
@@ -311,17 +355,10 @@ static ssize_t total_clocks_store(struct device *dev, struct device_attribute *a
 static DEVICE_ATTR_RW(total_clocks);
 
 static struct attribute *attrs[] = {
-	&dev_attr_state.attr,
-	&dev_attr_result.attr,
-	&dev_attr_error.attr,
-	&dev_attr_file.attr,
-	&dev_attr_crc.attr,
-	&dev_attr_elapsed_ms.attr,
-	&dev_attr_clocks.attr,
-	&dev_attr_reads.attr,
-	&dev_attr_last_read.attr,
-	&dev_attr_total_clocks.attr,
-	NULL,
+	&dev_attr_state.attr,	   &dev_attr_result.attr,	&dev_attr_error.attr,
+	&dev_attr_file.attr,	   &dev_attr_image_name.attr,	&dev_attr_crc.attr,
+	&dev_attr_elapsed_ms.attr, &dev_attr_clocks.attr,	&dev_attr_reads.attr,
+	&dev_attr_last_read.attr,  &dev_attr_total_clocks.attr, NULL,
 };
 
 const struct attribute_group cpldjtag_status_group = {.attrs = attrs};

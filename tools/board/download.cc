@@ -2,7 +2,10 @@
 #include "tools/board/download.h"
 
 #include <csignal>
+#include <filesystem>
 #include <string>
+
+#include "tools/cli/text.h"
 
 namespace tool {
 namespace {
@@ -34,6 +37,13 @@ ExitCode CodeOf(const BoardStatus &status) {
     return kCancelled;
   }
   return status.error.starts_with("preparing:") ? kBad : kFailed;
+}
+
+// What the framework takes as a name.
+std::string NameOf(const std::string &path) {
+  constexpr size_t kMaxName = 250;
+  const std::string name = PrintableText(std::filesystem::path(path).filename().string());
+  return name.empty() ? "image" : name.substr(0, kMaxName);
 }
 
 // The image has been handed over.
@@ -71,11 +81,13 @@ int Interrupts::Count() {
   return interrupts;
 }
 
-DownloadEnd DownloadImage(const Device &device, tvb::Bytes image, uint64_t total_clocks,
+DownloadEnd DownloadImage(const Device &device, const std::string &name, tvb::Bytes image,
+                          uint64_t total_clocks,
                           const std::function<void(const BoardStatus &status)> &progress) {
   if (device.IsBusy()) {
     throw Failure("another download is running");
   }
+  device.Write("image_name", NameOf(name));
   device.Write("total_clocks", std::to_string(total_clocks));
   if (!device.HandOver(image, WasInterrupted)) {
     return {kCancelled, false, {}};

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 
 #include "tools/board/device.h"
 #include "tools/cli/command.h"
@@ -29,10 +30,12 @@ struct DownloadEnd {
   BoardStatus status;
 };
 
-// Has the framework download an image. `total_clocks`: how many the download has. `progress` is
+// Has the framework download an image. `name`: by which the framework is to tell of it; a path's
+// last part is taken. `total_clocks`: how many the download has. `progress` is
 // called with the status now and then. The first signal of `Interrupts` cancels the download, the
 // second one leaves it alone. Throws Failure if the framework does not take the image.
-DownloadEnd DownloadImage(const Device &device, tvb::Bytes image, uint64_t total_clocks,
+DownloadEnd DownloadImage(const Device &device, const std::string &name, tvb::Bytes image,
+                          uint64_t total_clocks,
                           const std::function<void(const BoardStatus &status)> &progress);
 
 }  // namespace tool

@@ -102,8 +102,8 @@ class Downloads {
     const tvb::Buffer split = SplitLongWaits(file);
     view_.Begin(file.name(), total_);
     const DownloadEnd end =
-        DownloadImage(device_, split.empty() ? file.image() : tvb::Bytes(split), total_,
-                      [this](const BoardStatus &status) { view_.Update(status); });
+        DownloadImage(device_, file.name(), split.empty() ? file.image() : tvb::Bytes(split),
+                      total_, [this](const BoardStatus &status) { view_.Update(status); });
     view_.End(end);
     return end;
   }

@@ -74,7 +74,7 @@ uint32_t ProbeIdcode(const Device &device, const std::string &log, const tvb::Ch
   KernelLog messages(log);
   const tvb::Buffer image = ProbeFile(place);
   const DownloadEnd end =
-      DownloadImage(device, image, tvb::DownloadClocks(image, tvb::ReadHeader(image)),
+      DownloadImage(device, "tvb probe", image, tvb::DownloadClocks(image, tvb::ReadHeader(image)),
                     [](const BoardStatus &) {});
   if (end.code == kCancelled) {
     throw Failure("the read of the IDCODE was cancelled", "", kCancelled);

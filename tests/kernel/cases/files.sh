@@ -49,7 +49,8 @@ equal 'reading from the power' 'Permission denied' "$(error_of "cat $sim/power")
 equal 'reading from the download' 'Permission denied' "$(error_of "cat $sysfs/download")"
 for file in $sim/chain $sim/state $sim/counters $sim/scans $sim/memory $sim/faults $log \
   ${log%/*}/dropped $sysfs/result $sysfs/state $sysfs/drivers $sysfs/pins $sysfs/error $sysfs/file \
-  $sysfs/crc $sysfs/elapsed_ms $sysfs/clocks $sysfs/reads $sysfs/last_read $sysfs/total_clocks; do
+  $sysfs/crc $sysfs/elapsed_ms $sysfs/clocks $sysfs/reads $sysfs/last_read $sysfs/total_clocks \
+  $sysfs/image_name; do
   equal "reading from $file" '' "$(error_of "cat $file")"
 done
 for file in $sim/counters $sim/scans $sim/power $log; do

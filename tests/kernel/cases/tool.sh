@@ -25,6 +25,7 @@ said 'a good file' /tmp/out '^sealed.tvb: done, [0-9,]+ clocks in'
 holds 1 "$text"
 equal 'the foreseen clocks' "$(attribute clocks)" "$(tvb download --json sealed.tvb |
   sed -n 's/.*"event":"begin".*"total_clocks":\([0-9]*\).*/\1/p')"
+equal 'the file' sealed.tvb "$(attribute file)"
 exits status 0 tvb status
 said status /tmp/out '^last end +done$'
 said status /tmp/out "^driver +tvb_cpldjtag_drv$"

@@ -63,7 +63,20 @@ wait_until_idle
 equal 'the result' 0 "$(result)"
 equal 'the error' programming:user-abort "$(attribute error)"
 
+# It has the name that it is given, for once.
+long=$(printf '%0253d' 0)
+for name in '' "${long}0" "$(printf 'two\nlines')"; do
+  refused "the name '$name'" sh -c 'echo "$1" >'$sysfs/image_name '' "$name"
+done
+echo "$long" >$sysfs/image_name
+equal 'the longest name' "$long" "$(attribute image_name)"
+clear_kernel_log
+echo 'an update.tvb' >$sysfs/image_name
 upload alone.tvb
 wait_until_idle
 equal 'the result' 1 "$(result)"
+equal 'the file' 'an update.tvb' "$(attribute file)"
+equal 'the message' "cpldjtag: an update.tvb: completed, $(attribute clocks) clocks in MS ms" \
+  "$(kernel_log | grep ^cpldjtag | sed 's/in [0-9]* ms/in MS ms/')"
+equal 'the name of the next' image "$(attribute image_name)"
 unload_all
