@@ -108,6 +108,12 @@ boot_4() {
   wait $update || status=$?
   equal 'the exit code of a cancelled update' 3 $status
   is_state pending 1
+  systemctl start --no-block m7-cpld-update.service
+  wait_for_clocks 500
+  systemctl stop m7-cpld-update.service
+  equal 'the state after stopping the service' 'idle programming:user-abort' \
+    "$(cat $sysfs/state) $(cat $sysfs/error)"
+  is_state pending 2
   exits 'resuming it' 0 m7-cpld-update resume
   is_state none
   equal 'the memory' "$good" "$(cat $sim/memory)"

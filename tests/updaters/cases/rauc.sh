@@ -16,6 +16,11 @@ boot_1() {
   said 'the journal' /tmp/journal '^update.tvb: 5[0-9] %, [0-9,]+ of 5,003 clocks after'
   said 'the journal' /tmp/journal '^update.tvb: done, 5,003 clocks in'
 
+  echo >$sim/counters
+  exits 'a bundle signed by others' 1 rauc install /test/others.raucb
+  said RAUC /tmp/out 'signature verification failed'
+  equal 'the clocks of it' 0 "$(clocks_seen)"
+
   set_faults dead-row=1:5
   exits 'a bundle for a chip with a fault' 1 rauc install /test/update.raucb
   said RAUC /tmp/out 'LastError: Installation error:'

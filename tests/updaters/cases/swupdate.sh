@@ -37,6 +37,10 @@ boot_1() {
   equal 'the clocks of a damaged file' 0 "$(clocks_seen)"
   equal 'the state of the update before it' pending "$(m7-cpld-update status | head -n 1)"
 
+  exits 'an update signed by others' 1 swupdate -v -k /etc/swupdate/cert.pem -i /test/others.swu
+  said SWUpdate /tmp/out 'ERROR.*Authentication of all signatures failed'
+  equal 'the clocks of it' 0 "$(clocks_seen)"
+
   swupdate -k /etc/swupdate/cert.pem -i /test/update.swu &
   wait_for_clocks 500
   held 'the power is cut'
