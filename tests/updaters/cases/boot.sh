@@ -114,6 +114,12 @@ boot_4() {
   equal 'the state after stopping the service' 'idle programming:user-abort' \
     "$(cat $sysfs/state) $(cat $sysfs/error)"
   is_state pending 2
+  modprobe -r m7_cpldjtag_drv
+  echo WAIT=2 >/etc/default/m7-cpld-update
+  exits 'resuming it without the driver' 1 m7-cpld-update resume
+  said 'resuming it without the driver' /tmp/out 'the chain is not there, or is busy, after 2 s; this was no try'
+  is_state pending 2
+  modprobe m7_cpldjtag_drv
   exits 'resuming it' 0 m7-cpld-update resume
   is_state none
   equal 'the memory' "$good" "$(cat $sim/memory)"
