@@ -15,7 +15,7 @@ boot_1() {
   # The first 100 is that of the copy.
   tr '\r' '\n' <"/tmp/progress" | sed -nE 's/.* 1 of 1 ([0-9]+)% \(update.tvb\).*/\1/p' >/tmp/percents
   xargs </tmp/percents
-  seen=$(awk 'NR > 2 && $1 > last { n++ } { last = $1 } END { print n }' /tmp/percents)
+  seen=$(awk 'NR > 2 && $1 > last { n++ } { last = $1 } END { print n + 0 }' /tmp/percents)
   [ "$seen" -ge 8 ] || fail "the progress grew $seen times only"
   held "the progress grew $seen times"
   equal 'the last of it' 100 "$(tail -n 1 /tmp/percents)"
