@@ -54,7 +54,7 @@ export KDIR DESTDIR PREFIX
 .DEFAULT_GOAL := all
 
 .PHONY: help all setup modules modules_install lib tools install uninstall dist deb test test-host \
-        test-deb test-kernel test-kernels second-kernel tool-host tool-arm64 demo fuzz bench clean kernel host sanitize judged fuzzers
+        test-deb test-kernel test-kernels second-kernel kernel-root tool-host tool-arm64 demo fuzz bench clean kernel host sanitize judged fuzzers
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z_-]+:.*## / { printf "  make %-18s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -110,8 +110,8 @@ deb: ## Build the Debian packages, of what is committed, into build/deb
 	scripts/make-deb "$(BUILD)/deb"
 
 test: ## Run every test: host, sanitized, kernel in QEMU, tool, install, checks
-	$(SETUP) lib tools board test fuzz modules qemu judges docs
-	+$(MAKE) --no-print-directory -j$(JOBS) host sanitize modules second-kernel tool-arm64
+	$(SETUP) lib tools board test fuzz modules qemu judges docs updaters
+	+$(MAKE) --no-print-directory -j$(JOBS) host sanitize modules second-kernel kernel-root tool-arm64
 	$(TEST) -j$(JOBS)
 
 test-host: host ## Run the host tests only
@@ -134,8 +134,8 @@ test-deb: ## Try the Debian packages in clean systems of two releases, and their
 # The kernel that the packages' modules are run on, of the first release.
 test-deb: DEB_KERNEL = $(shell dpkg --print-architecture)-6.1
 
-test-kernel: host modules second-kernel tool-arm64 ## Run the tests on the real kernel in QEMU only
-	$(NEED) qemu
+test-kernel: host modules second-kernel kernel-root tool-arm64 ## Run the tests on the real kernel in QEMU only
+	$(NEED) qemu updaters
 	$(TEST) -L kernel
 
 demo: ## Watch a simulated CPLD being updated on Linux 5.10, and what can go wrong
@@ -163,6 +163,10 @@ second-kernel:
 	$(NEED) modules
 	$(FETCH) $(SECOND) $(notdir $(SECOND))
 	env -u KDIR -u ARCH -u CROSS_COMPILE KERNEL=$(CURDIR)/$(SECOND) scripts/build-modules $(SECOND)-modules
+
+# The file system of a board of the fetched kernel, with updaters.
+kernel-root: kernel
+	$(if $(filter no,$(M7_SETUP)),,$(if $(KERNEL_IS_FETCHED),scripts/fetch-root "$(KERNEL)-root" "$(KERNEL)"))
 
 # A tree of one's own has compilers of its own.
 kernel:

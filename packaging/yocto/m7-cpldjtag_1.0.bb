@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #
 # Not built here: written by the module class's documentation. Put the tarball of `make dist` beside it.
+# It has the modules only; docs/updaters.md says what a board with updates needs of packaging/systemd.
 SUMMARY = "Linux modules that program a CPLD over four GPIO lines"
 LICENSE = "BSD-3-Clause | GPL-2.0-only"
 LIC_FILES_CHKSUM = "file://LICENSE;md5=875fd681ba0bde3ab2e90d1de63c8c62"
