@@ -119,6 +119,17 @@ tvb::Buffer Slow() {
   return file.Finish();
 }
 
+// Waits in one piece for longer than a processor should be held, and then programs.
+tvb::Buffer LongWait() {
+  PartFile file(kAlone, kPart);
+  file.writer().Frequency(1000);
+  file.writer().RunTest(std::chrono::milliseconds(1500));
+  file.Erase();
+  file.Program(Rows());
+  file.Verify(Rows());
+  return file.Finish();
+}
+
 // Compares the IDCODE for a minute or more.
 tvb::Buffer LongCompared() {
   PartFile file(kAlone, kPart);
@@ -182,6 +193,7 @@ constexpr File kFiles[] = {
     {"loop.tvb", Loop},
     {"padded.tvb", Padded},
     {"slow.tvb", Slow},
+    {"long-wait.tvb", LongWait},
     {"long-compared.tvb", LongCompared},
     {"long-uncompared.tvb", LongUncompared},
     {"bad-header.tvb", BadHeader},

@@ -68,6 +68,20 @@ exits probe 0 tvb probe
 said probe /tmp/out '^device 1 of 1: 0A014C35$'
 holds 1 "$text"
 
+# What is played is the file with its wait in pieces.
+exits 'a rewrite' 0 tvb rewrite long-wait.tvb pieces.tvb --longest-wait 20
+completes pieces.tvb
+pieces=$(attribute crc)
+completes loop.tvb
+exits 'a long wait' 0 tvb download long-wait.tvb
+said 'a long wait' /tmp/err \
+  '^long-wait.tvb: note: 1 run-test of more than a second, played in pieces of 20 ms$'
+said 'a long wait' /tmp/out '^long-wait.tvb: done, [0-9,]+ clocks in'
+equal 'the image of a long wait' "$pieces" "$(attribute crc)"
+[ "$(attribute elapsed_ms)" -ge 1500 ] || fail "the long wait took $(attribute elapsed_ms) ms"
+held 'the long wait'
+holds 1 "$text"
+
 for signal in INT TERM; do
   tvb download long-compared.tvb >/tmp/out 2>/tmp/err &
   tool=$!

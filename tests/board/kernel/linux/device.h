@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#pragma once
+
+#include <linux/sysfs.h>
+
+struct device {
+  struct kobject kobj;
+  void *of_node;
+};
+
+struct device_attribute {
+  struct attribute attr;
+  ssize_t (*show)(struct device *dev, struct device_attribute *attr, char *buf);
+  ssize_t (*store)(struct device *dev, struct device_attribute *attr, const char *buf,
+                   size_t count);
+};
+
+#define DEVICE_ATTR_RO(_name) \
+  struct device_attribute dev_attr_##_name = {{#_name}, _name##_show, NULL}
+#define DEVICE_ATTR_RW(_name) \
+  struct device_attribute dev_attr_##_name = {{#_name}, _name##_show, _name##_store}
+
+#define dev_info_once(dev, format, ...) ((void)(dev), pr_info(format, __VA_ARGS__))
+#define dev_err_probe(dev, error, format, ...) ((void)(dev), pr_err(format, __VA_ARGS__), error)

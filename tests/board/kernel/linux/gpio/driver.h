@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
+#pragma once
+
+#include <linux/gpio/consumer.h>
+
+struct gpio_chip {
+  const char *label;
+  int base;
+};
+
+struct gpio_chip *gpiod_to_chip(const struct gpio_desc *desc);
+int desc_to_gpio(const struct gpio_desc *desc);
