@@ -279,8 +279,9 @@ static ssize_t image_name_store(struct device *dev, struct device_attribute *att
 	const char *text;
 
 	/* Nor a zero byte in it. */
-	if (strscpy(name, buf, sizeof(name)) != count)
+	if (count >= sizeof(name) || strlen(buf) != count)
 		return -EINVAL;
+	strscpy(name, buf, sizeof(name));
 	text = strim(name);
 	if (!*text || !is_one_line(text))
 		return -EINVAL;
