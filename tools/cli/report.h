@@ -58,9 +58,10 @@ class Progress {
     }
   }
 
-  // Changes the label.
+  // Changes the label, which the next update shows however few steps are done.
   void Relabel(std::string label) {
     label_ = std::move(label);
+    next_look_ = 0;
   }
 
   // Clears the line until the next update is due.
