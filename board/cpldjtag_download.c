@@ -11,6 +11,7 @@
 #include <linux/mm.h>
 #include <linux/module.h>
 #include <linux/string.h>
+#include <linux/workqueue.h>
 
 #include "cpldjtag_internal.h"
 #include "cpldjtag_seal.h"
@@ -156,6 +157,11 @@ static int download(struct device *dev, const char *name, const u8 *image, size_
 		cpldjtag_driver_give_back();
 	cpldjtag_status_end(error);
 	return error;
+}
+
+struct workqueue_struct *cpldjtag_download_queue(void)
+{
+	return alloc_workqueue(KBUILD_MODNAME, WQ_UNBOUND | WQ_FREEZABLE, 1);
 }
 
 int cpldjtag_download_begin(struct device *dev)

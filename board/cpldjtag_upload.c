@@ -10,11 +10,14 @@
 #include <linux/mm.h>
 #include <linux/string.h>
 #include <linux/version.h>
+#include <linux/wait.h>
 #include <linux/workqueue.h>
 
 #include "cpldjtag_internal.h"
 
 static struct fw_upload *upload;
+static struct workqueue_struct *queue;
+static DECLARE_WAIT_QUEUE_HEAD(ended);
 
 static enum fw_upload_err upload_error(int error)
 {
@@ -36,9 +39,10 @@ static enum fw_upload_err upload_error(int error)
 	}
 }
 
+/* Begun here, so that from now on a cancel finds it. */
 static enum fw_upload_err prepare(struct fw_upload *fwl, const u8 *data, u32 size)
 {
-	return FW_UPLOAD_ERR_NONE;
+	return upload_error(cpldjtag_download_begin(fwl->dd_handle));
 }
 
 struct download {
@@ -47,36 +51,49 @@ struct download {
 	const u8 *image;
 	u32 size;
 	int error;
+	bool ended;
 };
 
 static void run(struct work_struct *work)
 {
 	struct download *download = container_of(work, struct download, work);
 
-	download->error = cpldjtag_download_begin(download->dev);
-	if (!download->error)
-		download->error =
-			cpldjtag_download_image(download->dev, download->image, download->size);
+	download->error = cpldjtag_download_image(download->dev, download->image, download->size);
+	/* Pairs with the acquire of play(). */
+	smp_store_release(&download->ended, true);
+	wake_up(&ended);
 }
 
-/* In one piece, for a driver plays whole files; and not in a worker that others wait for. */
+/* Not in the worker of the class, which others wait for. */
+static int play(struct device *dev, const u8 *image, u32 size)
+{
+	struct download download = {.dev = dev, .image = image, .size = size};
+
+	INIT_WORK_ONSTACK(&download.work, run);
+	queue_work(queue, &download.work);
+	/* Idle, because a download may well take longer than a hung task may. */
+	wait_event_idle(ended, smp_load_acquire(&download.ended));
+	flush_work(&download.work);
+	destroy_work_on_stack(&download.work);
+	return download.error;
+}
+
+/* In one piece, for a driver plays whole files. */
 static enum fw_upload_err write(struct fw_upload *fwl, const u8 *data, u32 offset, u32 size,
 				u32 *written)
 {
-	struct download download = {.dev = fwl->dd_handle, .size = size};
 	u8 *image = cpldjtag_image_alloc(size);
+	int error = -ENOMEM;
 
-	if (!image)
-		return FW_UPLOAD_ERR_RW_ERROR;
-	memcpy(image, data + offset, size);
-	download.image = image;
-	INIT_WORK_ONSTACK(&download.work, run);
-	queue_work(system_unbound_wq, &download.work);
-	flush_work(&download.work);
-	destroy_work_on_stack(&download.work);
+	if (image) {
+		memcpy(image, data + offset, size);
+		error = play(fwl->dd_handle, image, size);
+	} else {
+		cpldjtag_status_end(error);
+	}
 	kvfree(image);
 	*written = size;
-	return upload_error(download.error);
+	return upload_error(error);
 }
 
 static enum fw_upload_err poll_complete(struct fw_upload *fwl)
@@ -98,12 +115,18 @@ static const struct fw_upload_ops upload_ops = {
 
 int cpldjtag_upload_add(struct device *dev)
 {
+	queue = cpldjtag_download_queue();
+	if (!queue)
+		return -ENOMEM;
 	/* Not for this module, which could then not be unloaded: it ends the upload itself. */
 	upload = firmware_upload_register(NULL, dev, "cpldjtag", &upload_ops, dev);
+	if (IS_ERR(upload))
+		destroy_workqueue(queue);
 	return PTR_ERR_OR_ZERO(upload);
 }
 
 void cpldjtag_upload_remove(struct device *dev)
 {
 	firmware_upload_unregister(upload);
+	destroy_workqueue(queue);
 }
