@@ -91,18 +91,23 @@ static s32 call_driver(struct cpldjtag_driver *driver, const char *name, const u
 	return driver->ops->download(&context, image, length);
 }
 
-/* A driver may think that it has completed a download whose end was not played. */
+/*
+ * A driver may think that it has completed a download whose end was not played, a line of which
+ * failed, or whose last record has the comparison that failed.
+ */
 static int outcome(s32 *result)
 {
-	int stopped = cpldjtag_pins_stopped();
+	int error = cpldjtag_pins_stopped();
 
-	if (stopped) {
+	if (!error && (cpldjtag_pins_error() || cpldjtag_pins_ended_reading()))
+		error = -EIO;
+	if (error) {
 		*result = DOWNLOAD_FAILED;
-		return stopped;
+		return error;
 	}
 	if (*result == DOWNLOAD_REFUSED)
 		return -EINVAL;
-	return *result == DOWNLOAD_COMPLETED && !cpldjtag_pins_error() ? 0 : -EIO;
+	return *result == DOWNLOAD_COMPLETED ? 0 : -EIO;
 }
 
 static int play(struct cpldjtag_driver *driver, const char *name, const u8 *image, u32 length)

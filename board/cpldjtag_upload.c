@@ -28,14 +28,14 @@ static enum fw_upload_err upload_error(int error)
 		return FW_UPLOAD_ERR_BUSY;
 	case -ECANCELED:
 		return FW_UPLOAD_ERR_CANCELED;
-	case -ENOMEM:
-		return FW_UPLOAD_ERR_RW_ERROR;
+	case -EIO:
+		return FW_UPLOAD_ERR_HW_ERROR;
 #if LINUX_VERSION_CODE >= KERNEL_VERSION(6, 8, 0)
 	case -EBADMSG:
 		return FW_UPLOAD_ERR_FW_INVALID;
 #endif
 	default:
-		return FW_UPLOAD_ERR_HW_ERROR;
+		return FW_UPLOAD_ERR_RW_ERROR;
 	}
 }
 
