@@ -8,6 +8,7 @@
 #include <linux/err.h>
 #include <linux/firmware.h>
 #include <linux/mm.h>
+#include <linux/mutex.h>
 #include <linux/string.h>
 #include <linux/version.h>
 #include <linux/wait.h>
@@ -18,6 +19,15 @@
 static struct fw_upload *upload;
 static struct workqueue_struct *queue;
 static DECLARE_WAIT_QUEUE_HEAD(ended);
+
+/*
+ * Whether the download that runs is the upload's, and whether the upload is to be cancelled, which
+ * may be before its download is begun. A cancel between the cleanup of an upload and the class
+ * being idle again, which cannot be told from that, ends the next upload before it drives a line.
+ */
+static DEFINE_MUTEX(upload_lock);
+static bool begun;
+static bool cancelled;
 
 static enum fw_upload_err upload_error(int error)
 {
@@ -39,10 +49,18 @@ static enum fw_upload_err upload_error(int error)
 	}
 }
 
-/* Begun here, so that from now on a cancel finds it. */
 static enum fw_upload_err prepare(struct fw_upload *fwl, const u8 *data, u32 size)
 {
-	return upload_error(cpldjtag_download_begin(fwl->dd_handle));
+	int error;
+
+	mutex_lock(&upload_lock);
+	error = cpldjtag_download_begin(fwl->dd_handle);
+	begun = !error;
+	if (begun && cancelled)
+		cpldjtag_status_cancel();
+	cancelled = cancelled && begun;
+	mutex_unlock(&upload_lock);
+	return upload_error(error);
 }
 
 struct download {
@@ -103,7 +121,19 @@ static enum fw_upload_err poll_complete(struct fw_upload *fwl)
 
 static void cancel(struct fw_upload *fwl)
 {
-	cpldjtag_status_cancel();
+	mutex_lock(&upload_lock);
+	cancelled = true;
+	if (begun)
+		cpldjtag_status_cancel();
+	mutex_unlock(&upload_lock);
+}
+
+static void cleanup(struct fw_upload *fwl)
+{
+	mutex_lock(&upload_lock);
+	begun = false;
+	cancelled = false;
+	mutex_unlock(&upload_lock);
 }
 
 static const struct fw_upload_ops upload_ops = {
@@ -111,6 +141,7 @@ static const struct fw_upload_ops upload_ops = {
 	.write = write,
 	.poll_complete = poll_complete,
 	.cancel = cancel,
+	.cleanup = cleanup,
 };
 
 int cpldjtag_upload_add(struct device *dev)

@@ -22,13 +22,22 @@ until_not() {
   done
 }
 
+# Cancelled before the kernel has as much as seen the image.
+attempt=0
+while [ $attempt -lt 30 ]; do
+  upload $firmware/long-compared.tvb
+  echo 1 >$class/cancel
+  until_not receiving preparing transferring programming
+  attempt=$((attempt + 1))
+done
+held "$attempt cancels at once"
+
 # The kernel has much to copy before the driver is called.
 { cat $firmware/long-compared.tvb; head -c 25000000 /dev/zero; } >/tmp/large
 for attempt in 1 2 3 4 5; do
   upload /tmp/large
-  until_not receiving
   echo 1 >$class/cancel
-  until_not preparing transferring programming
+  until_not receiving preparing transferring programming
   equal "the error, cancelled at once ($attempt)" user-abort "$(attribute error | cut -d: -f2)"
 done
 rm /tmp/large
@@ -45,7 +54,7 @@ if grep -q freeze /sys/power/state; then
 fi
 equal 'the state after that' running "$(attribute state)"
 echo 1 >$class/cancel
-until_not preparing transferring programming
+until_not receiving preparing transferring programming
 equal 'the error' programming:user-abort "$(attribute error)"
 completes alone.tvb
 unload_all
