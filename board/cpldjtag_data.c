@@ -25,6 +25,7 @@ static struct {
 	size_t size;
 	size_t room;
 	struct work_struct work;
+	struct workqueue_struct *queue;
 } upload;
 
 static void drop_image(void)
@@ -67,7 +68,7 @@ static int start_playing(struct device *dev)
 	upload.receiving = false;
 	upload.playing = true;
 	upload.image[upload.size] = 0;
-	queue_work(system_unbound_wq, &upload.work);
+	queue_work(upload.queue, &upload.work);
 	return 0;
 }
 
@@ -188,12 +189,21 @@ int cpldjtag_upload_add(struct device *dev)
 	int error;
 
 	INIT_WORK(&upload.work, work);
+	upload.queue = cpldjtag_download_queue();
+	if (!upload.queue)
+		return -ENOMEM;
 	error = sysfs_create_bin_file(&dev->kobj, &bin_attr_data);
 	if (error)
-		return error;
+		goto destroy_queue;
 	error = sysfs_create_group(&dev->kobj, &group);
 	if (error)
-		sysfs_remove_bin_file(&dev->kobj, &bin_attr_data);
+		goto remove_data;
+	return 0;
+
+remove_data:
+	sysfs_remove_bin_file(&dev->kobj, &bin_attr_data);
+destroy_queue:
+	destroy_workqueue(upload.queue);
 	return error;
 }
 
@@ -203,6 +213,6 @@ void cpldjtag_upload_remove(struct device *dev)
 	sysfs_remove_bin_file(&dev->kobj, &bin_attr_data);
 	if (upload.playing)
 		cpldjtag_pins_stop(-ECANCELED);
-	flush_work(&upload.work);
+	destroy_workqueue(upload.queue);
 	drop_image();
 }

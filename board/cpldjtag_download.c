@@ -11,6 +11,7 @@
 #include <linux/mm.h>
 #include <linux/module.h>
 #include <linux/string.h>
+#include <linux/workqueue.h>
 
 #include "cpldjtag_internal.h"
 #include "cpldjtag_seal.h"
@@ -90,18 +91,23 @@ static s32 call_driver(struct cpldjtag_driver *driver, const char *name, const u
 	return driver->ops->download(&context, image, length);
 }
 
-/* A driver may think that it has completed a download whose end was not played. */
+/*
+ * A driver may think that it has completed a download whose end was not played, a line of which
+ * failed, or whose last record has the comparison that failed.
+ */
 static int outcome(s32 *result)
 {
-	int stopped = cpldjtag_pins_stopped();
+	int error = cpldjtag_pins_stopped();
 
-	if (stopped) {
+	if (!error && (cpldjtag_pins_error() || cpldjtag_pins_ended_reading()))
+		error = -EIO;
+	if (error) {
 		*result = DOWNLOAD_FAILED;
-		return stopped;
+		return error;
 	}
 	if (*result == DOWNLOAD_REFUSED)
 		return -EINVAL;
-	return *result == DOWNLOAD_COMPLETED && !cpldjtag_pins_error() ? 0 : -EIO;
+	return *result == DOWNLOAD_COMPLETED ? 0 : -EIO;
 }
 
 static int play(struct cpldjtag_driver *driver, const char *name, const u8 *image, u32 length)
@@ -156,6 +162,11 @@ static int download(struct device *dev, const char *name, const u8 *image, size_
 		cpldjtag_driver_give_back();
 	cpldjtag_status_end(error);
 	return error;
+}
+
+struct workqueue_struct *cpldjtag_download_queue(void)
+{
+	return alloc_workqueue(KBUILD_MODNAME, WQ_UNBOUND | WQ_FREEZABLE, 1);
 }
 
 int cpldjtag_download_begin(struct device *dev)

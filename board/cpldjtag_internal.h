@@ -7,6 +7,7 @@
 #include <linux/gpio/consumer.h>
 #include <linux/limits.h>
 #include <linux/sysfs.h>
+#include <linux/workqueue.h>
 
 #include "cpldjtag.h"
 
@@ -152,6 +153,12 @@ int cpldjtag_download_file(struct device *dev, const char *name);
 int cpldjtag_download_begin(struct device *dev);
 int cpldjtag_download_image(struct device *dev, const u8 *image, size_t length);
 u8 *cpldjtag_image_alloc(size_t length);
+
+/*
+ * Makes a queue for such downloads, null if there is no memory. The system is not suspended while
+ * one of its works runs, as it is not while a download has a writer that waits for it.
+ */
+struct workqueue_struct *cpldjtag_download_queue(void);
 
 /* The largest: kvmalloc() takes more for a mistake of its caller. */
 #define CPLDJTAG_IMAGE_MAX ((size_t)INT_MAX - 1)

@@ -12,6 +12,7 @@
 #include <linux/sched/signal.h>
 #include <linux/string.h>
 #include <linux/sysfs.h>
+#include <linux/version.h>
 
 #include "cpldjtag_internal.h"
 
@@ -262,6 +263,17 @@ static bool stand_still(void)
 	return stands_still;
 }
 
+static int set_value(struct gpio_desc *desc, int level)
+{
+#if LINUX_VERSION_CODE >= KERNEL_VERSION(6, 15, 0)
+	return gpiod_set_value_cansleep(desc, level);
+#else
+	/* Setting a line could not fail. */
+	gpiod_set_value_cansleep(desc, level);
+	return 0;
+#endif
+}
+
 /*
  * Not the raw level: the device tree may say that a line is open-drain. Sleeping chips are fine, a
  * download may sleep.
@@ -269,13 +281,14 @@ static bool stand_still(void)
 static int drive(u32 gpio, int level)
 {
 	struct gpio_desc *desc = find_line(gpio);
+	int error;
 
 	if (!desc)
 		return fail(-EINVAL);
 	if (unlikely(READ_ONCE(stop)) && stand_still())
 		return 0;
-	gpiod_set_value_cansleep(desc, level);
-	return 0;
+	error = set_value(desc, level);
+	return error ? fail(error) : 0;
 }
 
 static int drive_high(u32 gpio)

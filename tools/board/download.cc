@@ -46,6 +46,30 @@ std::string NameOf(const std::string &path) {
   return name.empty() ? "image" : name.substr(0, kMaxName);
 }
 
+// What was said of an image is not for the next one.
+void Unname(const Device &device) {
+  device.Write("image_name", "image");
+  device.Write("total_clocks", "0");
+}
+
+// Whether the framework has taken the image, and not a signal has come before.
+bool HandOver(const Device &device, const std::string &name, tvb::Bytes image,
+              uint64_t total_clocks) {
+  device.Write("image_name", NameOf(name));
+  device.Write("total_clocks", std::to_string(total_clocks));
+  bool taken = false;
+  try {
+    taken = device.HandOver(image, WasInterrupted);
+  } catch (const Failure &) {
+    Unname(device);
+    throw;
+  }
+  if (!taken) {
+    Unname(device);
+  }
+  return taken;
+}
+
 // The image has been handed over.
 DownloadEnd Follow(const Device &device,
                    const std::function<void(const BoardStatus &status)> &progress) {
@@ -87,9 +111,7 @@ DownloadEnd DownloadImage(const Device &device, const std::string &name, tvb::By
   if (device.IsBusy()) {
     throw Failure("another download is running");
   }
-  device.Write("image_name", NameOf(name));
-  device.Write("total_clocks", std::to_string(total_clocks));
-  if (!device.HandOver(image, WasInterrupted)) {
+  if (!HandOver(device, name, image, total_clocks)) {
     return {kCancelled, false, {}};
   }
   try {

@@ -62,7 +62,6 @@ class Downloads {
 
   // Reads the IDCODE where the files have their targets. Throws Failure for another chip.
   void RequireIdcode(const RequiredIdcode &required, const std::string &log) const {
-    const Interrupts interrupts;
     for (const PlayInput &input : files_) {
       const TvbFile &file = *input.file;
       const uint32_t idcode = ProbeIdcode(device_, log, tvb::TargetOf(file.image(), file.header()));
@@ -97,7 +96,6 @@ class Downloads {
 
  private:
   DownloadEnd Download(const TvbFile &file) {
-    const Interrupts interrupts;
     total_ = tvb::DownloadClocks(file.image(), file.header());
     const tvb::Buffer split = SplitLongWaits(file);
     view_.Begin(file.name(), total_);
@@ -164,6 +162,8 @@ int Download(const DownloadOptions &options) {
   PlayInputs inputs(options.inputs);
   RefuseBad(inputs.files());
   Downloads downloads(options, inputs.TakeFiles());
+  // Over all of them: a signal in the last wait of one keeps the next from being played.
+  const Interrupts interrupts;
   if (options.idcode) {
     downloads.RequireIdcode(*options.idcode, options.log);
   }

@@ -11,3 +11,13 @@ equal 'TCK' tck=0 "$(sed -n 's/^lines \(tck=.\).*/\1/p' $sim/state)"
 clear_log
 completes idcode.tvb
 logs_good idcode.tvb 0a014c35
+
+# The driver does not see it in the very last record, but the lines do.
+head -c $(($(size_of wrong-idcode.tvb) - 4)) $firmware/wrong-idcode.tvb >$firmware/cut.tvb
+clear_log
+clear_kernel_log
+fails cut.tvb
+grep -q 'end rtn_code 0' $log || fail 'the driver saw it'
+equal 'the message' "cpldjtag: cut.tvb: failed at clock $(attribute clocks): TDO read 1" \
+  "$(kernel_log | grep ^cpldjtag)"
+equal 'the error' programming:hw-error "$(attribute error)"

@@ -95,6 +95,23 @@ for signal in INT TERM; do
   said "the tool after $signal" /tmp/err '^long-compared.tvb: error: cancelled at clock'
   equal 'the error' programming:user-abort "$(attribute error)"
 done
+
+# A file that waits at its end, for 900 ms at 1 kHz, cannot be cancelled there; the next one is not played.
+{ head -c 39 slow.tvb; printf '\x5e\x38\x04\x01\x18\x8e\x87\x02\x17\x5e\x10\x04\x00'; } >waits.tvb
+tvb download waits.tvb alone.tvb >/tmp/out 2>/tmp/err &
+tool=$!
+wait_for running
+sleep 0.4
+kill -INT $tool
+status=0
+wait $tool || status=$?
+cat /tmp/out /tmp/err
+equal 'the exit code after a signal in the last wait' 3 $status
+said 'the tool after it' /tmp/out '^waits.tvb: done'
+said 'the tool after it' /tmp/err '^alone.tvb: error: cancelled at clock 0 of'
+equal 'the last file' waits.tvb "$(attribute file)"
+equal 'the name of the next' image "$(attribute image_name)"
+equal 'the clocks of the next' 0 "$(attribute total_clocks)"
 exits 'a good file after that' 0 tvb download alone.tvb
 holds 1 "$text"
 unload_all

@@ -79,4 +79,12 @@ equal 'the file' 'an update.tvb' "$(attribute file)"
 equal 'the message' "cpldjtag: an update.tvb: completed, $(attribute clocks) clocks in MS ms" \
   "$(kernel_log | grep ^cpldjtag | sed 's/in [0-9]* ms/in MS ms/')"
 equal 'the name of the next' image "$(attribute image_name)"
+
+# Both have the same word for what went wrong.
+rmmod m7_cpldjtag_drv
+upload alone.tvb
+wait_until_idle
+equal 'the error without a driver' preparing:read-write-error "$(attribute error)"
+equal 'the same word' read-write-error "$(cut -d: -f2 $class/error)"
+load_driver
 unload_all
