@@ -7,9 +7,10 @@
 #include <linux/gpio/consumer.h>
 #include <linux/limits.h>
 #include <linux/sysfs.h>
-#include <linux/workqueue.h>
 
 #include "cpldjtag.h"
+
+struct workqueue_struct;
 
 /* ---- cpldjtag_registry.c */
 
