@@ -28,7 +28,8 @@ MODULE_PARM_DESC(require_seal, "refuse files without a seal");
 /* A name that the firmware loader may look up: a relative path that stays below its folders. */
 static bool is_usable_name(const char *name)
 {
-	return *name && *name != '/' && strlen(name) < NAME_MAX && !strstr(name, "..");
+	return cpldjtag_status_is_name(name) && *name != '/' && strlen(name) < NAME_MAX &&
+	       !strstr(name, "..");
 }
 
 u8 *cpldjtag_image_alloc(size_t length)
@@ -46,8 +47,9 @@ static int load_image(struct device *dev, const char *name, u8 **image, size_t *
 	int error;
 
 	error = firmware_request_nowarn(&file, name, dev);
+	/* That error is the seal's. */
 	if (error)
-		return error;
+		return error == -EBADMSG ? -EIO : error;
 	*length = file->size;
 	*image = cpldjtag_image_alloc(file->size);
 	if (*image)

@@ -61,6 +61,8 @@ struct cpldjtag_progress {
 	u64 reads;	/* of TDO */
 	u64 read_clock; /* where the last read was: in the period whose edge would be this one */
 	u32 read_level; /* and what it gave */
+	int error;	/* the first of a line, 0 if there was none */
+	u64 error_clock;
 };
 
 /* A download begins: nothing has been done, no line has failed. Does not sleep. */
@@ -116,6 +118,9 @@ void cpldjtag_tree_remove(void);
 /* ---- cpldjtag_status.c: what the attributes, the log and an event tell of a download */
 
 enum cpldjtag_state { CPLDJTAG_IDLE, CPLDJTAG_LOADING, CPLDJTAG_RUNNING };
+
+/* Whether the log and an event can tell of a file by that name: it is a line, and not empty. */
+bool cpldjtag_status_is_name(const char *text);
 
 /*
  * The steps of a download, called by its thread in this order; those in the middle may be missing.

@@ -117,6 +117,8 @@ end_serving:
 
 void cpldjtag_stop(void *dev)
 {
+	/* A download may last for hours. */
+	cpldjtag_status_cancel();
 	cpldjtag_upload_remove(dev);
 	/* Waits for a write that is under way. */
 	sysfs_remove_groups(&((struct device *)dev)->kobj, groups);

@@ -43,7 +43,6 @@ struct cpldjtag_pins cpldjtag_pins;
 
 /* What the lines have seen of the download. */
 static struct cpldjtag_progress progress; /* by the download's thread */
-static int first_error;
 
 /*
  * Why the download is to stop, and whether the lines stand still because of it. The driver cannot
@@ -196,7 +195,6 @@ ssize_t cpldjtag_pins_show(char *page)
 void cpldjtag_pins_begin(void)
 {
 	memset(&progress, 0, sizeof(progress));
-	first_error = 0;
 	stands_still = false;
 	WRITE_ONCE(stop, 0);
 }
@@ -208,6 +206,8 @@ struct cpldjtag_progress cpldjtag_pins_progress(void)
 		.reads = READ_ONCE(progress.reads),
 		.read_clock = READ_ONCE(progress.read_clock),
 		.read_level = READ_ONCE(progress.read_level),
+		.error = READ_ONCE(progress.error),
+		.error_clock = READ_ONCE(progress.error_clock),
 	};
 
 	return copy;
@@ -230,7 +230,7 @@ int cpldjtag_pins_stopped(void)
 
 int cpldjtag_pins_error(void)
 {
-	return first_error;
+	return progress.error;
 }
 
 bool cpldjtag_pins_ended_reading(void)
@@ -240,8 +240,10 @@ bool cpldjtag_pins_ended_reading(void)
 
 static int fail(int error)
 {
-	if (!first_error)
-		first_error = error;
+	if (!progress.error) {
+		WRITE_ONCE(progress.error_clock, progress.clocks);
+		WRITE_ONCE(progress.error, error);
+	}
 	return error;
 }
 

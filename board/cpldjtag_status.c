@@ -64,6 +64,15 @@ enum cpldjtag_state cpldjtag_status_state(void)
 	return READ_ONCE(status.state);
 }
 
+bool cpldjtag_status_is_name(const char *text)
+{
+	if (!*text)
+		return false;
+	while (*text && !iscntrl(*text))
+		text++;
+	return !*text;
+}
+
 static void begin(struct device *dev, const char *file)
 {
 	cpldjtag_pins_begin();
@@ -166,10 +175,11 @@ static void set_outcome(int error)
 static void tell_end(int error)
 {
 	const struct cpldjtag_progress at = cpldjtag_pins_progress();
+	const u64 total = READ_ONCE(status.total);
 	char of[32] = "";
 
-	if (status.total)
-		scnprintf(of, sizeof(of), " of %llu", status.total);
+	if (total)
+		scnprintf(of, sizeof(of), " of %llu", total);
 	if (!error)
 		pr_info("%s: completed, %llu clocks in %llu ms\n", status.file, at.clocks,
 			div_u64(status.elapsed, NSEC_PER_MSEC));
@@ -177,9 +187,9 @@ static void tell_end(int error)
 		pr_warn("%s: cancelled at clock %llu%s\n", status.file, at.clocks, of);
 	else if (!status.played)
 		pr_err("%s: not played: error %d\n", status.file, error);
-	else if (cpldjtag_pins_error())
+	else if (at.error)
 		pr_err("%s: failed at clock %llu%s: a line could not be used: error %d\n",
-		       status.file, at.clocks, of, cpldjtag_pins_error());
+		       status.file, at.error_clock, of, at.error);
 	else if (cpldjtag_pins_ended_reading())
 		pr_err("%s: failed at clock %llu%s: TDO read %u\n", status.file, at.clocks, of,
 		       at.read_level);
@@ -264,14 +274,6 @@ static ssize_t image_name_show(struct device *dev, struct device_attribute *attr
 	return show_text(status.image_name, buf);
 }
 
-/* It goes into the log and into an event, where a line has its meaning. */
-static bool is_one_line(const char *text)
-{
-	while (*text && !iscntrl(*text))
-		text++;
-	return !*text;
-}
-
 static ssize_t image_name_store(struct device *dev, struct device_attribute *attr, const char *buf,
 				size_t count)
 {
@@ -283,7 +285,7 @@ static ssize_t image_name_store(struct device *dev, struct device_attribute *att
 		return -EINVAL;
 	strscpy(name, buf, sizeof(name));
 	text = strim(name);
-	if (!*text || !is_one_line(text))
+	if (!cpldjtag_status_is_name(text))
 		return -EINVAL;
 	spin_lock(&status_lock);
 	strscpy(status.image_name, text, sizeof(status.image_name));

@@ -207,10 +207,17 @@ void Device::WaitForChange(std::chrono::milliseconds longest) const {
   poll(&change, 1, static_cast<int>(longest.count()));
 }
 
+void Device::Try(const std::string &attribute, std::string_view text) {
+  const Attribute tried(attribute, O_WRONLY | O_TRUNC);
+  [[maybe_unused]] const ssize_t ignored = write(tried.fd(), text.data(), text.size());
+}
+
+void Device::DropImage() const {
+  Try(upload_ + "/loading", "-1");
+}
+
 void Device::Cancel() const {
-  const Attribute cancel(folder_ + "/cancel", O_WRONLY | O_TRUNC);
-  // It fails where nothing runs any more.
-  [[maybe_unused]] const ssize_t ignored = write(cancel.fd(), "1", 1);
+  Try(folder_ + "/cancel", "1");
 }
 
 bool Device::RefusedAsBusy() const {

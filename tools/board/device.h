@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "tools/rehearse/explain.h"
 #include "tvb/bytes.h"
@@ -53,6 +54,9 @@ class Device {
   // to, and drops the image if `interrupted` says so meanwhile, which returns false.
   bool HandOver(tvb::Bytes image, bool (*interrupted)()) const;
 
+  // Has the framework forget what it was given of an image that it does not download.
+  void DropImage() const;
+
   // Whether an image that was handed over is still being downloaded.
   bool IsBusy() const;
 
@@ -68,6 +72,9 @@ class Device {
 
  private:
   void SendImage(tvb::Bytes image, bool (*interrupted)()) const;
+
+  // Writes an attribute that may well refuse it, where there is nothing to do any more.
+  static void Try(const std::string &attribute, std::string_view text);
 
   std::string folder_;
   std::string upload_;  // where images are written, with the names of the kernel's firmware class

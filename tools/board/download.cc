@@ -61,6 +61,7 @@ bool HandOver(const Device &device, const std::string &name, tvb::Bytes image,
   try {
     taken = device.HandOver(image, WasInterrupted);
   } catch (const Failure &) {
+    device.DropImage();
     Unname(device);
     throw;
   }

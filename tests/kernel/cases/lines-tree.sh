@@ -45,6 +45,15 @@ refused 'finding a line taken' grep -q jtag-t /sys/kernel/debug/gpio
 echo cpldjtag >$driver/bind
 equal 'the lines' "$places" "$(cat $sysfs/pins)"
 
+load_driver
+download long-uncompared.tvb >/tmp/cut &
+wait_for running
+echo cpldjtag >$driver/unbind
+wait
+equal 'a download whose device is let go' 'Operation canceled' "$(cat /tmp/cut)"
+rmmod m7_cpldjtag_drv
+echo cpldjtag >$driver/bind
+
 rmmod cpldjtag
 refused 'finding a line taken' grep -q jtag-t /sys/kernel/debug/gpio
 rmmod jtag_sim
