@@ -25,17 +25,7 @@
 namespace {
 
 // Under the sanitizers, not all of them.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr size_t kStride = 37;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr size_t kStride = 37;
-#else
-constexpr size_t kStride = 1;
-#endif
-#else
-constexpr size_t kStride = 1;
-#endif
+constexpr size_t kStride = M7_SANITIZED ? 37 : 1;
 
 // The files before the last are completed, and the last one is not.
 using Files = std::vector<tool::PlayInput>;

@@ -84,11 +84,7 @@ std::string NoteOn(const tool::PlayInput &input) {
 }
 
 // Under the sanitizers, not all of them.
-#ifdef __SANITIZE_ADDRESS__
-constexpr size_t kStride = 37;
-#else
-constexpr size_t kStride = 1;
-#endif
+constexpr size_t kStride = M7_SANITIZED ? 37 : 1;
 
 // The input alone, as it would be read from the file.
 std::vector<tool::PlayInput> Alone(const tool::PlayInput &input) {

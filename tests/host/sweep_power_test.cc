@@ -15,17 +15,7 @@ namespace {
 using bench::Bench;
 using bench::Lines;
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr uint64_t kStep = 16;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr uint64_t kStep = 16;
-#else
-constexpr uint64_t kStep = 1;
-#endif
-#else
-constexpr uint64_t kStep = 1;
-#endif
+constexpr uint64_t kStep = M7_SANITIZED ? 16 : 1;
 
 uint64_t Clocks(Bench &bench) {
   uint64_t clocks = 0;
