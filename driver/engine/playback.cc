@@ -15,74 +15,117 @@ static void stop_after_mismatch(void) {
   m7_stop(RESULT_VERIFY_FAILED);
 }
 
-static inline u8 level(u8 character, u32 bit) {
+// A vector being played. Without a capture, what is read is compared.
+struct play {
+  struct jtag_lines lines;
+  const u8 *vector;
+  const u8 *mask;
+  u32 start;
+  u32 end;
+  u8 *capture;
+  u32 room;   // bytes of the capture
+  u32 count;  // of these, those that are filled
+};
+
+static inline u32 level(u8 character, u32 bit) {
   return character >> bit & 1;
 }
 
-static inline bool in_range(u32 i, u32 start, u32 end) {
-  return start <= i && i < end;
+// Returns false for a failed comparison.
+static inline bool read_tdo(struct play *play, u8 character) {
+  const u8 value = static_cast<u8>(play->lines.read(play->lines.tdo));
+  if (!play->capture)
+    return value == level(character, VECTOR_EXPECTED);
+  if (play->count < play->room)
+    play->capture[play->count++] = static_cast<u8>('0' + value);
+  return true;
 }
 
-static inline bool reads_tdo(const u8 *mask, u32 i, u32 start, u32 end) {
-  return mask && in_range(i, start, end) && m7_register_bit(mask, i - start);
+static inline bool play_period(struct play *play, u32 i, bool in_range, bool drives_tms) {
+  const struct jtag_lines *lines = &play->lines;
+  const u8 character = play->vector[i];
+  m7_drive(lines, lines->tck, level(character, VECTOR_TCK_FIRST));
+  if (in_range)
+    m7_drive(lines, lines->tdi, level(character, VECTOR_TDI));
+  if (drives_tms)
+    m7_drive(lines, lines->tms, level(character, VECTOR_TMS));
+  if (in_range && play->mask && m7_register_bit(play->mask, i - play->start) &&
+      !read_tdo(play, character)) {
+    stop_after_mismatch();
+    return false;
+  }
+  m7_drive(lines, lines->tck, level(character, VECTOR_TCK_SECOND));
+  return true;
 }
 
-// The first half of a period: TCK low, then what the target samples at the rising edge.
-static inline void begin_period(u8 character, u32 i, u32 start, u32 end) {
-  TCK_Wr(level(character, VECTOR_TCK_FIRST));
-  if (in_range(i, start, end))
-    TDI_Wr(level(character, VECTOR_TDI));
-  if (i <= start || i >= end - 1)
-    TMS_Wr(level(character, VECTOR_TMS));
+// Both play from index `i` up to `to` and return where they have stopped: by the rules for any
+// index, and between the edges of the data range, where TDI is driven and TMS is not.
+static u32 play_edge(struct play *play, u32 i, u32 to) {
+  for (; i < to && g_status == 1; i++) {
+    const bool in_range = play->start <= i && i < play->end;
+    if (!play_period(play, i, in_range, i <= play->start || i >= play->end - 1))
+      break;
+  }
+  return i;
 }
 
-static inline void end_period(u8 character) {
-  TCK_Wr(level(character, VECTOR_TCK_SECOND));
+static u32 play_middle(struct play *play, u32 i, u32 to) {
+  struct play own = *play;  // in registers, where no call can change it
+  for (; i < to && g_status == 1; i++) {
+    if (!play_period(&own, i, true, false))
+      break;
+  }
+  play->count = own.count;
+  return i;
+}
+
+static u32 smaller(u32 a, u32 b) {
+  return a < b ? a : b;
+}
+
+// Returns whether the whole vector was played.
+static bool play_all(struct play *play, u32 length) {
+  u32 i = 0;
+  if (play->end > 0) {
+    i = play_edge(play, 0, smaller(play->start, length - 1) + 1);
+    i = play_middle(play, i, smaller(play->end - 1, length));
+  }
+  return play_edge(play, i, length) == length;
+}
+
+static bool is_playable(u32 length) {
+  return length > 0 && g_status == 1;
+}
+
+void m7_transfer(const u8 *mask, u32 start, u32 end, u32 length) {
+  if (!is_playable(length))
+    return;
+  struct play play = {m7_jtag_lines(), g_vector, mask, start, end, nullptr, 0, 0};
+  play_all(&play, length);
 }
 
 void Quorlan_Transfer(const u8 *mask, u32 start, u32 end) {
-  const u32 n = m7_vector_length();
-  for (u32 i = 0; i < n && g_status == 1; i++) {
-    const u8 character = g_vector[i];
-    begin_period(character, i, start, end);
-    if (reads_tdo(mask, i, start, end) && TDO_Rd() != level(character, VECTOR_EXPECTED)) {
-      stop_after_mismatch();
-      return;
-    }
-    end_period(character);
-  }
+  m7_transfer(mask, start, end, m7_vector_length());
 }
 
-// Plays the vector and stores what it reads in `capture`, of `room` bytes. Returns the number of
-// characters stored; 0 when g_status was cleared.
-static u32 capture_tdo(u8 *capture, u32 room, const u8 *mask, u32 start, u32 end) {
-  const u32 n = m7_vector_length();
-  u32 count = 0;
-  for (u32 i = 0; i < n; i++) {
-    if (g_status != 1)
-      return 0;
-    const u8 character = g_vector[i];
-    begin_period(character, i, start, end);
-    if (reads_tdo(mask, i, start, end)) {
-      const u8 value = TDO_Rd();
-      if (count < room)
-        capture[count++] = static_cast<u8>('0' + value);
-    }
-    end_period(character);
-  }
-  return count;
-}
-
-u8 *Quorlan_TransferAndReadTDO(const u8 *mask, u32 start, u32 end) {
+u8 *m7_transfer_and_read(const u8 *mask, u32 start, u32 end, u32 length) {
   // 0 for the range of all indices, which then has no room for any of them.
   const u32 room = end - start + 1;
   u8 *capture = m7_alloc_bytes(room);
   if (!capture)
     return nullptr;
 
-  const u32 count = capture_tdo(capture, room, mask, start, end);
-  u8 *result = count > 0 ? Quorlan_ReverseStr(capture, static_cast<s32>(count)) : nullptr;
+  u8 *result = nullptr;
+  if (is_playable(length)) {
+    struct play play = {m7_jtag_lines(), g_vector, mask, start, end, capture, room, 0};
+    if (play_all(&play, length) && play.count > 0)
+      result = Quorlan_ReverseStr(capture, static_cast<s32>(play.count));
+  }
   kfree(capture);
   return result;
+}
+
+u8 *Quorlan_TransferAndReadTDO(const u8 *mask, u32 start, u32 end) {
+  return m7_transfer_and_read(mask, start, end, m7_vector_length());
 }
 }

@@ -158,11 +158,40 @@ void m7_append_levels(struct vector_end *end) {
   append(end, g_buf, 1);
 }
 
-void m7_append_tms(struct vector_end *end, u32 tms) {
-  m7_set_level(LEVEL_TDI, 0);
-  m7_set_level(LEVEL_EXPECTED, 0);
-  m7_set_level(LEVEL_TMS, tms);
-  m7_append_levels(end);
+u8 *m7_vector_room(struct vector_end *end, u64 *count) {
+  *count = 0;
+  if (end->given_up || !make_room(end, end->length + 2))
+    return nullptr;
+  *count = end->room - end->length - 1;
+  return g_vector + end->length;
+}
+
+void m7_appended(struct vector_end *end, u64 count) {
+  end->length += count;
+  g_vector[end->length] = 0;
+}
+
+void m7_set_levels(u8 character) {
+  const u32 levels = static_cast<u32>(character >> VECTOR_TDI & 1) << LEVEL_TDI |
+                     static_cast<u32>(character >> VECTOR_TMS & 1) << LEVEL_TMS |
+                     static_cast<u32>(character >> VECTOR_EXPECTED & 1) << LEVEL_EXPECTED;
+  const u32 all = 1u << LEVEL_TDI | 1u << LEVEL_TMS | 1u << LEVEL_EXPECTED;
+  g_vec_val = (g_vec_val & ~all) | levels;
+  g_buf[0] = character;
+}
+
+void m7_append_walk(struct vector_end *end, const u8 *characters, u32 count) {
+  for (u32 done = 0; done < count;) {
+    u64 room;
+    u8 *place = m7_vector_room(end, &room);
+    if (!place)
+      break;
+    u32 i = 0;
+    for (; i < room && done < count; i++)
+      place[i] = characters[done++];
+    m7_appended(end, i);
+  }
+  m7_set_levels(characters[count - 1]);
 }
 
 void Quorlan_GenVec(void) {

@@ -17,6 +17,13 @@
 #define VECTOR_EXPECTED 4    // expected TDO
 #define VECTOR_TCK_SECOND 3  // TCK in the second half: 1
 
+// Characters of TDI 0 that expect 0, and what another level adds.
+#define CHARACTER_TMS_0 0x08
+#define CHARACTER_TMS_1 0x2A
+#define CHARACTER_ADD_TDI 0x44
+#define CHARACTER_ADD_TMS 0x22
+#define CHARACTER_ADD_EXPECTED 0x11
+
 // The bits of g_vec_val.
 #define LEVEL_TDI 1
 #define LEVEL_EXPECTED 2
@@ -79,11 +86,20 @@ void m7_set_level(u32 field, u32 level);
 // Appends one character made from g_vec_val.
 void m7_append_levels(struct vector_end *end);
 
-// Appends one period that drives TDI 0 and the given TMS and expects 0.
-void m7_append_tms(struct vector_end *end, u32 tms);
-
 // Appends a string of characters.
 void m7_append_characters(struct vector_end *end, const u8 *characters);
+
+// For a builder that writes characters itself, as many appends of one would: returns where the next
+// ones go and how many fit there, at least one; null with a count of 0 if the vector is given up.
+// m7_appended() takes `count` of them in; the vector is terminated from then on only.
+u8 *m7_vector_room(struct vector_end *end, u64 *count);
+void m7_appended(struct vector_end *end, u64 count);
+
+// Sets the LEVEL_… fields and g_buf to those of the last character that was so made.
+void m7_set_levels(u8 character);
+
+// Appends `count` characters, 1 or more, as appends of one character would.
+void m7_append_walk(struct vector_end *end, const u8 *characters, u32 count);
 
 // Appends one character made from g_vec_val.
 void Quorlan_GenVec(void);

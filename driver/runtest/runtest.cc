@@ -24,10 +24,11 @@ void Quorlan_KeepCycle(s32 cycles) {
   if (g_freq != 0 && static_cast<u32>(g_freq) == 0)
     return;
 
+  const struct jtag_lines lines = m7_jtag_lines();
   const u64 begin = sched_clock();
   for (s32 i = 0; i < cycles; i++) {
-    TCK_Wr(0);
-    TCK_Wr(1);
+    m7_drive(&lines, lines.tck, 0);
+    m7_drive(&lines, lines.tck, 1);
   }
   const u64 end = sched_clock();
   if (end < begin)
