@@ -8,6 +8,7 @@
 #include <linux/gpio/consumer.h>
 #include <linux/gpio/driver.h>
 #include <linux/kernel.h>
+#include <linux/module.h>
 #include <linux/sched.h>
 #include <linux/sched/signal.h>
 #include <linux/string.h>
@@ -23,15 +24,21 @@ const char *const cpldjtag_signal_names[] = {
 	[CPLDJTAG_TDO] = "tdo",
 };
 
-/*
- * One line. A driver calls it by @number, which is the GPIO number if the parameters gave it, else
- * that of the signal; @place is the same for people.
- */
+static bool skip_same_level = true;
+module_param(skip_same_level, bool, 0644);
+MODULE_PARM_DESC(skip_same_level, "do not drive TMS and TDI to the level that they have already");
+
+#define UNKNOWN_LEVEL (-1)
+
+/* One line, which a driver calls by the number of its signal. */
 static struct line {
 	const char *label;
-	u32 number;
 	struct gpio_desc *desc;
-	char place[64];
+	char place[64]; /* for people: the GPIO number if the parameters gave it, else CHIP:OFFSET
+			 */
+	bool sleeps;	/* its chip may */
+	bool skips;	/* what would drive it to @level again */
+	int level;	/* that was driven last */
 } lines[] = {
 	[CPLDJTAG_TCK] = {.label = "jtag-tck"},
 	[CPLDJTAG_TMS] = {.label = "jtag-tms"},
@@ -39,7 +46,12 @@ static struct line {
 	[CPLDJTAG_TDO] = {.label = "jtag-tdo"},
 };
 
-struct cpldjtag_pins cpldjtag_pins;
+struct cpldjtag_pins cpldjtag_pins = {
+	.tck = CPLDJTAG_TCK,
+	.tms = CPLDJTAG_TMS,
+	.tdi = CPLDJTAG_TDI,
+	.tdo = CPLDJTAG_TDO,
+};
 
 /* What the lines have seen of the download. */
 static struct cpldjtag_progress progress; /* by the download's thread */
@@ -67,11 +79,12 @@ static void release_lines(size_t count)
 static int request_number(enum cpldjtag_signal signal)
 {
 	struct line *line = &lines[signal];
+	u32 number;
 	int error;
 
-	error = cpldjtag_number_request(signal, line->label, &line->number, &line->desc);
+	error = cpldjtag_number_request(signal, line->label, &number, &line->desc);
 	if (!error)
-		snprintf(line->place, sizeof(line->place), "%u", line->number);
+		snprintf(line->place, sizeof(line->place), "%u", number);
 	return error;
 }
 
@@ -155,7 +168,6 @@ static int request_line_of(struct device *dev, enum cpldjtag_signal signal)
 	chip = gpiod_to_chip(desc);
 	snprintf(line->place, sizeof(line->place), "%s:%d", chip->label,
 		 desc_to_gpio(desc) - chip->base);
-	line->number = signal;
 	line->desc = desc;
 	return 0;
 }
@@ -172,11 +184,8 @@ int cpldjtag_pins_request(struct device *dev)
 			release_lines(signal);
 			return error;
 		}
+		lines[signal].sleeps = gpiod_cansleep(lines[signal].desc);
 	}
-	cpldjtag_pins.tck = lines[CPLDJTAG_TCK].number;
-	cpldjtag_pins.tms = lines[CPLDJTAG_TMS].number;
-	cpldjtag_pins.tdi = lines[CPLDJTAG_TDI].number;
-	cpldjtag_pins.tdo = lines[CPLDJTAG_TDO].number;
 	return 0;
 }
 
@@ -192,10 +201,22 @@ ssize_t cpldjtag_pins_show(char *page)
 			  lines[CPLDJTAG_TDO].place);
 }
 
+/* A clock is every edge of TCK, so that one is never skipped. */
+static void forget_levels(void)
+{
+	enum cpldjtag_signal signal;
+
+	for (signal = 0; signal < CPLDJTAG_SIGNALS; signal++) {
+		lines[signal].skips = READ_ONCE(skip_same_level) && signal != CPLDJTAG_TCK;
+		lines[signal].level = UNKNOWN_LEVEL;
+	}
+}
+
 void cpldjtag_pins_begin(void)
 {
 	memset(&progress, 0, sizeof(progress));
 	stands_still = false;
+	forget_levels();
 	WRITE_ONCE(stop, 0);
 }
 
@@ -247,17 +268,6 @@ static int fail(int error)
 	return error;
 }
 
-static struct gpio_desc *find_line(u32 gpio)
-{
-	size_t i;
-
-	for (i = 0; i < ARRAY_SIZE(lines); i++) {
-		if (lines[i].number == gpio)
-			return lines[i].desc;
-	}
-	return NULL;
-}
-
 static bool stand_still(void)
 {
 	if (progress.reads >= IDCODE_READS)
@@ -265,57 +275,69 @@ static bool stand_still(void)
 	return stands_still;
 }
 
-static int set_value(struct gpio_desc *desc, int level)
-{
-#if LINUX_VERSION_CODE >= KERNEL_VERSION(6, 15, 0)
-	return gpiod_set_value_cansleep(desc, level);
-#else
-	/* Setting a line could not fail. */
-	gpiod_set_value_cansleep(desc, level);
-	return 0;
-#endif
-}
-
 /*
  * Not the raw level: the device tree may say that a line is open-drain. Sleeping chips are fine, a
  * download may sleep.
  */
-static int drive(u32 gpio, int level)
+static int set_value(const struct line *line, int level)
 {
-	struct gpio_desc *desc = find_line(gpio);
+#if LINUX_VERSION_CODE >= KERNEL_VERSION(6, 15, 0)
+	return line->sleeps ? gpiod_set_value_cansleep(line->desc, level)
+			    : gpiod_set_value(line->desc, level);
+#else
+	/* Setting a line could not fail. */
+	if (line->sleeps)
+		gpiod_set_value_cansleep(line->desc, level);
+	else
+		gpiod_set_value(line->desc, level);
+	return 0;
+#endif
+}
+
+static int drive(u32 signal, int level)
+{
+	struct line *line;
 	int error;
 
-	if (!desc)
+	if (unlikely(signal >= CPLDJTAG_SIGNALS))
 		return fail(-EINVAL);
 	if (unlikely(READ_ONCE(stop)) && stand_still())
 		return 0;
-	error = set_value(desc, level);
+	line = &lines[signal];
+	if (line->skips && line->level == level)
+		return 0;
+	error = set_value(line, level);
+	line->level = error ? UNKNOWN_LEVEL : level;
 	return error ? fail(error) : 0;
 }
 
-static int drive_high(u32 gpio)
+static int drive_high(u32 signal)
 {
-	int error = drive(gpio, 1);
+	int error = drive(signal, 1);
 
-	if (gpio == cpldjtag_pins.tck && !stands_still)
+	if (signal == CPLDJTAG_TCK && !stands_still)
 		WRITE_ONCE(progress.clocks, progress.clocks + 1);
 	return error;
 }
 
-static int drive_low(u32 gpio)
+static int drive_low(u32 signal)
 {
 	/* A download is one long loop of these calls: let others run between them. */
 	if (need_resched())
 		cond_resched();
 	if (unlikely(fatal_signal_pending(current)))
 		cpldjtag_pins_stop(-EINTR);
-	return drive(gpio, 0);
+	return drive(signal, 0);
 }
 
-static int read_line(u32 gpio)
+static int get_value(const struct line *line)
 {
-	struct gpio_desc *desc = find_line(gpio);
-	int level = desc ? gpiod_get_value_cansleep(desc) : -EINVAL;
+	return line->sleeps ? gpiod_get_value_cansleep(line->desc) : gpiod_get_value(line->desc);
+}
+
+static int read_line(u32 signal)
+{
+	int level = likely(signal < CPLDJTAG_SIGNALS) ? get_value(&lines[signal]) : -EINVAL;
 
 	if (level < 0) {
 		fail(level);
@@ -324,13 +346,13 @@ static int read_line(u32 gpio)
 	return level != 0;
 }
 
-static int read_level(u32 gpio)
+static int read_level(u32 signal)
 {
 	int level;
 
 	if (unlikely(READ_ONCE(stop)) && stand_still())
 		return NEITHER_LEVEL;
-	level = read_line(gpio);
+	level = read_line(signal);
 	WRITE_ONCE(progress.read_clock, progress.clocks);
 	WRITE_ONCE(progress.read_level, level);
 	WRITE_ONCE(progress.reads, progress.reads + 1);

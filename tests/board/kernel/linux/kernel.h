@@ -11,6 +11,7 @@
 #define ARRAY_SIZE(array) (sizeof(array) / sizeof((array)[0]))
 #define READ_ONCE(variable) (variable)
 #define WRITE_ONCE(variable, value) ((variable) = (value))
+#define likely(condition) (condition)
 #define unlikely(condition) (condition)
 
 // Stores `value` where `expected` is.
