@@ -20,6 +20,10 @@ static struct gpio_desc descs[CPLDJTAG_SIGNALS] = {
 
 static struct gpio_chip gpios = {"jtag_sim", 0};
 static struct sim_chain *chain;
+static struct framework_sets sets[CPLDJTAG_SIGNALS];
+static int levels[CPLDJTAG_SIGNALS];
+
+extern bool *const parameter_skip_same_level;
 static struct device device;
 
 /* The driver's only operation. */
@@ -51,6 +55,11 @@ int gpiod_direction_output(struct gpio_desc *desc, int level) {
 }
 
 void gpiod_set_value_cansleep(struct gpio_desc *desc, int level) {
+  const int signal = (int)(desc - descs);
+
+  sets[signal].all++;
+  sets[signal].repeated += level == levels[signal];
+  levels[signal] = level;
   sim_chain_write(chain, desc->line, level);
 }
 
@@ -88,6 +97,18 @@ int framework_serve(struct sim_chain *its_chain) {
   return cpldjtag_pins_request(&device);
 }
 
+void framework_skip_same_level(bool skips) {
+  *parameter_skip_same_level = skips;
+}
+
+struct framework_sets framework_sets_of(const char *signal) {
+  int i = 0;
+
+  while (strcmp(signal, cpldjtag_signal_names[i]))
+    i++;
+  return sets[i];
+}
+
 int32_t framework_download(const uint8_t *image, uint32_t length) {
   struct download_context context = {
       .pins = &cpldjtag_pins,
@@ -97,6 +118,7 @@ int32_t framework_download(const uint8_t *image, uint32_t length) {
 
   if (result)
     return result;
+  memset(sets, 0, sizeof(sets));
   cpldjtag_status_running();
   result = TvbToVec(&context, image, length);
   cpldjtag_status_played(result);

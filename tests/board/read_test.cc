@@ -206,6 +206,21 @@ TEST_P(BoardRead, IsToldAsAtTheDesk) {
   EXPECT_TRUE(kStride > 1 || failed == compared) << compared << " bits are compared";
 }
 
+// The level of a line is unknown when a download begins.
+TEST_P(BoardRead, OnlyTckIsSetToALevelThatItHas) {
+  const auto repeated = [this](bool skips) {
+    framework_skip_same_level(skips);
+    const bool failed = Fails({SIM_FAULT_FLIP, 0xFFFFFFFF, 0});
+    EXPECT_FALSE(failed);
+    return framework_sets_of("tms").repeated + framework_sets_of("tdi").repeated;
+  };
+  const unsigned long all = repeated(false);
+  const framework_sets tck = framework_sets_of("tck");
+  EXPECT_GT(all, 100u);
+  EXPECT_LE(repeated(true), 2u);
+  EXPECT_EQ(framework_sets_of("tck").all, tck.all);
+}
+
 INSTANTIATE_TEST_SUITE_P(Samples, BoardRead,
                          testing::Values("blocks_by_the_line", "masks_everywhere", "odd_but_legal",
                                          "pads_that_compare", "pauses_and_paths",

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #pragma once
 
-#define module_param(name, type, mode) _Static_assert(sizeof(name) > 0, "")
-#define MODULE_PARM_DESC(name, text) _Static_assert(sizeof(name) > 0, "")
+// For tests to set it.
+#define module_param(name, type, mode) type *const parameter_##name = &name
+#define MODULE_PARM_DESC(name, text) _Static_assert(sizeof(text) > 0, "")
