@@ -6,7 +6,7 @@ load_all "$three"
 # The least that there must be, so that a walk that finds nothing does not pass.
 equal 'the files of the chain' 'chain counters faults memory power scans state' "$(ls $sim | xargs)"
 equal 'the files of the log' 'bytes dropped' "$(ls ${log%/*} | xargs)"
-equal 'the parameters' 'base chain faults lines log_kib require_seal store_kib tck tdi tdo tms' \
+equal 'the parameters' 'base chain faults lines log_kib require_seal skip_same_level store_kib tck tdi tdo tms' \
   "$(ls /sys/module/log/parameters /sys/module/cpldjtag/parameters \
     /sys/module/jtag_sim/parameters | grep -v '^/' | xargs | tr ' ' '\n' | sort | xargs)"
 
