@@ -2,6 +2,7 @@
 #include "engine/padding.h"
 
 #include "engine/run_flag.h"
+#include "engine/vector.h"
 #include "util/bit_string.h"
 #include "util/memory.h"
 
@@ -9,10 +10,6 @@ extern "C" {
 
 #define OPCODE_FIRST 9
 #define INDEX_TIR 1  // the trailers are the registers up to here
-
-#define CHARACTER_TDI_0 0x08
-#define CHARACTER_TDI_1 0x4C
-#define CHARACTER_TMS 0x22  // both TMS bits
 
 u32 g_tdr_len, g_tir_len, g_hdr_len, g_hir_len;
 u8 *g_tdr_data, *g_tir_data, *g_hdr_data, *g_hir_data;
@@ -29,7 +26,7 @@ s32 m7_padding_index(signed char opcode) {
 static void fill_vector(u8 *vector, u32 bits, const u8 *data) {
   for (u32 d = 0; d < bits; d++) {
     const bool one = data && m7_register_bit(data, d);
-    vector[d] = one ? CHARACTER_TDI_1 : CHARACTER_TDI_0;
+    vector[d] = one ? CHARACTER_TMS_0 + CHARACTER_ADD_TDI : CHARACTER_TMS_0;
   }
   vector[bits] = 0;
 }
@@ -54,7 +51,7 @@ void Quorlan_GenHeadAndTrailerVec(signed char opcode, s32 bits, const u8 *data) 
 
   fill_vector(built, static_cast<u32>(bits), data);
   if (index <= INDEX_TIR)
-    built[bits - 1] |= CHARACTER_TMS;
+    built[bits - 1] |= CHARACTER_ADD_TMS;
   *vector = built;
 }
 }

@@ -149,7 +149,7 @@ void m7_set_level(u32 field, u32 level) {
   g_vec_val = (g_vec_val & ~(1u << field)) | level << field;
 }
 
-void m7_append_levels(struct vector_end *end) {
+static void append_levels(struct vector_end *end) {
   const u32 tdi = g_vec_val >> LEVEL_TDI & 1;
   const u32 tms = g_vec_val >> LEVEL_TMS & 1;
   const u32 expected = g_vec_val >> LEVEL_EXPECTED & 1;
@@ -196,7 +196,7 @@ void m7_append_walk(struct vector_end *end, const u8 *characters, u32 count) {
 
 void Quorlan_GenVec(void) {
   struct vector_end end = m7_vector_end();
-  m7_append_levels(&end);
+  append_levels(&end);
 }
 
 void Quorlan_StateConfig(s32 state) {

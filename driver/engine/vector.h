@@ -83,9 +83,6 @@ void m7_set_level(u32 field, u32 level);
 // what g_vector_size asks for, or more. If it cannot, that is reported as by Quorlan_MemSet, the
 // download is stopped and `end` is given up.
 
-// Appends one character made from g_vec_val.
-void m7_append_levels(struct vector_end *end);
-
 // Appends a string of characters.
 void m7_append_characters(struct vector_end *end, const u8 *characters);
 
