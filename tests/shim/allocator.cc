@@ -9,7 +9,7 @@
 #include <deque>
 #include <unordered_map>
 
-#if defined(M7_SANITIZED)
+#if M7_SANITIZED
 #include <sanitizer/asan_interface.h>
 #else
 #define ASAN_POISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))

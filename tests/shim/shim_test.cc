@@ -144,7 +144,7 @@ TEST_F(ShimTest, CatchesBadFrees) {
 }
 
 // Writes around a block and into a freed one: with the address sanitizer the access itself traps.
-#if defined(M7_SANITIZED)
+#if M7_SANITIZED
 
 TEST_F(ShimDeathTest, SanitizedAccessesTrap) {
   auto *block = Bytes(__kmalloc(5, kGfpKernel));
