@@ -34,8 +34,7 @@ MODULE_PARM_DESC(skip_same_level, "do not drive TMS and TDI to the level that th
 static struct line {
 	const char *label;
 	struct gpio_desc *desc;
-	char place[64]; /* for people: the GPIO number if the parameters gave it, else CHIP:OFFSET
-			 */
+	char place[64]; /* for people: the GPIO number of the parameters, or CHIP:OFFSET */
 	bool sleeps;	/* its chip may */
 	bool skips;	/* what would drive it to @level again */
 	int level;	/* that was driven last */
