@@ -166,11 +166,6 @@ u8 *m7_vector_room(struct vector_end *end, u64 *count) {
   return g_vector + end->length;
 }
 
-void m7_appended(struct vector_end *end, u64 count) {
-  end->length += count;
-  g_vector[end->length] = 0;
-}
-
 void m7_set_levels(u8 character) {
   const u32 levels = static_cast<u32>(character >> VECTOR_TDI & 1) << LEVEL_TDI |
                      static_cast<u32>(character >> VECTOR_TMS & 1) << LEVEL_TMS |
@@ -180,18 +175,17 @@ void m7_set_levels(u8 character) {
   g_buf[0] = character;
 }
 
-void m7_append_walk(struct vector_end *end, const u8 *characters, u32 count) {
+void m7_append_pieces(struct vector_end *end, const u8 *characters, u32 count) {
   for (u32 done = 0; done < count;) {
     u64 room;
     u8 *place = m7_vector_room(end, &room);
     if (!place)
-      break;
-    u32 i = 0;
-    for (; i < room && done < count; i++)
+      return;
+    const u32 fit = room < count - done ? static_cast<u32>(room) : count - done;
+    for (u32 i = 0; i < fit; i++)
       place[i] = characters[done++];
-    m7_appended(end, i);
+    m7_appended(end, fit);
   }
-  m7_set_levels(characters[count - 1]);
 }
 
 void Quorlan_GenVec(void) {
