@@ -117,10 +117,7 @@ static u64 grown_size(u64 room, u64 needed) {
   return needed <= M7_ALLOC_MAX ? M7_ALLOC_MAX : needed;
 }
 
-static bool make_room(struct vector_end *end, u64 needed) {
-  if (needed <= end->room)
-    return true;
-
+bool m7_grow_vector(struct vector_end *end, u64 needed) {
   const u64 size = grown_size(end->room, needed);
   u8 *grown = m7_realloc_bytes(g_vector, size);
   if (!grown) {
@@ -134,7 +131,7 @@ static bool make_room(struct vector_end *end, u64 needed) {
 }
 
 static void append(struct vector_end *end, const u8 *characters, u64 count) {
-  if (end->given_up || !make_room(end, end->length + count + 1))
+  if (end->given_up || !m7_make_room(end, end->length + count + 1))
     return;
   memcpy(g_vector + end->length, characters, count);
   end->length += count;
@@ -156,14 +153,6 @@ static void append_levels(struct vector_end *end) {
   const u32 levels = tdi << 2 | tms << 1 | expected;
   g_buf[0] = static_cast<u8>(levels << 4 | 1u << VECTOR_TCK_SECOND | levels);
   append(end, g_buf, 1);
-}
-
-u8 *m7_vector_room(struct vector_end *end, u64 *count) {
-  *count = 0;
-  if (end->given_up || !make_room(end, end->length + 2))
-    return nullptr;
-  *count = end->room - end->length - 1;
-  return g_vector + end->length;
 }
 
 void m7_set_levels(u8 character) {

@@ -70,6 +70,12 @@ void m7_set_level(u32 field, u32 level);
 // what g_vector_size asks for, or more. If it cannot, that is reported as by Quorlan_MemSet, the
 // download is stopped and `end` is given up.
 
+// Grows the buffer to `needed` bytes where it has fewer. Returns false when it cannot.
+bool m7_grow_vector(struct vector_end *end, u64 needed);
+static inline bool m7_make_room(struct vector_end *end, u64 needed) {
+  return needed <= end->room || m7_grow_vector(end, needed);
+}
+
 // Appends a string of characters.
 void m7_append_characters(struct vector_end *end, const u8 *characters);
 
@@ -77,13 +83,20 @@ void m7_append_characters(struct vector_end *end, const u8 *characters);
 // ones go and how many fit there, at least one; null with a count of 0 if the vector is given up.
 // m7_appended() takes `count` of them in; the vector is terminated from then on only. It leaves
 // g_vec_val and g_buf as they are: m7_set_levels() makes them those of the last character.
-u8 *m7_vector_room(struct vector_end *end, u64 *count);
-void m7_set_levels(u8 character);
+static inline u8 *m7_vector_room(struct vector_end *end, u64 *count) {
+  *count = 0;
+  if (end->given_up || !m7_make_room(end, end->length + 2))
+    return nullptr;
+  *count = end->room - end->length - 1;
+  return g_vector + end->length;
+}
 
 static inline void m7_appended(struct vector_end *end, u64 count) {
   end->length += count;
   g_vector[end->length] = 0;
 }
+
+void m7_set_levels(u8 character);
 
 // Appends `count` characters so. Inlined, since most walks are of a few characters and fit.
 void m7_append_pieces(struct vector_end *end, const u8 *characters, u32 count);
