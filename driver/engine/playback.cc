@@ -31,6 +31,11 @@ static inline u32 level(u8 character, u32 bit) {
   return character >> bit & 1;
 }
 
+// What a period does beside TCK.
+#define DRIVES_TMS 1
+#define DRIVES_TDI 2
+#define READS_TDO 4  // where the mask asks
+
 // The parts of a period are inlined by force: a call costs as much as they do.
 #define INLINE [[gnu::always_inline]] static inline
 
@@ -44,15 +49,15 @@ INLINE bool read_tdo(struct play *play, u8 character) {
   return true;
 }
 
-INLINE bool play_period(struct play *play, u32 i, bool in_range, bool drives_tms) {
+INLINE bool play_period(struct play *play, u64 i, u32 what) {
   const struct jtag_lines *lines = &play->lines;
   const u8 character = play->vector[i];
   m7_drive(lines, lines->tck, level(character, VECTOR_TCK_FIRST));
-  if (in_range)
+  if (what & DRIVES_TDI)
     m7_drive(lines, lines->tdi, level(character, VECTOR_TDI));
-  if (drives_tms)
+  if (what & DRIVES_TMS)
     m7_drive(lines, lines->tms, level(character, VECTOR_TMS));
-  if (in_range && play->mask && m7_register_bit(play->mask, i - play->start) &&
+  if (what & READS_TDO && m7_register_bit(play->mask, static_cast<u32>(i) - play->start) &&
       !read_tdo(play, character)) {
     stop_after_mismatch();
     return false;
@@ -62,18 +67,20 @@ INLINE bool play_period(struct play *play, u32 i, bool in_range, bool drives_tms
 }
 
 // Plays from index `i` up to `to`. Returns where it has stopped.
-INLINE u32 play_span(struct play *play, u32 i, u32 to, bool in_range, bool drives_tms) {
+INLINE u64 play_span(struct play *play, u64 i, u64 to, u32 what) {
   for (; i < to && g_status == 1; i++) {
-    if (!play_period(play, i, in_range, drives_tms))
+    if (!play_period(play, i, what))
       break;
   }
   return i;
 }
 
-// By itself, for a long scan needs all registers.
-[[gnu::noinline]] static u32 play_middle(struct play *play, u32 i, u32 to) {
+// By itself, for a long scan needs all registers; and where nothing is read it needs fewer.
+[[gnu::noinline]] static u64 play_middle(struct play *play, u64 i, u64 to) {
   struct play own = *play;  // where no call can change it
-  i = play_span(&own, i, to, true, false);
+  if (!own.mask)
+    return play_span(&own, i, to, DRIVES_TDI);
+  i = play_span(&own, i, to, DRIVES_TDI | READS_TDO);
   play->count = own.count;
   return i;
 }
@@ -85,18 +92,19 @@ static u32 smaller(u32 a, u32 b) {
 // Returns whether the whole vector was played.
 static bool play_all(struct play *play, u32 length) {
   const u32 last = play->end - 1;
-  u32 i = 0;
+  const u32 both = DRIVES_TMS | DRIVES_TDI | (play->mask ? READS_TDO : 0);
+  u64 i = 0;
   if (play->start < play->end) {
-    i = play_span(play, i, smaller(play->start, length), false, true);
-    i = play_span(play, i, smaller(play->start + 1, length), true, true);
+    i = play_span(play, i, smaller(play->start, length), DRIVES_TMS);
+    i = play_span(play, i, smaller(play->start + 1, length), both);
     i = play_middle(play, i, smaller(last, length));
-    i = play_span(play, i, smaller(play->end, length), true, true);
+    i = play_span(play, i, smaller(play->end, length), both);
   } else if (play->end == 0) {
     // The last index of the range is then the largest that there is.
-    i = play_span(play, i, smaller(play->start, length - 1) + 1, false, true);
-    i = play_span(play, i, smaller(last, length), false, false);
+    i = play_span(play, i, smaller(play->start, length - 1) + 1, DRIVES_TMS);
+    i = play_span(play, i, smaller(last, length), 0);
   }
-  return play_span(play, i, length, false, true) == length;
+  return play_span(play, i, length, DRIVES_TMS) == length;
 }
 
 static bool is_playable(u32 length) {
