@@ -15,7 +15,7 @@ static void stop_after_mismatch(void) {
   m7_stop(RESULT_VERIFY_FAILED);
 }
 
-// A vector being played. Without a capture, what is read is compared.
+// A vector being played. Without a mask nothing is read; without a capture it is compared.
 struct play {
   struct jtag_lines lines;
   const u8 *vector;
@@ -34,15 +34,16 @@ static inline u32 level(u8 character, u32 bit) {
 // What a period does beside TCK.
 #define DRIVES_TMS 1
 #define DRIVES_TDI 2
-#define READS_TDO 4  // where the mask asks
+#define COMPARES_TDO 4  // where the mask asks
+#define CAPTURES_TDO 8  // instead
 
 // The parts of a period are inlined by force: a call costs as much as they do.
 #define INLINE [[gnu::always_inline]] static inline
 
 // Returns false for a failed comparison.
-INLINE bool read_tdo(struct play *play, u8 character) {
+INLINE bool read_tdo(struct play *play, u8 character, u32 what) {
   const u8 value = static_cast<u8>(play->lines.read(play->lines.tdo));
-  if (!play->capture)
+  if (what & COMPARES_TDO)
     return value == level(character, VECTOR_EXPECTED);
   if (play->count < play->room)
     play->capture[play->count++] = static_cast<u8>('0' + value);
@@ -57,8 +58,9 @@ INLINE bool play_period(struct play *play, u64 i, u32 what) {
     m7_drive(lines, lines->tdi, level(character, VECTOR_TDI));
   if (what & DRIVES_TMS)
     m7_drive(lines, lines->tms, level(character, VECTOR_TMS));
-  if (what & READS_TDO && m7_register_bit(play->mask, static_cast<u32>(i) - play->start) &&
-      !read_tdo(play, character)) {
+  if (what & (COMPARES_TDO | CAPTURES_TDO) &&
+      m7_register_bit(play->mask, static_cast<u32>(i) - play->start) &&
+      !read_tdo(play, character, what)) {
     stop_after_mismatch();
     return false;
   }
@@ -80,7 +82,9 @@ INLINE u64 play_span(struct play *play, u64 i, u64 to, u32 what) {
   struct play own = *play;  // where no call can change it
   if (!own.mask)
     return play_span(&own, i, to, DRIVES_TDI);
-  i = play_span(&own, i, to, DRIVES_TDI | READS_TDO);
+  if (!own.capture)
+    return play_span(&own, i, to, DRIVES_TDI | COMPARES_TDO);
+  i = play_span(&own, i, to, DRIVES_TDI | CAPTURES_TDO);
   play->count = own.count;
   return i;
 }
@@ -92,7 +96,8 @@ static u32 smaller(u32 a, u32 b) {
 // Returns whether the whole vector was played.
 static bool play_all(struct play *play, u32 length) {
   const u32 last = play->end - 1;
-  const u32 both = DRIVES_TMS | DRIVES_TDI | (play->mask ? READS_TDO : 0);
+  const u32 reads = play->capture ? CAPTURES_TDO : COMPARES_TDO;
+  const u32 both = DRIVES_TMS | DRIVES_TDI | (play->mask ? reads : 0);
   u64 i = 0;
   if (play->start < play->end) {
     i = play_span(play, i, smaller(play->start, length), DRIVES_TMS);
