@@ -189,16 +189,18 @@ s64 g_iWriteCount;
 static s64 g_write_limit = WRITE_LIMIT_NONE;
 
 u32 Quorlan_ReadTvbByte(void) {
-  const u32 byte = fgetc();
+  const u32 byte = m7_read_byte();
   return m7_read_past_end(0) ? ~0u : byte;
 }
 
 static void write_string(const u8 *bytes, s64 count) {
+  // Byte by byte, as they were written just before: a wider read would have to wait for them.
   const s64 written = bounded(count, g_write_limit - g_iWriteCount);
-  if (written < 1)
-    return;
-  memcpy(g_pWriteBuffer + g_iWriteCount, bytes, static_cast<size_t>(written));
-  g_iWriteCount += written;
+  u8 *to = g_pWriteBuffer + g_iWriteCount;
+  for (s64 i = 0; i < written; i++)
+    to[i] = bytes[i];
+  if (written > 0)
+    g_iWriteCount += written;
 }
 
 void Quorlan_WriteBufferByte(u32 byte) {
@@ -222,7 +224,7 @@ u8 *Quorlan_ProcessData(u32 byte_count) {
   if (g_compress == COMPRESS_NONE)
     return copy_raw(byte_count);
 
-  switch (fgetc()) {
+  switch (m7_read_byte()) {
     case MODE_RAW:
       return copy_raw(byte_count);
     case MODE_RUN_LENGTH:

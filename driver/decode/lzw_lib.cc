@@ -11,6 +11,9 @@ extern "C" {
 #define PARAMETER_BITS 0x03u
 #define PARAMETER_INVALID 0xFCu
 
+// What is done for each code is inlined by force, so that the state stays in registers.
+#define INLINE [[gnu::always_inline]] static inline
+
 // Entry i describes code 256 + i.
 struct lzw {
   void (*write_string)(const u8 *bytes, s64 count);
@@ -48,7 +51,7 @@ static bool alloc_tables(struct lzw *lzw) {
   return false;
 }
 
-static bool read_more(struct lzw *lzw) {
+INLINE bool read_more(struct lzw *lzw) {
   const u32 byte = lzw->read_byte();
   if (byte == NO_BYTE)
     return false;
@@ -57,7 +60,7 @@ static bool read_more(struct lzw *lzw) {
   return true;
 }
 
-static s32 take_bits(struct lzw *lzw, s32 width) {
+INLINE s32 take_bits(struct lzw *lzw, s32 width) {
   const s32 value = static_cast<s32>(lzw->bits & ((1u << width) - 1));
   lzw->bits >>= width;
   lzw->bit_count -= width;
@@ -66,7 +69,7 @@ static s32 take_bits(struct lzw *lzw, s32 width) {
 
 // Reads a code in truncated binary: 0 to next, the lower ones one bit shorter. Returns -1 when the
 // input ends.
-static s32 read_code(struct lzw *lzw) {
+INLINE s32 read_code(struct lzw *lzw) {
   const s32 width = 31 - __builtin_clz(static_cast<u32>(lzw->next));
   const s32 threshold = (2 << width) - lzw->next - 1;
   while (lzw->bit_count < width)
@@ -81,7 +84,7 @@ static s32 read_code(struct lzw *lzw) {
   return 2 * x - threshold + take_bits(lzw, 1);
 }
 
-static void write(const struct lzw *lzw, const u8 *bytes, s32 count) {
+INLINE void write(const struct lzw *lzw, const u8 *bytes, s32 count) {
   if (lzw->write_string) {
     lzw->write_string(bytes, count);
     return;
@@ -91,7 +94,7 @@ static void write(const struct lzw *lzw, const u8 *bytes, s32 count) {
 }
 
 // Puts the string of `code` before index `end` of the stack. Returns the index of its first byte.
-static s32 stack_string(struct lzw *lzw, s32 code, s32 end) {
+INLINE s32 stack_string(struct lzw *lzw, s32 code, s32 end) {
   s32 i = end - 1;
   for (; code >= CODE_CLEAR && i > 0; i--) {
     lzw->stack[i] = lzw->suffix[code - CODE_CLEAR];
@@ -101,7 +104,7 @@ static s32 stack_string(struct lzw *lzw, s32 code, s32 end) {
   return i;
 }
 
-static void write_and_define(struct lzw *lzw, s32 code, s32 previous) {
+INLINE void write_and_define(struct lzw *lzw, s32 code, s32 previous) {
   const s32 end = lzw->entries;
   const bool defines_itself = code == lzw->next - 1;
   const s32 start =
@@ -117,23 +120,24 @@ static void write_and_define(struct lzw *lzw, s32 code, s32 previous) {
   lzw->next = lzw->next + 1 == lzw->codes ? CODE_FIRST : lzw->next + 1;
 }
 
-static s32 decode(struct lzw *lzw) {
+static s32 decode(const struct lzw *started) {
+  struct lzw lzw = *started;
   for (;;) {
-    const s32 code = read_code(lzw);
-    const s32 previous = lzw->previous;
-    lzw->previous = code;
+    const s32 code = read_code(&lzw);
+    const s32 previous = lzw.previous;
+    lzw.previous = code;
     if (code < 0)
       return 1;
-    if (code == lzw->next)
+    if (code == lzw.next)
       return 0;
     if (code == CODE_CLEAR) {
-      lzw->next = CODE_FIRST;
+      lzw.next = CODE_FIRST;
     } else if (previous == CODE_CLEAR) {
-      const u8 byte = static_cast<u8>(code);
-      write(lzw, &byte, 1);
-      lzw->next++;
+      lzw.stack[0] = static_cast<u8>(code);
+      write(&lzw, lzw.stack, 1);
+      lzw.next++;
     } else {
-      write_and_define(lzw, code, previous);
+      write_and_define(&lzw, code, previous);
     }
   }
 }

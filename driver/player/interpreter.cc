@@ -84,7 +84,7 @@ static s32 play_record(struct loop *loop) {
   const u64 mark = g_pos - 1;
   const s64 length = static_cast<s64>(Quorlan_ReadNumber());
   const u64 opcode_pos = g_pos;
-  const signed char opcode = static_cast<signed char>(fgetc());
+  const signed char opcode = static_cast<signed char>(m7_read_byte());
   if (m7_read_past_end(0))
     return m7_refuse_cut_record();
 
@@ -125,7 +125,7 @@ static void end_file(void) {
 s32 m7_play_records(u64 length) {
   struct loop loop = {};
   g_pos = g_cfg_start_pos;
-  while (static_cast<s64>(g_pos) < static_cast<s64>(length) && fgetc() == RECORD_MARK) {
+  while (static_cast<s64>(g_pos) < static_cast<s64>(length) && m7_read_byte() == RECORD_MARK) {
     if (g_status == 0)
       return g_stop_code == RESULT_NO_MEMORY ? RESULT_NO_MEMORY : RESULT_VERIFY_FAILED;
     const s32 rc = play_record(&loop);

@@ -15,10 +15,7 @@ u8 g_compress;
 u64 g_cfg_start_pos;
 
 u32 fgetc(void) {
-  struct image_reader reader = m7_open_image();
-  const u32 byte = m7_next_byte(&reader);
-  m7_close_image(&reader);
-  return byte;
+  return m7_read_byte();
 }
 
 void m7_read_bytes(u8 *to, u64 count) {
@@ -57,10 +54,6 @@ s32 Quorlan_ReadTvbHeader(void) {
     return RESULT_BAD_HEADER;
   g_cfg_start_pos = g_pos;
   return 0;
-}
-
-bool m7_read_past_end(u64 allowed) {
-  return g_pos > g_read_limit && g_pos - g_read_limit > allowed;
 }
 
 bool m7_skip_record(u64 mark, u64 opcode, s64 length, u64 gap) {

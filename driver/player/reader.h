@@ -61,6 +61,14 @@ static inline void m7_close_image(const struct image_reader *reader) {
   g_buffer[1] = 0;
 }
 
+// What fgetc does, inlined.
+static inline u32 m7_read_byte(void) {
+  struct image_reader reader = m7_open_image();
+  const u32 byte = m7_next_byte(&reader);
+  m7_close_image(&reader);
+  return byte;
+}
+
 // Copies `count` bytes of the image at g_pos to `to` and advances g_pos; bytes past the end are 0.
 // g_buffer is unchanged.
 void m7_read_bytes(u8 *to, u64 count);
@@ -88,7 +96,9 @@ static inline u64 m7_next_number(struct image_reader *reader) {
 s32 Quorlan_ReadTvbHeader(void);
 
 // Returns whether more than `allowed` bytes were read past the end of the image.
-bool m7_read_past_end(u64 allowed);
+static inline bool m7_read_past_end(u64 allowed) {
+  return g_pos > g_read_limit && g_pos - g_read_limit > allowed;
+}
 
 // Skips a record by its length: moves g_pos to `opcode` + `length` / 8, which truncates toward
 // zero. `mark` and `opcode` are the indices of the record's mark and opcode, and the next mark is

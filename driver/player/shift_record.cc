@@ -36,7 +36,7 @@ static void free_fields(struct shift_fields *fields) {
 }
 
 static s32 read_fields(struct shift_fields *fields, u32 count) {
-  for (u32 tag = fgetc(); tag != TAG_END; tag = fgetc()) {
+  for (u32 tag = m7_read_byte(); tag != TAG_END; tag = m7_read_byte()) {
     if (m7_read_past_end(0)) {
       free_fields(fields);
       return m7_refuse_cut_record();
