@@ -3,12 +3,15 @@
 #ifndef BOARD_SIM_BOARD_H
 #define BOARD_SIM_BOARD_H
 
-#include <linux/mutex.h>
+#include <linux/spinlock.h>
 
 #include "sim/sim.h"
 
-/* The one chain of this module, and the lock that every use of it holds. */
-extern struct mutex sim_lock;
+/*
+ * The one chain of this module, and the lock of whoever does more than read and change levels. A
+ * pin may be used in any context, so the lock is held for a few steps of the chain at most.
+ */
+extern raw_spinlock_t sim_lock;
 extern struct sim_chain *sim_chain;
 
 /* ---- sim_main.c */

@@ -30,29 +30,36 @@ static int direction_input(struct gpio_chip *chip, unsigned int line)
 
 static int get(struct gpio_chip *chip, unsigned int line)
 {
-	int level;
-
-	mutex_lock(&sim_lock);
-	level = sim_chain_read(sim_chain, line);
-	mutex_unlock(&sim_lock);
-	return level;
+	return sim_chain_read(sim_chain, line);
 }
 
-static int set(struct gpio_chip *chip, unsigned int line, int level)
+static bool rises(unsigned int line, int level)
 {
-	mutex_lock(&sim_lock);
+	return line == SIM_TCK && level;
+}
+
+static __always_inline void write_line(unsigned int line, int level)
+{
+	unsigned long flags;
+
+	if (!rises(line, level) && sim_chain_write_level(sim_chain, line, level))
+		return;
+	raw_spin_lock_irqsave(&sim_lock, flags);
 	sim_chain_write(sim_chain, line, level);
-	mutex_unlock(&sim_lock);
-	return 0;
+	raw_spin_unlock_irqrestore(&sim_lock, flags);
 }
 
 #if LINUX_VERSION_CODE >= KERNEL_VERSION(6, 17, 0)
-#define set_in_chip set
+static noinline int set(struct gpio_chip *chip, unsigned int line, int level)
+{
+	write_line(line, level);
+	return 0;
+}
 #else
 /* Before 6.17 setting a line could not fail. */
-static void set_in_chip(struct gpio_chip *chip, unsigned int line, int level)
+static noinline void set(struct gpio_chip *chip, unsigned int line, int level)
 {
-	set(chip, line, level);
+	write_line(line, level);
 }
 #endif
 
@@ -60,7 +67,8 @@ static int direction_output(struct gpio_chip *chip, unsigned int line, int level
 {
 	if (line == SIM_TDO)
 		return -EPERM;
-	return set(chip, line, level);
+	set(chip, line, level);
+	return 0;
 }
 
 static struct gpio_chip sim_chip = {
@@ -70,10 +78,9 @@ static struct gpio_chip sim_chip = {
 	.direction_input = direction_input,
 	.direction_output = direction_output,
 	.get = get,
-	.set = set_in_chip,
+	.set = set,
 	.ngpio = ARRAY_SIZE(names),
 	.names = names,
-	.can_sleep = true,
 };
 
 /* ---- in the device tree */

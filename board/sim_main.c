@@ -37,7 +37,7 @@ static int base = -1;
 module_param(base, int, 0444);
 MODULE_PARM_DESC(base, "number of the first GPIO line (-1: any)");
 
-DEFINE_MUTEX(sim_lock);
+DEFINE_RAW_SPINLOCK(sim_lock);
 struct sim_chain *sim_chain;
 
 static int complain(const char *what, const char *text, const struct sim_text_error *error)
@@ -117,6 +117,7 @@ int sim_set_faults(const char *text)
 {
 	struct sim_fault old[SIM_FAULT_KIND_COUNT], new[SIM_FAULT_KIND_COUNT];
 	struct sim_text_error error;
+	unsigned long flags;
 	u32 old_count, count;
 	int result;
 
@@ -124,14 +125,14 @@ int sim_set_faults(const char *text)
 		return complain("faults", text, &error);
 	if (count > ARRAY_SIZE(new))
 		return -EINVAL;
-	mutex_lock(&sim_lock);
+	raw_spin_lock_irqsave(&sim_lock, flags);
 	old_count = current_faults(old);
 	result = apply_faults(new, count);
-	if (result) {
-		pr_err("faults \"%s\": the chain has no such device, row or scan\n", text);
+	if (result)
 		apply_faults(old, old_count);
-	}
-	mutex_unlock(&sim_lock);
+	raw_spin_unlock_irqrestore(&sim_lock, flags);
+	if (result)
+		pr_err("faults \"%s\": the chain has no such device, row or scan\n", text);
 	return result;
 }
 

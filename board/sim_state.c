@@ -7,6 +7,7 @@
 #include <linux/fs.h>
 #include <linux/kernel.h>
 #include <linux/module.h>
+#include <linux/mutex.h>
 #include <linux/seq_file.h>
 #include <linux/slab.h>
 #include <linux/string.h>
@@ -55,46 +56,75 @@ static void show_chain(struct seq_file *to)
 	}
 }
 
+static void show_device_state(struct seq_file *to, u32 device)
+{
+	unsigned long flags;
+	u32 instruction;
+	u8 status;
+
+	raw_spin_lock_irqsave(&sim_lock, flags);
+	instruction = sim_chain_instruction(sim_chain, device);
+	status = sim_chain_status(sim_chain, device);
+	raw_spin_unlock_irqrestore(&sim_lock, flags);
+	seq_printf(to, "%u: instruction 0x%02x status 0x%02x\n", device, instruction, status);
+}
+
 static void show_state(struct seq_file *to)
 {
+	enum sim_state state;
+	unsigned long flags;
+	int levels[4];
 	u32 i;
 
-	seq_printf(to, "tap %s\n", sim_state_name(sim_chain_state(sim_chain)));
-	seq_printf(to, "lines tck=%d tms=%d tdi=%d tdo=%d\n", sim_chain_read(sim_chain, SIM_TCK),
-		   sim_chain_read(sim_chain, SIM_TMS), sim_chain_read(sim_chain, SIM_TDI),
-		   sim_chain_read(sim_chain, SIM_TDO));
+	raw_spin_lock_irqsave(&sim_lock, flags);
+	state = sim_chain_state(sim_chain);
+	for (i = 0; i < ARRAY_SIZE(levels); i++)
+		levels[i] = sim_chain_read(sim_chain, i);
+	raw_spin_unlock_irqrestore(&sim_lock, flags);
+	seq_printf(to, "tap %s\n", sim_state_name(state));
+	seq_printf(to, "lines tck=%d tms=%d tdi=%d tdo=%d\n", levels[SIM_TCK], levels[SIM_TMS],
+		   levels[SIM_TDI], levels[SIM_TDO]);
 	for (i = 1; i <= sim_chain_device_count(sim_chain); i++)
-		seq_printf(to, "%u: instruction 0x%02x status 0x%02x\n", i,
-			   sim_chain_instruction(sim_chain, i), sim_chain_status(sim_chain, i));
+		show_device_state(to, i);
 }
 
 static void show_counters(struct seq_file *to)
 {
-	const struct sim_counters *counters = sim_chain_counters(sim_chain);
+	struct sim_counters counters;
+	unsigned long flags;
 	u32 state;
 
+	raw_spin_lock_irqsave(&sim_lock, flags);
+	counters = *sim_chain_counters(sim_chain);
+	raw_spin_unlock_irqrestore(&sim_lock, flags);
 	for (state = 0; state < SIM_STATE_COUNT; state++)
-		seq_printf(to, "%s %llu\n", sim_state_name(state), counters->clocks[state]);
-	seq_printf(to, "tms-changes %llu\n", counters->tms_changes);
-	seq_printf(to, "tdi-changes %llu\n", counters->tdi_changes);
-	seq_printf(to, "ir-scans %llu\n", counters->ir_scans);
-	seq_printf(to, "dr-scans %llu\n", counters->dr_scans);
+		seq_printf(to, "%s %llu\n", sim_state_name(state), counters.clocks[state]);
+	seq_printf(to, "tms-changes %llu\n", counters.tms_changes);
+	seq_printf(to, "tdi-changes %llu\n", counters.tdi_changes);
+	seq_printf(to, "ir-scans %llu\n", counters.ir_scans);
+	seq_printf(to, "dr-scans %llu\n", counters.dr_scans);
 }
 
 static int clear_counters(const char *text)
 {
-	mutex_lock(&sim_lock);
+	unsigned long flags;
+
+	raw_spin_lock_irqsave(&sim_lock, flags);
 	sim_chain_clear_counters(sim_chain);
-	mutex_unlock(&sim_lock);
+	raw_spin_unlock_irqrestore(&sim_lock, flags);
 	return 0;
 }
+
+/* A whole scan of the log does not change until the log is cleared, which this excludes. */
+static DEFINE_MUTEX(scans_lock);
 
 static void show_scan(struct seq_file *to, const struct sim_scan *scan)
 {
 	u32 bit;
 
 	seq_printf(to, "%u %s bits %u idle %llu tdi ", scan->number,
-		   scan->kind == SIM_SCAN_IR ? "IR" : "DR", scan->bits, scan->idle_clocks);
+		   scan->kind == SIM_SCAN_IR ? "IR" : "DR", scan->bits,
+		   READ_ONCE(scan->idle_clocks));
 	for (bit = 0; bit < scan->bits; bit++)
 		seq_putc(to, '0' + sim_scan_tdi(scan, bit));
 	seq_puts(to, " tdo ");
@@ -103,42 +133,74 @@ static void show_scan(struct seq_file *to, const struct sim_scan *scan)
 	seq_putc(to, '\n');
 }
 
+/* The scan after @scan, or the first where that is null; null at the end. */
+static const struct sim_scan *scan_after(const struct sim_scan *scan, u64 *dropped)
+{
+	unsigned long flags;
+
+	raw_spin_lock_irqsave(&sim_lock, flags);
+	scan = scan ? sim_chain_next_scan(sim_chain, scan) : sim_chain_first_scan(sim_chain);
+	*dropped = sim_chain_dropped_scans(sim_chain);
+	raw_spin_unlock_irqrestore(&sim_lock, flags);
+	return scan;
+}
+
 static void show_scans(struct seq_file *to)
 {
-	const struct sim_scan *scan;
+	const struct sim_scan *scan = NULL;
+	u64 dropped;
 
-	for (scan = sim_chain_first_scan(sim_chain); scan;
-	     scan = sim_chain_next_scan(sim_chain, scan)) {
-		/* The reader will come back with a larger buffer. */
-		if (seq_has_overflowed(to))
-			return;
+	mutex_lock(&scans_lock);
+	/* After an overflow the reader will come back with a larger buffer. */
+	while ((scan = scan_after(scan, &dropped)) && !seq_has_overflowed(to))
 		show_scan(to, scan);
-	}
-	if (sim_chain_dropped_scans(sim_chain))
-		seq_printf(to, "dropped %llu\n", sim_chain_dropped_scans(sim_chain));
+	if (dropped)
+		seq_printf(to, "dropped %llu\n", dropped);
+	mutex_unlock(&scans_lock);
 }
 
 static int clear_scans(const char *text)
 {
-	mutex_lock(&sim_lock);
+	unsigned long flags;
+
+	mutex_lock(&scans_lock);
+	raw_spin_lock_irqsave(&sim_lock, flags);
 	sim_chain_clear_log(sim_chain);
-	mutex_unlock(&sim_lock);
+	raw_spin_unlock_irqrestore(&sim_lock, flags);
+	mutex_unlock(&scans_lock);
 	return 0;
+}
+
+static void copy_of_row(u32 device, u32 row, u32 from, u8 *bytes, u32 count)
+{
+	unsigned long flags;
+
+	raw_spin_lock_irqsave(&sim_lock, flags);
+	memcpy(bytes, sim_chain_row(sim_chain, device, row) + from, count);
+	raw_spin_unlock_irqrestore(&sim_lock, flags);
+}
+
+static void show_row(struct seq_file *to, u32 device, u32 row, u32 size)
+{
+	u8 bytes[64];
+	u32 from, count;
+
+	seq_printf(to, "%u %u ", device, row);
+	for (from = 0; from < size; from += count) {
+		count = min_t(u32, size - from, sizeof(bytes));
+		copy_of_row(device, row, from, bytes, count);
+		seq_printf(to, "%*phN", (int)count, bytes);
+	}
+	seq_putc(to, '\n');
 }
 
 static void show_part(struct seq_file *to, u32 device)
 {
 	const struct sim_device_config *config = sim_chain_device(sim_chain, device);
-	u32 row, i;
+	u32 row;
 
-	for (row = 0; row < config->rows && !seq_has_overflowed(to); row++) {
-		const u8 *bytes = sim_chain_row(sim_chain, device, row);
-
-		seq_printf(to, "%u %u ", device, row);
-		for (i = 0; i < DIV_ROUND_UP(config->row_bits, 8); i++)
-			seq_printf(to, "%02x", bytes[i]);
-		seq_putc(to, '\n');
-	}
+	for (row = 0; row < config->rows && !seq_has_overflowed(to); row++)
+		show_row(to, device, row, DIV_ROUND_UP(config->row_bits, 8));
 }
 
 static void show_memory(struct seq_file *to)
@@ -149,6 +211,17 @@ static void show_memory(struct seq_file *to)
 		show_part(to, device);
 }
 
+static bool find_fault(enum sim_fault_kind kind, struct sim_fault *fault)
+{
+	unsigned long flags;
+	bool found;
+
+	raw_spin_lock_irqsave(&sim_lock, flags);
+	found = sim_chain_fault(sim_chain, kind, fault);
+	raw_spin_unlock_irqrestore(&sim_lock, flags);
+	return found;
+}
+
 static void show_faults(struct seq_file *to)
 {
 	struct sim_fault fault;
@@ -157,7 +230,7 @@ static void show_faults(struct seq_file *to)
 	u32 kind;
 
 	for (kind = 0; kind < SIM_FAULT_KIND_COUNT; kind++) {
-		if (!sim_chain_fault(sim_chain, kind, &fault))
+		if (!find_fault(kind, &fault))
 			continue;
 		sim_fault_format(&fault, text, sizeof(text));
 		seq_printf(to, "%s%s", separator, text);
@@ -168,9 +241,11 @@ static void show_faults(struct seq_file *to)
 
 static int power_cycle(const char *text)
 {
-	mutex_lock(&sim_lock);
+	unsigned long flags;
+
+	raw_spin_lock_irqsave(&sim_lock, flags);
 	sim_chain_power_cycle(sim_chain);
-	mutex_unlock(&sim_lock);
+	raw_spin_unlock_irqrestore(&sim_lock, flags);
 	return 0;
 }
 
@@ -188,9 +263,7 @@ static int show_file(struct seq_file *to, void *unused)
 {
 	const struct sim_file *file = to->private;
 
-	mutex_lock(&sim_lock);
 	file->show(to);
-	mutex_unlock(&sim_lock);
 	return 0;
 }
 

@@ -33,64 +33,44 @@ constexpr TapState kStates[SIM_STATE_COUNT] = {
     {"Update-IR", {SIM_RUN_TEST_IDLE, SIM_SELECT_DR_SCAN}},
 };
 
-bool IsShift(sim_state state) {
-  return state == SIM_SHIFT_DR || state == SIM_SHIFT_IR;
-}
-
 }  // namespace
 
 void sim_chain::PowerCycle() {
   unpowered = false;
   faults[SIM_FAULT_POWER_LOST].set = false;
+  lost_at = 0;
   state = SIM_TEST_LOGIC_RESET;
   reset_due = false;
   tdo = true;
-  shift.length = 0;
+  shift.Clear();
   log.Cut();
   for (sim_u32 i = 0; i < device_count; ++i) {
     devices[i].PowerCycle(idle_clocks);
   }
 }
 
-void sim_chain::Rise() {
-  if (unpowered) {
-    return;
-  }
-  ++rises;
-  if (LosesPowerNow()) {
-    LosePower();
-    return;
-  }
-  ++counters.clocks[state];
-  switch (state) {
-    case SIM_SHIFT_DR:
-    case SIM_SHIFT_IR:
-      Shift();
-      break;
-    case SIM_CAPTURE_DR:
-      CaptureDr();
-      break;
-    case SIM_CAPTURE_IR:
-      CaptureIr();
-      break;
-    case SIM_RUN_TEST_IDLE:
-      if (!tms) {
-        ++idle_clocks;
-        log.Idle();
-      }
-      break;
-    default:
-      break;
-  }
+void sim_chain::Step() {
   const sim_state next = kStates[state].next[tms];
   reset_due |= next == SIM_TEST_LOGIC_RESET && state != SIM_TEST_LOGIC_RESET;
   state = next;
 }
 
-void sim_chain::Fall() {
-  if (unpowered) {
-    return;
+void sim_chain::Idle() {
+  if (!tms) {
+    ++idle_clocks;
+    log.Idle();
   }
+}
+
+void sim_chain::Capture() {
+  if (state == SIM_CAPTURE_DR) {
+    CaptureDr();
+  } else if (state == SIM_CAPTURE_IR) {
+    CaptureIr();
+  }
+}
+
+void sim_chain::Update() {
   if (state == SIM_UPDATE_DR) {
     UpdateDr();
   } else if (state == SIM_UPDATE_IR) {
@@ -98,7 +78,6 @@ void sim_chain::Fall() {
   } else if (reset_due) {
     Reset();
   }
-  tdo = !IsShift(state) || shift.length == 0 || (shift.Get(0) != FlipNow());
 }
 
 void sim_chain::Settle() {
@@ -117,30 +96,81 @@ void sim_chain::ApplyFaults() {
     devices[i].part.dead_row =
         dead_row.set && dead_row.first == i + 1 ? dead_row.second : devices[i].config.rows;
   }
-  fitted = device_count - (missing.set ? 1 : 0);
-  if (unpowered && !faults[SIM_FAULT_POWER_LOST].set) {
+  const sim::Fault &lost = faults[SIM_FAULT_POWER_LOST];
+  lost_at = lost.set ? lost.since + lost.first : 0;
+  Invert(InvertedBits());
+  SetTdoLine(FindTdoLine());
+  if (unpowered && !lost.set) {
     PowerCycle();
   }
 }
 
-bool sim_chain::TdoLevel() const {
-  if (faults[SIM_FAULT_TDO_STUCK_0].set || faults[SIM_FAULT_TDO_STUCK_1].set) {
-    return faults[SIM_FAULT_TDO_STUCK_1].set;
+// A chain without a fitted device is a wire.
+sim::TdoLine sim_chain::FindTdoLine() const {
+  if (faults[SIM_FAULT_TDO_STUCK_0].set) {
+    return sim::TdoLine::kStuckAt0;
   }
-  return fitted == 0 ? tdi : tdo;
+  if (faults[SIM_FAULT_TDO_STUCK_1].set) {
+    return sim::TdoLine::kStuckAt1;
+  }
+  const sim_u32 missing = faults[SIM_FAULT_MISSING].set ? 1 : 0;
+  return device_count == missing ? sim::TdoLine::kBridged : sim::TdoLine::kDriven;
 }
 
-void sim_chain::Shift() {
-  log.Bit(tdi, TdoLevel());
-  shift.Clock(tdi);
-  ++shifted;
+// The log has the levels of the line as it was. What the chain drives stays until TCK falls.
+void sim_chain::SetTdoLine(sim::TdoLine line) {
+  if (line == tdo_line) {
+    return;
+  }
+  EndWindow();
+  tdo_line = line;
+  if (IsInShift() && !tck) {
+    shift.SetFirst(tdo);
+  }
+}
+
+void sim_chain::Invert(sim_u32 bits) {
+  const unsigned passed = shift.at + (IsInShift() && !tck ? 1 : 0);
+  shift.out ^= (bits ^ inverted) & (~static_cast<sim_u64>(0) << passed);
+  inverted = bits;
+}
+
+bool sim_chain::FaultyTdoLevel() const {
+  return tdo_line == sim::TdoLine::kBridged ? tdi : tdo_line == sim::TdoLine::kStuckAt1;
+}
+
+// The window's bits go to the log and to the cells, and another window begins.
+void sim_chain::EndWindow() {
+  log.Add(shifted, shift.at, shift.in, LoggedTdo());
+  shifted += shift.at;
+  shift.Keep();
+  Load();
+}
+
+// What was on the line at the window's rising edges.
+sim_u32 sim_chain::LoggedTdo() const {
+  switch (tdo_line) {
+    case sim::TdoLine::kDriven:
+      return static_cast<sim_u32>(shift.out);
+    case sim::TdoLine::kBridged:
+      return shift.in;
+    default:
+      return tdo_line == sim::TdoLine::kStuckAt1 ? ~0u : 0;
+  }
+}
+
+// Of the window that begins.
+sim_u32 sim_chain::InvertedBits() const {
+  const sim::Fault &flip = faults[SIM_FAULT_FLIP];
+  const bool now = flip.set && shifts_dr && dr_captures - flip.since == flip.first;
+  return now && flip.second - shifted < sim::ShiftRegister::kWindow ? 1u << (flip.second - shifted)
+                                                                    : 0;
 }
 
 // The device nearest TDO has the first cells. A missing device has none until the next Capture: the
 // layout of a scan does not change under way.
 void sim_chain::LayOut(bool ir) {
-  shift.length = 0;
-  shift.head = 0;
+  shift.Clear();
   for (sim_u32 i = device_count; i-- > 0;) {
     Device &device = devices[i];
     const sim_u64 bits = ir ? device.config.ir_bits : device.RegisterBits();
@@ -156,7 +186,7 @@ void sim_chain::CaptureIr() {
       device->CaptureIr(idle_clocks);
     }
   }
-  shifted = 0;
+  BeginScan(false);
   ++counters.ir_scans;
   log.Begin(SIM_SCAN_IR);
 }
@@ -168,28 +198,41 @@ void sim_chain::CaptureDr() {
       device->CaptureDr(idle_clocks);
     }
   }
-  shifted = 0;
   ++dr_captures;
+  BeginScan(true);
   ++counters.dr_scans;
   log.Begin(SIM_SCAN_DR);
 }
 
+void sim_chain::BeginScan(bool dr) {
+  shifted = 0;
+  shifts_dr = dr;
+  Load();
+}
+
+void sim_chain::Load() {
+  inverted = InvertedBits();
+  shift.Load(inverted);
+}
+
 void sim_chain::UpdateIr() {
+  EndWindow();
   for (Device *device = devices; device != devices + device_count; ++device) {
     if (device->cells.count != 0) {
       device->UpdateIr(idle_clocks);
     }
   }
-  log.End();
+  log.End(shifted);
 }
 
 void sim_chain::UpdateDr() {
+  EndWindow();
   for (Device *device = devices; device != devices + device_count; ++device) {
     if (device->cells.count != 0) {
       device->UpdateDr(idle_clocks);
     }
   }
-  log.End();
+  log.End(shifted);
 }
 
 void sim_chain::Reset() {
@@ -197,17 +240,6 @@ void sim_chain::Reset() {
   for (sim_u32 i = 0; i < device_count; ++i) {
     devices[i].Reset(idle_clocks);
   }
-}
-
-bool sim_chain::FlipNow() const {
-  const sim::Fault &flip = faults[SIM_FAULT_FLIP];
-  return flip.set && state == SIM_SHIFT_DR && dr_captures - flip.since == flip.first &&
-         shifted == flip.second;
-}
-
-bool sim_chain::LosesPowerNow() const {
-  const sim::Fault &lost = faults[SIM_FAULT_POWER_LOST];
-  return lost.set && rises - lost.since == lost.first;
 }
 
 void sim_chain::LosePower() {
@@ -229,17 +261,11 @@ void sim_chain_power_cycle(struct sim_chain *chain) {
 }
 
 void sim_chain_write(struct sim_chain *chain, enum sim_line line, int level) {
-  const bool high = level != 0;
-  if (line == SIM_TCK && high != chain->tck) {
-    chain->tck = high;
-    high ? chain->Rise() : chain->Fall();
-  } else if (line == SIM_TMS && high != chain->tms) {
-    chain->tms = high;
-    ++chain->counters.tms_changes;
-  } else if (line == SIM_TDI && high != chain->tdi) {
-    chain->tdi = high;
-    ++chain->counters.tdi_changes;
-  }
+  chain->Write(line, level != 0);
+}
+
+int sim_chain_write_level(struct sim_chain *chain, enum sim_line line, int level) {
+  return chain->WriteLevel(line, level != 0);
 }
 
 int sim_chain_read(const struct sim_chain *chain, enum sim_line line) {
@@ -305,7 +331,7 @@ const struct sim_scan *sim_chain_next_scan(const struct sim_chain *chain,
 }
 
 sim_u64 sim_chain_dropped_scans(const struct sim_chain *chain) {
-  return chain->log.dropped;
+  return chain->DroppedScans();
 }
 
 void sim_chain_clear_log(struct sim_chain *chain) {

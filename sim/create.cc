@@ -126,13 +126,13 @@ struct sim_chain *sim_chain_create(void *memory, const struct sim_config *config
   Layout layout(memory);
   sim_chain *chain = Place(layout, *config);
   chain->device_count = config->device_count;
-  chain->fitted = config->device_count;
   for (sim_u32 i = 0; i < config->device_count; ++i) {
     Fill(chain->devices[i], config->devices[i]);
   }
   chain->log.Clear();
   chain->tms = true;
   chain->tdi = true;
+  chain->ApplyFaults();
   chain->PowerCycle();
   return chain;
 }

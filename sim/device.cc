@@ -233,14 +233,16 @@ void Part::ProgramLatchedRow() {
     return;
   }
   sim_u8 *row = RowMemory(latched_row);
-  for (sim_u64 bit = 0; bit < config->row_bits; ++bit) {
-    const bool wanted = GetBit(latch, bit);
-    if (!wanted) {
-      PutBit(row, bit, false);
-    } else if (!GetBit(row, bit)) {
-      failed = true;
-    }
+  for (sim_u64 i = 0; i < RowBytes(); ++i) {
+    failed |= (latch[i] & ~row[i]) != 0;
+    row[i] &= static_cast<sim_u8>(latch[i] | UnusedBits(i));
   }
+}
+
+// Those of a byte of a row that are past its bits. The latch has zeros there.
+unsigned Part::UnusedBits(sim_u64 byte) const {
+  const sim_u64 bits = config->row_bits - 8 * byte;
+  return bits < 8 ? 0xffu << bits & 0xffu : 0;
 }
 
 void Part::Enable() {
@@ -254,16 +256,15 @@ void Part::Enable() {
 }
 
 void Part::LatchRow(const Cells &cells) {
-  for (sim_u64 bit = 0; bit < config->row_bits; ++bit) {
-    PutBit(latch, bit, cells.Get(bit));
-  }
+  cells.CopyTo(latch);
   latched_row = address++;
 }
 
 void Part::CaptureRow(const Cells &cells) const {
-  const bool inside = address < config->rows;
-  for (sim_u64 bit = 0; bit < config->row_bits; ++bit) {
-    cells.Put(bit, !inside || GetBit(RowMemory(address), bit));
+  if (address < config->rows) {
+    cells.CopyFrom(RowMemory(address));
+  } else {
+    cells.Fill([](sim_u64, unsigned bits) { return Ones(bits); });
   }
 }
 

@@ -70,6 +70,7 @@ struct Part {
   void Begin(Operation what, sim_u32 clocks, sim_u64 now);
   void Finish();
   void ProgramLatchedRow();
+  unsigned UnusedBits(sim_u64 byte) const;
   void Garble(sim_u32 row, sim_u64 seed);
   void Enable();
   void LatchRow(const Cells &cells);

@@ -9,6 +9,15 @@ sim_u8 *Pairs(sim_scan *scan) {
   return reinterpret_cast<sim_u8 *>(scan + 1);
 }
 
+// The low 16 bits with a zero above each.
+sim_u32 SpreadOut(sim_u32 bits) {
+  bits &= 0xffff;
+  bits = (bits | bits << 8) & 0x00ff00ff;
+  bits = (bits | bits << 4) & 0x0f0f0f0f;
+  bits = (bits | bits << 2) & 0x33333333;
+  return (bits | bits << 1) & 0x55555555;
+}
+
 int PairBit(const sim_scan *scan, sim_u32 bit, unsigned which) {
   if (bit >= scan->bits) {
     return 0;
@@ -46,25 +55,26 @@ void Log::Begin(sim_scan_kind kind) {
   *open = sim_scan{static_cast<sim_u32>(kind), number, 0, 0};
 }
 
-void Log::Bit(bool tdi, bool tdo) {
+void Log::Add(sim_u64 first, unsigned count, sim_u32 tdi, sim_u32 tdo) {
+  if (!HasRoomFor(first + count)) {
+    Drop();
+  }
   if (open == nullptr) {
     return;
   }
-  const sim_u32 slot = open->bits % kPairsPerByte;
-  sim_u8 *byte = Pairs(open) + open->bits / kPairsPerByte;
-  if (byte == memory + capacity) {
-    Drop();
-    return;
+  constexpr unsigned kPairsAtOnce = 16;
+  for (unsigned i = 0; i < count; i += kPairsAtOnce) {
+    const unsigned pairs = count - i < kPairsAtOnce ? count - i : kPairsAtOnce;
+    PutBits(Pairs(open), 2 * (first + i), 2 * pairs,
+            SpreadOut(tdi >> i) | SpreadOut(tdo >> i) << 1);
   }
-  const unsigned pair = (tdi ? 1u : 0u) | (tdo ? 2u : 0u);
-  *byte = static_cast<sim_u8>((slot == 0 ? 0 : *byte) | pair << slot * 2);
-  ++open->bits;
 }
 
-void Log::End() {
+void Log::End(sim_u64 bits) {
   if (open == nullptr) {
     return;
   }
+  open->bits = static_cast<sim_u32>(bits);
   used += RecordBytes(open);
   newest = open;
   open = nullptr;

@@ -5,7 +5,7 @@
 #ifndef SIM_LOG_H
 #define SIM_LOG_H
 
-#include "sim.h"
+#include "shift_register.h"
 
 namespace sim {
 
@@ -20,10 +20,16 @@ struct Log {
 
   void Clear();
 
-  // Capture, each bit shifted, Update, and each clock in Run-Test/Idle.
+  // Capture, `count` bits shifted after `first` earlier ones (the first as the lowest of a number),
+  // Update after so many bits, and each clock in Run-Test/Idle.
   void Begin(sim_scan_kind kind);
-  void Bit(bool tdi, bool tdo);
-  void End();
+  void Add(sim_u64 first, unsigned count, sim_u32 tdi, sim_u32 tdo);
+  void End(sim_u64 bits);
+
+  // Whether the scan under way may have so many bits; true where there is none.
+  bool HasRoomFor(sim_u64 bits) const {
+    return open == nullptr || bits <= Room();
+  }
 
   // The scan under way, if any, is not logged and counts as dropped.
   void Cut();
@@ -39,6 +45,11 @@ struct Log {
   const sim_scan *Next(const sim_scan *scan) const;
 
  private:
+  static constexpr unsigned kPairsPerByte = 4;
+
+  sim_u64 Room() const {
+    return (capacity - used - sizeof(sim_scan)) * kPairsPerByte;
+  }
   const sim_scan *At(sim_u64 offset) const;
   void Drop();
 };

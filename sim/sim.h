@@ -148,6 +148,11 @@ void sim_chain_power_cycle(struct sim_chain *chain);
  * effect; SIM_TDO is ignored. */
 void sim_chain_write(struct sim_chain *chain, enum sim_line line, int level);
 
+/* The same where no more comes of it than other levels and counts of changes: then returns 1, else
+ * does nothing and returns 0. It is safe, as is sim_chain_read(), beside any other function of the
+ * chain on another processor; a caller with a lock needs it for the rest only. */
+int sim_chain_write_level(struct sim_chain *chain, enum sim_line line, int level);
+
 /* The level of a line, 0 or 1: what was driven, or for SIM_TDO what the chain puts out. */
 int sim_chain_read(const struct sim_chain *chain, enum sim_line line);
 
