@@ -28,22 +28,33 @@ static bool skip_same_level = true;
 module_param(skip_same_level, bool, 0644);
 MODULE_PARM_DESC(skip_same_level, "do not drive TMS and TDI to the level that they have already");
 
-#define UNKNOWN_LEVEL (-1)
+/* How gpiolib is asked for a line: in the way that costs least. */
+enum way {
+	RAW,	  /* the pin has the line's level, and its chip does not sleep */
+	BY_FLAGS, /* the line has flags by which gpiolib makes the pin's level of its own, or none
+		   */
+	SLEEPING, /* its chip may sleep */
+};
+
+#define UNKNOWN_LEVEL 2
 
 /* One line, which a driver calls by the number of its signal. */
 static struct line {
-	const char *label;
 	struct gpio_desc *desc;
-	char place[64]; /* for people: the GPIO number of the parameters, or CHIP:OFFSET */
-	bool sleeps;	/* its chip may */
-	bool skips;	/* what would drive it to @level again */
-	int level;	/* that was driven last */
-} lines[] = {
-	[CPLDJTAG_TCK] = {.label = "jtag-tck"},
-	[CPLDJTAG_TMS] = {.label = "jtag-tms"},
-	[CPLDJTAG_TDI] = {.label = "jtag-tdi"},
-	[CPLDJTAG_TDO] = {.label = "jtag-tdo"},
+	u8 way;
+	u8 level;   /* that was driven last; with UNKNOWN_LEVEL in it, it is none that can be */
+	u8 forgets; /* UNKNOWN_LEVEL where a level that is driven already is driven again, else 0 */
+} lines[CPLDJTAG_SIGNALS];
+
+static const char *const labels[] = {
+	[CPLDJTAG_TCK] = "jtag-tck",
+	[CPLDJTAG_TMS] = "jtag-tms",
+	[CPLDJTAG_TDI] = "jtag-tdi",
+	[CPLDJTAG_TDO] = "jtag-tdo",
 };
+
+/* For people: the GPIO number of the parameters, or CHIP:OFFSET. */
+static char places[CPLDJTAG_SIGNALS][64];
 
 struct cpldjtag_pins cpldjtag_pins = {
 	.tck = CPLDJTAG_TCK,
@@ -75,15 +86,19 @@ static void release_lines(size_t count)
 	}
 }
 
+static unsigned int offset_of(const struct gpio_desc *desc)
+{
+	return desc_to_gpio(desc) - gpiod_to_chip(desc)->base;
+}
+
 static int request_number(enum cpldjtag_signal signal)
 {
-	struct line *line = &lines[signal];
 	u32 number;
 	int error;
 
-	error = cpldjtag_number_request(signal, line->label, &number, &line->desc);
+	error = cpldjtag_number_request(signal, labels[signal], &number, &lines[signal].desc);
 	if (!error)
-		snprintf(line->place, sizeof(line->place), "%u", number);
+		snprintf(places[signal], sizeof(places[signal]), "%u", number);
 	return error;
 }
 
@@ -150,9 +165,7 @@ static int set_direction(struct device *dev, enum cpldjtag_signal signal, struct
 
 static int request_line_of(struct device *dev, enum cpldjtag_signal signal)
 {
-	struct line *line = &lines[signal];
 	struct gpio_desc *desc;
-	struct gpio_chip *chip;
 	int error;
 
 	error = find_line_of(dev, signal, &desc);
@@ -163,12 +176,26 @@ static int request_line_of(struct device *dev, enum cpldjtag_signal signal)
 		gpiod_put(desc);
 		return error;
 	}
-	gpiod_set_consumer_name(desc, line->label);
-	chip = gpiod_to_chip(desc);
-	snprintf(line->place, sizeof(line->place), "%s:%d", chip->label,
-		 desc_to_gpio(desc) - chip->base);
-	line->desc = desc;
+	gpiod_set_consumer_name(desc, labels[signal]);
+	snprintf(places[signal], sizeof(places[signal]), "%s:%u", gpiod_to_chip(desc)->label,
+		 offset_of(desc));
+	lines[signal].desc = desc;
 	return 0;
+}
+
+/* The device tree may say that a line is open-drain, which gpiolib makes up where the chip cannot.
+ */
+static enum way way_to(struct gpio_desc *desc)
+{
+	struct gpio_chip *chip = gpiod_to_chip(desc);
+	const unsigned int offset = offset_of(desc);
+
+	if (gpiod_cansleep(desc))
+		return SLEEPING;
+	if (gpiod_is_active_low(desc) || gpiochip_line_is_open_drain(chip, offset) ||
+	    gpiochip_line_is_open_source(chip, offset))
+		return BY_FLAGS;
+	return RAW;
 }
 
 int cpldjtag_pins_request(struct device *dev)
@@ -183,7 +210,7 @@ int cpldjtag_pins_request(struct device *dev)
 			release_lines(signal);
 			return error;
 		}
-		lines[signal].sleeps = gpiod_cansleep(lines[signal].desc);
+		lines[signal].way = way_to(lines[signal].desc);
 	}
 	return 0;
 }
@@ -195,18 +222,16 @@ void cpldjtag_pins_release(void)
 
 ssize_t cpldjtag_pins_show(char *page)
 {
-	return sysfs_emit(page, "tck=%s tms=%s tdi=%s tdo=%s\n", lines[CPLDJTAG_TCK].place,
-			  lines[CPLDJTAG_TMS].place, lines[CPLDJTAG_TDI].place,
-			  lines[CPLDJTAG_TDO].place);
+	return sysfs_emit(page, "tck=%s tms=%s tdi=%s tdo=%s\n", places[CPLDJTAG_TCK],
+			  places[CPLDJTAG_TMS], places[CPLDJTAG_TDI], places[CPLDJTAG_TDO]);
 }
 
-/* A clock is every edge of TCK, so that one is never skipped. */
 static void forget_levels(void)
 {
 	enum cpldjtag_signal signal;
 
 	for (signal = 0; signal < CPLDJTAG_SIGNALS; signal++) {
-		lines[signal].skips = READ_ONCE(skip_same_level) && signal != CPLDJTAG_TCK;
+		lines[signal].forgets = READ_ONCE(skip_same_level) ? 0 : UNKNOWN_LEVEL;
 		lines[signal].level = UNKNOWN_LEVEL;
 	}
 }
@@ -267,25 +292,24 @@ static int fail(int error)
 	return error;
 }
 
-static bool stand_still(void)
+/* Whether no line moves any more. */
+static __always_inline bool is_still(void)
 {
+	if (likely(!READ_ONCE(stop)))
+		return false;
 	if (progress.reads >= IDCODE_READS)
 		stands_still = true;
 	return stands_still;
 }
 
-/*
- * Not the raw level: the device tree may say that a line is open-drain. Sleeping chips are fine, a
- * download may sleep.
- */
-static int set_value(const struct line *line, int level)
+static __always_inline int set_by_flags(const struct line *line, int level)
 {
 #if LINUX_VERSION_CODE >= KERNEL_VERSION(6, 15, 0)
-	return line->sleeps ? gpiod_set_value_cansleep(line->desc, level)
-			    : gpiod_set_value(line->desc, level);
+	return line->way == SLEEPING ? gpiod_set_value_cansleep(line->desc, level)
+				     : gpiod_set_value(line->desc, level);
 #else
 	/* Setting a line could not fail. */
-	if (line->sleeps)
+	if (line->way == SLEEPING)
 		gpiod_set_value_cansleep(line->desc, level);
 	else
 		gpiod_set_value(line->desc, level);
@@ -293,45 +317,80 @@ static int set_value(const struct line *line, int level)
 #endif
 }
 
-static int drive(u32 signal, int level)
+static __always_inline int set_value(const struct line *line, int level)
+{
+	if (unlikely(line->way != RAW))
+		return set_by_flags(line, level);
+#if LINUX_VERSION_CODE >= KERNEL_VERSION(6, 15, 0)
+	return gpiod_set_raw_value(line->desc, level);
+#else
+	gpiod_set_raw_value(line->desc, level);
+	return 0;
+#endif
+}
+
+/* TCK is never skipped: a clock is each of its edges. */
+static __always_inline int drive_clock(int level)
+{
+	int error;
+
+	if (is_still())
+		return 0;
+	error = set_value(&lines[CPLDJTAG_TCK], level);
+	if (unlikely(error))
+		fail(error);
+	if (level)
+		WRITE_ONCE(progress.clocks, progress.clocks + 1);
+	return error;
+}
+
+static __always_inline int drive_data(u32 signal, int level)
 {
 	struct line *line;
 	int error;
 
 	if (unlikely(signal >= CPLDJTAG_SIGNALS))
 		return fail(-EINVAL);
-	if (unlikely(READ_ONCE(stop)) && stand_still())
-		return 0;
 	line = &lines[signal];
-	if (line->skips && line->level == level)
+	if (is_still() || line->level == level)
 		return 0;
+	line->level = level | line->forgets;
 	error = set_value(line, level);
-	line->level = error ? UNKNOWN_LEVEL : level;
-	return error ? fail(error) : 0;
+	if (unlikely(error)) {
+		line->level = UNKNOWN_LEVEL;
+		return fail(error);
+	}
+	return 0;
 }
 
-static int drive_high(u32 signal)
+/* A download is one long loop of clocks: others are let run between them. */
+static __always_inline void look_up(void)
 {
-	int error = drive(signal, 1);
-
-	if (signal == CPLDJTAG_TCK && !stands_still)
-		WRITE_ONCE(progress.clocks, progress.clocks + 1);
-	return error;
-}
-
-static int drive_low(u32 signal)
-{
-	/* A download is one long loop of these calls: let others run between them. */
 	if (need_resched())
 		cond_resched();
 	if (unlikely(fatal_signal_pending(current)))
 		cpldjtag_pins_stop(-EINTR);
-	return drive(signal, 0);
 }
 
-static int get_value(const struct line *line)
+static int drive_high(u32 signal)
 {
-	return line->sleeps ? gpiod_get_value_cansleep(line->desc) : gpiod_get_value(line->desc);
+	return signal == CPLDJTAG_TCK ? drive_clock(1) : drive_data(signal, 1);
+}
+
+static int drive_low(u32 signal)
+{
+	if (signal != CPLDJTAG_TCK)
+		return drive_data(signal, 0);
+	look_up();
+	return drive_clock(0);
+}
+
+static __always_inline int get_value(const struct line *line)
+{
+	if (likely(line->way == RAW))
+		return gpiod_get_raw_value(line->desc);
+	return line->way == SLEEPING ? gpiod_get_value_cansleep(line->desc)
+				     : gpiod_get_value(line->desc);
 }
 
 static int read_line(u32 signal)
@@ -349,7 +408,7 @@ static int read_level(u32 signal)
 {
 	int level;
 
-	if (unlikely(READ_ONCE(stop)) && stand_still())
+	if (is_still())
 		return NEITHER_LEVEL;
 	level = read_line(signal);
 	WRITE_ONCE(progress.read_clock, progress.clocks);

@@ -22,6 +22,8 @@ int gpiod_get_value_cansleep(const struct gpio_desc *desc);
 #define gpiod_cansleep(desc) ((void)(desc), 1)
 #define gpiod_set_value gpiod_set_value_cansleep
 #define gpiod_get_value gpiod_get_value_cansleep
+#define gpiod_set_raw_value gpiod_set_value_cansleep
+#define gpiod_get_raw_value gpiod_get_value_cansleep
 #define PTR_ERR_OR_ZERO(pointer) ((pointer) ? 0 : -ENOENT)
 #define gpiod_is_active_low(desc) ((void)(desc), 0)
 #define gpiod_set_consumer_name(desc, name) ((void)(desc), (void)(name))

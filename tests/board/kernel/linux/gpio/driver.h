@@ -10,3 +10,6 @@ struct gpio_chip {
 
 struct gpio_chip *gpiod_to_chip(const struct gpio_desc *desc);
 int desc_to_gpio(const struct gpio_desc *desc);
+
+#define gpiochip_line_is_open_drain(chip, offset) ((void)(chip), (void)(offset), 0)
+#define gpiochip_line_is_open_source gpiochip_line_is_open_drain
