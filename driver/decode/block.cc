@@ -35,23 +35,29 @@ static u8 *copy_raw(u64 count) {
   return block;
 }
 
+static s64 bounded(s64 count, s64 limit) {
+  return count < limit ? count : limit;
+}
+
 u8 *Quorlan_BytesDecode(s64 count) {
   u8 *block = alloc_decoded(count);
   if (!block)
     return nullptr;
 
-  const u8 escape = static_cast<u8>(fgetc());
-  s64 pending = 0;
-  for (s64 i = 0; i < count; i++) {
-    if (pending > 0) {
-      block[i] = escape;
-      pending--;
+  struct image_reader image = m7_open_image();
+  const u32 escape = m7_next_byte(&image);
+  for (s64 i = 0; i < count;) {
+    const u32 byte = m7_next_byte(&image);
+    block[i++] = static_cast<u8>(byte);
+    if (byte != escape)
       continue;
+    const s64 repeats = bounded(static_cast<s64>(m7_next_number(&image)), count - i);
+    if (repeats > 0) {
+      memset(block + i, static_cast<s32>(escape), static_cast<size_t>(repeats));
+      i += repeats;
     }
-    block[i] = static_cast<u8>(fgetc());
-    if (block[i] == escape)
-      pending = Quorlan_NumberDecode();
   }
+  m7_close_image(&image);
   return block;
 }
 
@@ -59,8 +65,12 @@ u8 *Quorlan_BytesDecode(s64 count) {
 static u8 *read_pattern(s64 m) {
   const s64 size = (m + 1) / 2;
   u8 *pattern = m7_alloc_zeroed_bytes(static_cast<u64>(size + 1));
-  for (s64 i = 0; pattern && i < size; i++)
-    pattern[i] = static_cast<u8>(fgetc());
+  if (!pattern || size < 1)
+    return pattern;
+  struct image_reader image = m7_open_image();
+  for (s64 i = 0; i < size; i++)
+    pattern[i] = static_cast<u8>(m7_next_byte(&image));
+  m7_close_image(&image);
   return pattern;
 }
 
@@ -72,9 +82,17 @@ static void double_pattern(u8 *pattern, s64 m) {
     pattern[k] = static_cast<u8>(pattern[k - size] << 4 | pattern[k - size + 1] >> 4);
 }
 
+// Fills the block with a pattern of `size` bytes, whole and `times` times: what is there already is
+// copied, so each copy is twice as long as the one before.
 static void repeat(u8 *block, const u8 *pattern, s64 size, s64 times) {
-  for (s64 r = 0; r < times; r++)
-    memcpy(block + r * size, pattern, static_cast<size_t>(size));
+  if (times < 1)
+    return;
+  memcpy(block, pattern, static_cast<size_t>(size));
+  for (s64 filled = size; filled < size * times;) {
+    const s64 more = bounded(filled, size * times - filled);
+    memcpy(block + filled, block, static_cast<size_t>(more));
+    filled += more;
+  }
 }
 
 u8 *Quorlan_NibbleDecode(s64 count) {
@@ -109,24 +127,31 @@ u8 *Quorlan_NibbleDecode(s64 count) {
   return block;
 }
 
+// Bits of the image, the next one highest. Below the `count` bits are zeros.
 struct bit_reader {
-  u32 byte;
-  u32 used;  // bits of it
+  u64 bits;
+  u32 count;
 };
 
-static u32 read_bit(struct bit_reader *bits) {
-  if (bits->used >= 8) {
-    bits->byte = fgetc();
-    bits->used = 0;
-  }
-  return bits->byte >> (7 - bits->used++) & 1;
+#define BIT_READER_FULL 56  // from here on no other byte fits, with a 0 below
+#define LITERAL_BITS 9
+
+static inline void read_bits(struct bit_reader *reader, struct image_reader *image) {
+  reader->count += 8;
+  reader->bits |= static_cast<u64>(m7_next_byte(image)) << (64 - reader->count);
 }
 
-static u8 read_literal(struct bit_reader *bits) {
-  u32 literal = 0;
-  for (u32 i = 0; i < 8; i++)
-    literal = literal << 1 | read_bit(bits);
-  return static_cast<u8>(literal);
+static inline u32 leading_zeros(const struct bit_reader *reader) {
+  const u32 zeros = static_cast<u32>(__builtin_clzll(reader->bits | 1));
+  return zeros < reader->count ? zeros : reader->count;
+}
+
+// 1 to 63 bits, of those that were read.
+static inline u64 next_bits(struct bit_reader *reader, u32 count) {
+  const u64 taken = reader->bits >> (64 - count);
+  reader->bits <<= count;
+  reader->count -= count;
+  return taken;
 }
 
 u8 *Quorlan_HuffmanDecode(s64 count) {
@@ -134,10 +159,26 @@ u8 *Quorlan_HuffmanDecode(s64 count) {
   if (!block)
     return nullptr;
 
-  const u8 symbol = static_cast<u8>(fgetc());
-  struct bit_reader bits = {0, 8};
-  for (s64 i = 0; i < count; i++)
-    block[i] = read_bit(&bits) ? read_literal(&bits) : symbol;
+  struct image_reader image = m7_open_image();
+  struct bit_reader reader = {0, 0};
+  const u32 symbol = m7_next_byte(&image);
+  for (s64 i = 0; i < count;) {
+    // Every byte that is left to decode takes a bit at least: nothing is read that is not used.
+    while (reader.count < BIT_READER_FULL && reader.count < count - i)
+      read_bits(&reader, &image);
+    const u32 symbols = static_cast<u32>(bounded(leading_zeros(&reader), count - i));
+    if (symbols > 0) {
+      memset(block + i, static_cast<s32>(symbol), symbols);
+      next_bits(&reader, symbols);
+      i += symbols;
+    }
+    if (i == count || reader.count == 0)
+      continue;
+    while (reader.count < LITERAL_BITS)
+      read_bits(&reader, &image);
+    block[i++] = static_cast<u8>(next_bits(&reader, LITERAL_BITS));
+  }
+  m7_close_image(&image);
   return block;
 }
 
@@ -152,9 +193,17 @@ u32 Quorlan_ReadTvbByte(void) {
   return m7_read_past_end(0) ? ~0u : byte;
 }
 
+static void write_string(const u8 *bytes, s64 count) {
+  const s64 written = bounded(count, g_write_limit - g_iWriteCount);
+  if (written < 1)
+    return;
+  memcpy(g_pWriteBuffer + g_iWriteCount, bytes, static_cast<size_t>(written));
+  g_iWriteCount += written;
+}
+
 void Quorlan_WriteBufferByte(u32 byte) {
-  if (g_iWriteCount < g_write_limit)
-    g_pWriteBuffer[g_iWriteCount++] = static_cast<u8>(byte);
+  const u8 low = static_cast<u8>(byte);
+  write_string(&low, 1);
 }
 
 u8 *Quorlan_LzwDecode(s64 count) {
@@ -164,7 +213,7 @@ u8 *Quorlan_LzwDecode(s64 count) {
 
   g_iWriteCount = 0;
   g_write_limit = count + 1;
-  lzw_decompress(Quorlan_WriteBufferByte, Quorlan_ReadTvbByte);
+  m7_lzw_decompress(write_string, Quorlan_ReadTvbByte);
   g_write_limit = WRITE_LIMIT_NONE;
   return g_pWriteBuffer;
 }

@@ -8,18 +8,18 @@ extern "C" {
 #define CODE_CLEAR 256
 #define CODE_FIRST 257  // the first string
 #define NO_BYTE (~0u)
-#define NO_PREFIX (-1)
 #define PARAMETER_BITS 0x03u
 #define PARAMETER_INVALID 0xFCu
 
 // Entry i describes code 256 + i.
 struct lzw {
-  void (*write_byte)(u32);
+  void (*write_string)(const u8 *bytes, s64 count);
+  void (*write_byte)(u32);  // where there is no write_string
   u32 (*read_byte)(void);
 
   s32 codes;    // size of the dictionary, the bytes included
   s32 entries;  // size of each table
-  u8 *stack;    // a string while its chain is walked, last byte first
+  u8 *stack;    // a string, which is walked from its last byte on and ends where this ends
   s16 *prefix;  // code of the string without its last byte
   u8 *suffix;   // last byte
 
@@ -64,18 +64,10 @@ static s32 take_bits(struct lzw *lzw, s32 width) {
   return value;
 }
 
-static s32 code_width(s32 next) {
-  if (next < 512)
-    return 8;
-  if (next < 1024)
-    return 9;
-  return next < 2048 ? 10 : 11;
-}
-
 // Reads a code in truncated binary: 0 to next, the lower ones one bit shorter. Returns -1 when the
 // input ends.
 static s32 read_code(struct lzw *lzw) {
-  const s32 width = code_width(lzw->next);
+  const s32 width = 31 - __builtin_clz(static_cast<u32>(lzw->next));
   const s32 threshold = (2 << width) - lzw->next - 1;
   while (lzw->bit_count < width)
     if (!read_more(lzw))
@@ -89,27 +81,35 @@ static s32 read_code(struct lzw *lzw) {
   return 2 * x - threshold + take_bits(lzw, 1);
 }
 
-// Writes the string of `code`. Returns its first byte.
-static u8 write_string(struct lzw *lzw, s32 code) {
-  s32 depth = 0;
-  while (code >= CODE_CLEAR && depth < lzw->entries - 1) {
-    lzw->stack[depth++] = lzw->suffix[code - CODE_CLEAR];
+static void write(const struct lzw *lzw, const u8 *bytes, s32 count) {
+  if (lzw->write_string) {
+    lzw->write_string(bytes, count);
+    return;
+  }
+  for (s32 i = 0; i < count; i++)
+    lzw->write_byte(bytes[i]);
+}
+
+// Puts the string of `code` before index `end` of the stack. Returns the index of its first byte.
+static s32 stack_string(struct lzw *lzw, s32 code, s32 end) {
+  s32 i = end - 1;
+  for (; code >= CODE_CLEAR && i > 0; i--) {
+    lzw->stack[i] = lzw->suffix[code - CODE_CLEAR];
     code = lzw->prefix[code - CODE_CLEAR];
   }
-  if (code != NO_PREFIX)
-    lzw->stack[depth++] = static_cast<u8>(code);
-
-  const u8 first = lzw->stack[depth - 1];
-  while (depth > 0)
-    lzw->write_byte(lzw->stack[--depth]);
-  return first;
+  lzw->stack[i] = static_cast<u8>(code);
+  return i;
 }
 
 static void write_and_define(struct lzw *lzw, s32 code, s32 previous) {
+  const s32 end = lzw->entries;
   const bool defines_itself = code == lzw->next - 1;
-  const u8 first = write_string(lzw, defines_itself ? previous : code);
+  const s32 start =
+      defines_itself ? stack_string(lzw, previous, end - 1) : stack_string(lzw, code, end);
+  const u8 first = lzw->stack[start];
   if (defines_itself)
-    lzw->write_byte(first);
+    lzw->stack[end - 1] = first;
+  write(lzw, lzw->stack + start, end - start);
 
   const s32 entry = lzw->next - CODE_FIRST;
   lzw->suffix[entry] = first;
@@ -129,7 +129,8 @@ static s32 decode(struct lzw *lzw) {
     if (code == CODE_CLEAR) {
       lzw->next = CODE_FIRST;
     } else if (previous == CODE_CLEAR) {
-      lzw->write_byte(static_cast<u32>(code));
+      const u8 byte = static_cast<u8>(code);
+      write(lzw, &byte, 1);
       lzw->next++;
     } else {
       write_and_define(lzw, code, previous);
@@ -137,23 +138,35 @@ static s32 decode(struct lzw *lzw) {
   }
 }
 
-s32 lzw_decompress(void (*write_byte)(u32), u32 (*read_byte)(void)) {
-  const u32 parameter = read_byte();
+// `lzw` has the functions that write and read.
+static s32 decompress(struct lzw *lzw) {
+  const u32 parameter = lzw->read_byte();
   if (parameter == NO_BYTE || parameter & PARAMETER_INVALID)
     return 1;
 
+  lzw->codes = 512 << (parameter & PARAMETER_BITS);
+  lzw->entries = lzw->codes - 256;
+  lzw->next = CODE_FIRST;
+  lzw->previous = CODE_CLEAR;
+  if (!alloc_tables(lzw))
+    return 1;
+
+  const s32 rc = decode(lzw);
+  free_tables(lzw);
+  return rc;
+}
+
+s32 lzw_decompress(void (*write_byte)(u32), u32 (*read_byte)(void)) {
   struct lzw lzw = {};
   lzw.write_byte = write_byte;
   lzw.read_byte = read_byte;
-  lzw.codes = 512 << (parameter & PARAMETER_BITS);
-  lzw.entries = lzw.codes - 256;
-  lzw.next = CODE_FIRST;
-  lzw.previous = CODE_CLEAR;
-  if (!alloc_tables(&lzw))
-    return 1;
+  return decompress(&lzw);
+}
 
-  const s32 rc = decode(&lzw);
-  free_tables(&lzw);
-  return rc;
+s32 m7_lzw_decompress(void (*write_string)(const u8 *bytes, s64 count), u32 (*read_byte)(void)) {
+  struct lzw lzw = {};
+  lzw.write_string = write_string;
+  lzw.read_byte = read_byte;
+  return decompress(&lzw);
 }
 }

@@ -18,4 +18,7 @@ extern "C" {
 // Returns 0 when the end code was read, 1 for a bad parameter byte, a failed read, or when out
 // of memory.
 s32 lzw_decompress(void (*write_byte)(u32), u32 (*read_byte)(void));
+
+// The same, but `write_string` takes a whole string, the decoded bytes of one code.
+s32 m7_lzw_decompress(void (*write_string)(const u8 *bytes, s64 count), u32 (*read_byte)(void));
 }

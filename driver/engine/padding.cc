@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "engine/padding.h"
 
+#include "engine/characters.h"
 #include "engine/run_flag.h"
-#include "engine/vector.h"
-#include "util/bit_string.h"
 #include "util/memory.h"
 
 extern "C" {
@@ -21,14 +20,6 @@ static u8 **const g_padding_vectors[] = {&g_tdr_vector, &g_tir_vector, &g_hdr_ve
 s32 m7_padding_index(signed char opcode) {
   const s32 index = opcode - OPCODE_FIRST;
   return index >= 0 && index <= 3 ? index : -1;
-}
-
-static void fill_vector(u8 *vector, u32 bits, const u8 *data) {
-  for (u32 d = 0; d < bits; d++) {
-    const bool one = data && m7_register_bit(data, d);
-    vector[d] = one ? CHARACTER_TMS_0 + CHARACTER_ADD_TDI : CHARACTER_TMS_0;
-  }
-  vector[bits] = 0;
 }
 
 void Quorlan_GenHeadAndTrailerVec(signed char opcode, s32 bits, const u8 *data) {
@@ -49,7 +40,9 @@ void Quorlan_GenHeadAndTrailerVec(signed char opcode, s32 bits, const u8 *data) 
     return;
   }
 
-  fill_vector(built, static_cast<u32>(bits), data);
+  const struct registers registers = {data, nullptr};
+  m7_put_characters(built, &registers, 0, static_cast<u32>(bits));
+  built[bits] = 0;
   if (index <= INDEX_TIR)
     built[bits - 1] |= CHARACTER_ADD_TMS;
   *vector = built;

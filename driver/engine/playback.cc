@@ -31,8 +31,11 @@ static inline u32 level(u8 character, u32 bit) {
   return character >> bit & 1;
 }
 
+// The parts of a period are inlined by force: a call costs as much as they do.
+#define INLINE [[gnu::always_inline]] static inline
+
 // Returns false for a failed comparison.
-static inline bool read_tdo(struct play *play, u8 character) {
+INLINE bool read_tdo(struct play *play, u8 character) {
   const u8 value = static_cast<u8>(play->lines.read(play->lines.tdo));
   if (!play->capture)
     return value == level(character, VECTOR_EXPECTED);
@@ -41,7 +44,7 @@ static inline bool read_tdo(struct play *play, u8 character) {
   return true;
 }
 
-static inline bool play_period(struct play *play, u32 i, bool in_range, bool drives_tms) {
+INLINE bool play_period(struct play *play, u32 i, bool in_range, bool drives_tms) {
   const struct jtag_lines *lines = &play->lines;
   const u8 character = play->vector[i];
   m7_drive(lines, lines->tck, level(character, VECTOR_TCK_FIRST));
@@ -58,23 +61,19 @@ static inline bool play_period(struct play *play, u32 i, bool in_range, bool dri
   return true;
 }
 
-// Both play from index `i` up to `to` and return where they have stopped: by the rules for any
-// index, and between the edges of the data range, where TDI is driven and TMS is not.
-static u32 play_edge(struct play *play, u32 i, u32 to) {
+// Plays from index `i` up to `to`. Returns where it has stopped.
+INLINE u32 play_span(struct play *play, u32 i, u32 to, bool in_range, bool drives_tms) {
   for (; i < to && g_status == 1; i++) {
-    const bool in_range = play->start <= i && i < play->end;
-    if (!play_period(play, i, in_range, i <= play->start || i >= play->end - 1))
+    if (!play_period(play, i, in_range, drives_tms))
       break;
   }
   return i;
 }
 
-static u32 play_middle(struct play *play, u32 i, u32 to) {
-  struct play own = *play;  // in registers, where no call can change it
-  for (; i < to && g_status == 1; i++) {
-    if (!play_period(&own, i, true, false))
-      break;
-  }
+// By itself, for a long scan needs all registers.
+[[gnu::noinline]] static u32 play_middle(struct play *play, u32 i, u32 to) {
+  struct play own = *play;  // where no call can change it
+  i = play_span(&own, i, to, true, false);
   play->count = own.count;
   return i;
 }
@@ -85,12 +84,19 @@ static u32 smaller(u32 a, u32 b) {
 
 // Returns whether the whole vector was played.
 static bool play_all(struct play *play, u32 length) {
+  const u32 last = play->end - 1;
   u32 i = 0;
-  if (play->end > 0) {
-    i = play_edge(play, 0, smaller(play->start, length - 1) + 1);
-    i = play_middle(play, i, smaller(play->end - 1, length));
+  if (play->start < play->end) {
+    i = play_span(play, i, smaller(play->start, length), false, true);
+    i = play_span(play, i, smaller(play->start + 1, length), true, true);
+    i = play_middle(play, i, smaller(last, length));
+    i = play_span(play, i, smaller(play->end, length), true, true);
+  } else if (play->end == 0) {
+    // The last index of the range is then the largest that there is.
+    i = play_span(play, i, smaller(play->start, length - 1) + 1, false, true);
+    i = play_span(play, i, smaller(last, length), false, false);
   }
-  return play_edge(play, i, length) == length;
+  return play_span(play, i, length, false, true) == length;
 }
 
 static bool is_playable(u32 length) {

@@ -117,10 +117,7 @@ static u64 grown_size(u64 room, u64 needed) {
   return needed <= M7_ALLOC_MAX ? M7_ALLOC_MAX : needed;
 }
 
-static bool make_room(struct vector_end *end, u64 needed) {
-  if (needed <= end->room)
-    return true;
-
+bool m7_grow_vector(struct vector_end *end, u64 needed) {
   const u64 size = grown_size(end->room, needed);
   u8 *grown = m7_realloc_bytes(g_vector, size);
   if (!grown) {
@@ -134,7 +131,7 @@ static bool make_room(struct vector_end *end, u64 needed) {
 }
 
 static void append(struct vector_end *end, const u8 *characters, u64 count) {
-  if (end->given_up || !make_room(end, end->length + count + 1))
+  if (end->given_up || !m7_make_room(end, end->length + count + 1))
     return;
   memcpy(g_vector + end->length, characters, count);
   end->length += count;
@@ -158,19 +155,6 @@ static void append_levels(struct vector_end *end) {
   append(end, g_buf, 1);
 }
 
-u8 *m7_vector_room(struct vector_end *end, u64 *count) {
-  *count = 0;
-  if (end->given_up || !make_room(end, end->length + 2))
-    return nullptr;
-  *count = end->room - end->length - 1;
-  return g_vector + end->length;
-}
-
-void m7_appended(struct vector_end *end, u64 count) {
-  end->length += count;
-  g_vector[end->length] = 0;
-}
-
 void m7_set_levels(u8 character) {
   const u32 levels = static_cast<u32>(character >> VECTOR_TDI & 1) << LEVEL_TDI |
                      static_cast<u32>(character >> VECTOR_TMS & 1) << LEVEL_TMS |
@@ -180,18 +164,17 @@ void m7_set_levels(u8 character) {
   g_buf[0] = character;
 }
 
-void m7_append_walk(struct vector_end *end, const u8 *characters, u32 count) {
+void m7_append_pieces(struct vector_end *end, const u8 *characters, u32 count) {
   for (u32 done = 0; done < count;) {
     u64 room;
     u8 *place = m7_vector_room(end, &room);
     if (!place)
-      break;
-    u32 i = 0;
-    for (; i < room && done < count; i++)
+      return;
+    const u32 fit = room < count - done ? static_cast<u32>(room) : count - done;
+    for (u32 i = 0; i < fit; i++)
       place[i] = characters[done++];
-    m7_appended(end, i);
+    m7_appended(end, fit);
   }
-  m7_set_levels(characters[count - 1]);
 }
 
 void Quorlan_GenVec(void) {

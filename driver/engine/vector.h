@@ -8,21 +8,8 @@
 // caller put it.
 #pragma once
 
+#include "engine/characters.h"
 #include "kernel/kernel.h"
-
-// The bits of a character. Bits 2 to 0 repeat bits 6 to 4.
-#define VECTOR_TCK_FIRST 7  // TCK in the first half of the period: 0
-#define VECTOR_TDI 6
-#define VECTOR_TMS 5
-#define VECTOR_EXPECTED 4    // expected TDO
-#define VECTOR_TCK_SECOND 3  // TCK in the second half: 1
-
-// Characters of TDI 0 that expect 0, and what another level adds.
-#define CHARACTER_TMS_0 0x08
-#define CHARACTER_TMS_1 0x2A
-#define CHARACTER_ADD_TDI 0x44
-#define CHARACTER_ADD_TMS 0x22
-#define CHARACTER_ADD_EXPECTED 0x11
 
 // The bits of g_vec_val.
 #define LEVEL_TDI 1
@@ -83,20 +70,45 @@ void m7_set_level(u32 field, u32 level);
 // what g_vector_size asks for, or more. If it cannot, that is reported as by Quorlan_MemSet, the
 // download is stopped and `end` is given up.
 
+// Grows the buffer to `needed` bytes where it has fewer. Returns false when it cannot.
+bool m7_grow_vector(struct vector_end *end, u64 needed);
+static inline bool m7_make_room(struct vector_end *end, u64 needed) {
+  return needed <= end->room || m7_grow_vector(end, needed);
+}
+
 // Appends a string of characters.
 void m7_append_characters(struct vector_end *end, const u8 *characters);
 
 // For a builder that writes characters itself, as many appends of one would: returns where the next
 // ones go and how many fit there, at least one; null with a count of 0 if the vector is given up.
-// m7_appended() takes `count` of them in; the vector is terminated from then on only.
-u8 *m7_vector_room(struct vector_end *end, u64 *count);
-void m7_appended(struct vector_end *end, u64 count);
+// m7_appended() takes `count` of them in; the vector is terminated from then on only. It leaves
+// g_vec_val and g_buf as they are: m7_set_levels() makes them those of the last character.
+static inline u8 *m7_vector_room(struct vector_end *end, u64 *count) {
+  *count = 0;
+  if (end->given_up || !m7_make_room(end, end->length + 2))
+    return nullptr;
+  *count = end->room - end->length - 1;
+  return g_vector + end->length;
+}
 
-// Sets the LEVEL_… fields and g_buf to those of the last character that was so made.
+static inline void m7_appended(struct vector_end *end, u64 count) {
+  end->length += count;
+  g_vector[end->length] = 0;
+}
+
 void m7_set_levels(u8 character);
 
-// Appends `count` characters, 1 or more, as appends of one character would.
-void m7_append_walk(struct vector_end *end, const u8 *characters, u32 count);
+// Appends `count` characters so. Inlined, since most walks are of a few characters and fit.
+void m7_append_pieces(struct vector_end *end, const u8 *characters, u32 count);
+
+static inline void m7_append_walk(struct vector_end *end, const u8 *characters, u32 count) {
+  if (end->given_up || end->room - end->length <= count) {
+    m7_append_pieces(end, characters, count);
+    return;
+  }
+  __builtin_memcpy(g_vector + end->length, characters, count);
+  m7_appended(end, count);
+}
 
 // Appends one character made from g_vec_val.
 void Quorlan_GenVec(void);

@@ -15,10 +15,10 @@ u8 g_compress;
 u64 g_cfg_start_pos;
 
 u32 fgetc(void) {
-  g_buffer[0] = g_pos < g_read_limit ? g_tvb_buffer[g_pos] : 0;
-  g_buffer[1] = 0;
-  g_pos++;
-  return g_buffer[0];
+  struct image_reader reader = m7_open_image();
+  const u32 byte = m7_next_byte(&reader);
+  m7_close_image(&reader);
+  return byte;
 }
 
 void m7_read_bytes(u8 *to, u64 count) {
@@ -31,15 +31,10 @@ void m7_read_bytes(u8 *to, u64 count) {
 }
 
 u64 Quorlan_ReadNumber(void) {
-  u64 sum = 0;
-  u32 byte;
-  u32 shift = 0;
-  do {
-    byte = fgetc();
-    sum += static_cast<u64>(static_cast<s32>((byte & 0x7F) << shift));
-    shift = (shift + 7) % 32;
-  } while (byte & 0x80);
-  return sum;
+  struct image_reader reader = m7_open_image();
+  const u64 number = m7_next_number(&reader);
+  m7_close_image(&reader);
+  return number;
 }
 
 // Reads `count` bytes into g_buffer as a string.

@@ -36,6 +36,31 @@ extern u64 g_cfg_start_pos;
 // Returns the byte at g_pos (0 to 255), mirrors it into g_buffer and advances g_pos by one.
 u32 fgetc(void);
 
+// The same for a reader of many bytes, which holds in registers what it goes by. Opened at g_pos,
+// with one byte read from it at least; only its closing moves g_pos, and mirrors the last byte.
+struct image_reader {
+  const u8 *image;
+  u64 limit;
+  u64 pos;
+  u8 last;
+};
+
+static inline struct image_reader m7_open_image(void) {
+  return {g_tvb_buffer, g_read_limit, g_pos, 0};
+}
+
+static inline u32 m7_next_byte(struct image_reader *reader) {
+  reader->last = reader->pos < reader->limit ? reader->image[reader->pos] : 0;
+  reader->pos++;
+  return reader->last;
+}
+
+static inline void m7_close_image(const struct image_reader *reader) {
+  g_pos = reader->pos;
+  g_buffer[0] = reader->last;
+  g_buffer[1] = 0;
+}
+
 // Copies `count` bytes of the image at g_pos to `to` and advances g_pos; bytes past the end are 0.
 // g_buffer is unchanged.
 void m7_read_bytes(u8 *to, u64 count);
@@ -44,6 +69,19 @@ void m7_read_bytes(u8 *to, u64 count);
 // where another follows. Group i is shifted by 7 * i modulo 32 within 32 bits, sign-extended and
 // added to the 64-bit result: a value with bit 31 set comes out sign-extended.
 u64 Quorlan_ReadNumber(void);
+
+// The same for a reader of many bytes.
+static inline u64 m7_next_number(struct image_reader *reader) {
+  u64 sum = 0;
+  u32 byte;
+  u32 shift = 0;
+  do {
+    byte = m7_next_byte(reader);
+    sum += static_cast<u64>(static_cast<s32>((byte & 0x7F) << shift));
+    shift = (shift + 7) % 32;
+  } while (byte & 0x80);
+  return sum;
+}
 
 // Checks the header from index 0 on. Returns 0 with g_cfg_start_pos and g_pos at the first
 // record, or RESULT_BAD_HEADER; g_compress is set once the compression byte was reached.
