@@ -15,6 +15,7 @@
 #                      tools ARCH=arm64: for a board
 #   CC=, LLVM=1, O=, W=1, C=1, SIM=1 ...   modules, modules_install: as kbuild has them
 #   INSTALL_MOD_PATH=  modules_install: the root of the board's file system
+#   QUICK=1            bench: small files and few rounds; docs/ stays as it is
 #   SANITIZE=1         lib: with the address and undefined-behaviour sanitizers
 #   M7_SETUP=no        install nothing, fetch nothing, look for nothing
 
@@ -155,8 +156,8 @@ bench: ## Measure the driver and the tool, and OpenOCD beside them, for docs/per
 	$(IN_BUILD)
 	$(SETUP) lib tools test bench
 	+@$(MAKE) --no-print-directory bench-tree
-	tests/bench/run build/host build/bench
-	tests/bench/report --write docs build/bench
+	tests/bench/run $(if $(QUICK),--quick) build/host build/bench$(if $(QUICK),-quick)
+	$(if $(QUICK),,tests/bench/report build/bench docs)
 
 bench-record: ## Record the instructions that make test holds the code to
 	$(IN_BUILD)
