@@ -2,8 +2,8 @@
 #
 # The front door. CMakePresets.json has the build trees of the host side.
 #
-# Only `make demo`, `deb`, `test` and `test-deb` install what they miss, of the Debian packages in
-# scripts/packages.txt. Every other target names it, and `make setup` installs it. What builds
+# Only `make bench`, `demo`, `deb`, `test` and `test-deb` install what they miss, of the Debian packages
+# in scripts/packages.txt. Every other target names it, and `make setup` installs it. What builds
 # modules or boots a kernel fetches the distribution's Linux 5.10 for arm64, once, into build/.
 #
 # Variables:
@@ -15,6 +15,7 @@
 #                      tools ARCH=arm64: for a board
 #   CC=, LLVM=1, O=, W=1, C=1, SIM=1 ...   modules, modules_install: as kbuild has them
 #   INSTALL_MOD_PATH=  modules_install: the root of the board's file system
+#   QUICK=1            bench: small files and few rounds; docs/ stays as it is
 #   SANITIZE=1         lib: with the address and undefined-behaviour sanitizers
 #   M7_SETUP=no        install nothing, fetch nothing, look for nothing
 
@@ -54,7 +55,7 @@ export KDIR DESTDIR PREFIX
 .DEFAULT_GOAL := all
 
 .PHONY: help all setup modules modules_install lib tools install uninstall dist deb test test-host \
-        test-deb test-kernel test-kernels second-kernel kernel-root tool-host tool-arm64 demo fuzz bench clean kernel host sanitize judged fuzzers
+        test-deb test-kernel test-kernels second-kernel kernel-root tool-host tool-arm64 demo fuzz bench bench-record clean kernel host bench-tree sanitize judged fuzzers
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z_-]+:.*## / { printf "  make %-18s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -151,8 +152,18 @@ fuzz: fuzzers judged ## Fuzz the tool and the driver for FUZZ_SECONDS=60, then j
 	tests/judges/judge_random build/host/tvb build/host/tests/judges/bitbang_server \
 	  tests/judges/bypass.json $(FUZZ_FILES) $$(date +%s)00000
 
-bench: host ## Measure tvb compile on a file of 100 MB
-	cmake --build build/host --target bench_compile
+bench: ## Measure the driver and the tool, and OpenOCD beside them, for docs/performance.md
+	$(IN_BUILD)
+	$(SETUP) lib tools test bench
+	+@$(MAKE) --no-print-directory bench-tree
+	tests/bench/run $(if $(QUICK),--quick) build/host build/bench$(if $(QUICK),-quick)
+	$(if $(QUICK),,tests/bench/report build/bench docs)
+
+bench-record: ## Record the instructions that make test holds the code to
+	$(IN_BUILD)
+	$(SETUP) lib tools test
+	+@$(MAKE) --no-print-directory bench-tree
+	tests/bench/guard --record build/host
 
 clean: ## Remove everything that was built (the fetched kernel stays: rm -r build does it all)
 	scripts/clean "$(BUILD)"
@@ -181,6 +192,10 @@ host:
 	$(NEED) lib test tools
 	cmake --preset host
 	+$(CMAKE_BUILD) host $(PARALLEL)
+
+bench-tree:
+	cmake --preset host
+	+$(CMAKE_BUILD) host $(PARALLEL) --target tvb_tool driver_bench guarded_load
 
 sanitize:
 	$(IN_BUILD)

@@ -82,7 +82,9 @@ void MeasureDecoders(Results &results, const Effort &effort) {
   for (const tvb::EncodingRow &encoding : tvb::Encodings()) {
     for (const Data &kind : kData) {
       for (const size_t size : kSizes) {
-        MeasureBlock(results, effort, encoding, kind, size);
+        if (size <= effort.size_max) {
+          MeasureBlock(results, effort, encoding, kind, size);
+        }
       }
     }
   }

@@ -18,7 +18,7 @@
 namespace {
 
 struct Options {
-  bench::Effort effort = {15, 3e-3};
+  bench::Effort effort = {15, 3e-3, 4000000};
   std::string only;
   std::string json;
   std::vector<bench::Image> images;
@@ -39,7 +39,7 @@ Options Parse(int argc, char **argv) {
   for (int i = 1; i < argc; ++i) {
     const std::string argument = argv[i];
     if (argument == "--quick") {
-      options.effort = {5, 3e-4};
+      options.effort = {3, 1e-4, 65536};
     } else if (argument == "--only" && i + 1 < argc) {
       options.only = argv[++i];
     } else if (argument == "--json" && i + 1 < argc) {

@@ -12,7 +12,8 @@ namespace bench {
 
 struct Effort {
   int rounds;
-  double seconds;  // about that long is each subject run in a round
+  double seconds;     // about that long is each subject run in a round
+  uint64_t size_max;  // nothing larger is measured
 };
 
 struct Subject {
