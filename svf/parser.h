@@ -46,8 +46,6 @@ struct ScanStatement {
     HexText data;
   };
 
-  ScanStatement() {}  // not defaulted, which would clear the room of every field first
-
   Register which = Register::kSir;
   uint32_t bits = 0;
   size_t bits_offset = 0;
