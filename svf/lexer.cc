@@ -52,41 +52,44 @@ Lexer::Lexer(std::string_view text) : text_(WithoutFill(text)) {
   }
 }
 
-Token Lexer::Next() {
+const Token &Lexer::Next() {
   SkipBlanks();
   if (at_ == text_.size()) {
-    return MakeToken(TokenKind::kEnd, 0);
+    return Take(TokenKind::kEnd, 0);
   }
   const char c = text_[at_];
   switch (ClassOf(c)) {
     case CharacterClass::kHexLetter:
     case CharacterClass::kLetter:
-      return MakeToken(TokenKind::kWord, WordLength());
+      return Take(TokenKind::kWord, WordLength());
     case CharacterClass::kDigit:
-      return MakeToken(TokenKind::kNumber, NumberLength());
+      return Take(TokenKind::kNumber, NumberLength());
     case CharacterClass::kSemicolon:
-      return MakeToken(TokenKind::kSemicolon, 1);
+      return Take(TokenKind::kSemicolon, 1);
     case CharacterClass::kOpen:
       return TakeData();
     default:
       break;
   }
   if (c == '.' || IsSign(c)) {
-    return MakeToken(TokenKind::kNumber, NumberLength());
+    return Take(TokenKind::kNumber, NumberLength());
   }
   Fail();
 }
 
 void Lexer::SkipBlanks() {
-  while (at_ < text_.size()) {
-    if (IsComment(text_, at_)) {
-      at_ = EndOfComment(text_, at_);
-    } else if (ClassOf(text_[at_]) == CharacterClass::kBlank) {
-      ++at_;
-    } else {
-      return;
+  const std::string_view text = text_;
+  size_t at = at_;
+  for (; at < text.size(); ++at) {
+    if (ClassOf(text[at]) == CharacterClass::kBlank) {
+      continue;
     }
+    if (!IsComment(text, at)) {
+      break;
+    }
+    at = EndOfComment(text, at) - 1;
   }
+  at_ = at;
 }
 
 void Lexer::SkipToSemicolon() {
@@ -97,21 +100,21 @@ void Lexer::SkipToSemicolon() {
   }
 }
 
-Token Lexer::MakeToken(TokenKind kind, size_t length) {
-  Token token;
-  token.kind = kind;
-  token.offset = at_;
-  token.text = text_.substr(at_, length);
+const Token &Lexer::Take(TokenKind kind, size_t length) {
+  token_.kind = kind;
+  token_.offset = at_;
+  token_.text = {text_.data() + at_, length};
   at_ += length;
-  return token;
+  return token_;
 }
 
 size_t Lexer::WordLength() const {
-  size_t end = at_;
-  while (end < text_.size() && IsWordCharacter(text_[end])) {
-    ++end;
+  const std::string_view text = text_.substr(at_);
+  size_t length = 1;
+  while (length < text.size() && IsWordCharacter(text[length])) {
+    ++length;
   }
-  return end - at_;
+  return length;
 }
 
 // A number extends over everything that may have been meant as part of it, so that messages show
@@ -128,11 +131,9 @@ size_t Lexer::NumberLength() const {
   return end - at_;
 }
 
-Token Lexer::TakeData() {
-  const HexText hex = ScanHex(text_, at_ + 1);
-  Token token = MakeToken(TokenKind::kData, hex.text.size() + 2);
-  token.hex = hex;
-  return token;
+const Token &Lexer::TakeData() {
+  token_.hex = ScanHex(text_, at_ + 1);
+  return Take(TokenKind::kData, token_.hex.text.size() + 2);
 }
 
 void Lexer::Fail() const {

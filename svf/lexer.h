@@ -23,7 +23,7 @@ struct Token {
   TokenKind kind = TokenKind::kEnd;
   size_t offset = 0;
   std::string_view text;  // as in the file; empty at the end
-  HexText hex;            // kData only
+  HexText hex;            // of kData; of no meaning else
 };
 
 // True if the token is `word`, in any case; `word` itself is given in capitals.
@@ -40,9 +40,14 @@ class Lexer {
   // `text` must live as long as the object and the tokens.
   explicit Lexer(std::string_view text);
 
-  // The next token; kEnd at the end, as often as called. Throws Error at a character that cannot
-  // begin a token.
-  Token Next();
+  // Reads the next token, which is valid until the call after; kEnd at the end, as often as called.
+  // Throws Error at a character that cannot begin a token.
+  const Token &Next();
+
+  // The token read last.
+  const Token &token() const {
+    return token_;
+  }
 
   // Passes over what is no token of SVF, so that a semicolon or the end is next.
   void SkipToSemicolon();
@@ -54,14 +59,15 @@ class Lexer {
 
  private:
   void SkipBlanks();
-  Token MakeToken(TokenKind kind, size_t length);
+  const Token &Take(TokenKind kind, size_t length);
   size_t WordLength() const;
   size_t NumberLength() const;
-  Token TakeData();
+  const Token &TakeData();
   [[noreturn]] void Fail() const;
 
   std::string_view text_;
   size_t at_ = 0;
+  Token token_;
 };
 
 }  // namespace svf

@@ -149,26 +149,44 @@ constexpr uint64_t Each(uint8_t byte) {
   return 0x0101010101010101 * byte;
 }
 
-// True if all eight characters, each a digit or a blank, are digits. Digits have bit 4 or bit 6
-// set, blanks neither.
+// Eight characters of text, the leftmost in the lowest byte.
+
+// True if each of them, which are digits and blanks, is a digit. Digits have bit 4 or bit 6 set,
+// blanks neither.
 bool AllDigits(uint64_t characters) {
   return ((characters | characters >> 2) & Each(0x10)) == Each(0x10);
 }
 
-// Converts eight digits, the leftmost in the lowest byte, into four register bytes.
-void StoreFourBytes(uint64_t digits, uint8_t *bytes) {
+// True if each of them is a hexadecimal digit.
+bool AllHexDigits(uint64_t characters) {
+  const uint64_t small = characters | Each(0x20);
+  const auto not_below = [](uint64_t bytes, int least) {
+    return bytes + Each(static_cast<uint8_t>(0x80 - least));  // in bit 7 of each, if that was 0
+  };
+  const uint64_t digits = not_below(characters, '0') & ~not_below(characters, '9' + 1);
+  const uint64_t letters = not_below(small, 'a') & ~not_below(small, 'f' + 1);
+  return ((digits | letters) & ~characters & Each(0x80)) == Each(0x80);
+}
+
+// The register bits of eight digits, the lowest first: the rightmost digit is in the lowest bits.
+uint32_t BitsOf(uint64_t digits) {
   // Values of 0 to 15; letters have bit 6 set and count from 9.
   uint64_t values = (digits & Each(0x0F)) + 9 * (digits >> 6 & Each(0x01));
   values = __builtin_bswap64(values);  // the rightmost digit's value in the lowest byte
   uint64_t pairs = (values | values >> 4) & 0x00FF00FF00FF00FF;
   pairs = (pairs | pairs >> 8) & 0x0000FFFF0000FFFF;
-  auto word = static_cast<uint32_t>(pairs | pairs >> 16);
-  word = (word >> 1 & 0x55555555) | (word & 0x55555555) << 1;
-  word = (word >> 2 & 0x33333333) | (word & 0x33333333) << 2;
-  word = (word >> 4 & 0x0F0F0F0F) | (word & 0x0F0F0F0F) << 4;
-  for (int i = 0; i < 4; ++i) {
-    bytes[i] = static_cast<uint8_t>(word >> 8 * i);
-  }
+  return static_cast<uint32_t>(pairs | pairs >> 16);
+}
+
+// Stores register bits as bytes.
+void StoreBits(uint64_t bits, uint8_t *bytes, size_t count) {
+  bits = (bits >> 1 & Each(0x55)) | (bits & Each(0x55)) << 1;
+  bits = (bits >> 2 & Each(0x33)) | (bits & Each(0x33)) << 2;
+  bits = (bits >> 4 & Each(0x0F)) | (bits & Each(0x0F)) << 4;
+#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+  bits = __builtin_bswap64(bits);
+#endif
+  memcpy(bytes, &bits, count);
 }
 
 // The same text with comments replaced by blanks, so that every digit keeps its offset.
@@ -208,19 +226,25 @@ class DigitsFromRight {
   // of bytes written.
   size_t ConvertRuns(uint8_t *bytes, size_t room) {
     size_t made = 0;
-    while (room - made >= 4 && at_ - begin_ >= 8) {
-      const uint64_t eight = LoadEight(at_ - 8);
-      if (!AllDigits(eight)) {
-        break;
-      }
-      StoreFourBytes(eight, bytes + made);
+    for (; room - made >= 8 && NextAreDigits(2); made += 8) {
+      const uint64_t low = BitsOf(LoadEight(at_ - 8));
+      StoreBits(low | uint64_t{BitsOf(LoadEight(at_ - 16))} << 32, bytes + made, 8);
+      at_ -= 16;
+    }
+    for (; room - made >= 4 && NextAreDigits(1); made += 4) {
+      StoreBits(BitsOf(LoadEight(at_ - 8)), bytes + made, 4);
       at_ -= 8;
-      made += 4;
     }
     return made;
   }
 
  private:
+  // True if the next characters, `eights` times eight, are digits.
+  bool NextAreDigits(int eights) const {
+    return at_ - begin_ >= 8 * eights && AllDigits(LoadEight(at_ - 8)) &&
+           (eights == 1 || AllDigits(LoadEight(at_ - 16)));
+  }
+
   const char *begin_;
   const char *at_;
 };
@@ -262,6 +286,10 @@ HexText ScanHex(std::string_view text, size_t start) {
   hex.offset = start;
   size_t at = start;
   for (; at < text.size(); ++at) {
+    while (at + 8 < text.size() && AllHexDigits(LoadEight(&text[at]))) {
+      hex.digits += 8;
+      at += 8;
+    }
     if (IsHexDigit(text[at])) {
       ++hex.digits;
     } else if (text[at] == ')') {
@@ -283,15 +311,13 @@ void ConvertHex(const HexText &hex, uint32_t bits, const char *what, std::vector
     throw Error(hex.offset, std::string(what) + " has no digits; expected " + std::to_string(bits) +
                                 " bits of hexadecimal data");
   }
-  std::string cleaned;
-  std::string_view text = hex.text;
   if (hex.comments) {
-    cleaned = WithoutComments(text);
-    text = cleaned;
+    const std::string plain = WithoutComments(hex.text);
+    return ConvertHex({plain, hex.offset, hex.digits, false}, bits, what, bytes);
   }
   const size_t size = (static_cast<size_t>(bits) + 7) / 8;
   bytes.resize(size);
-  DigitsFromRight digits(text);
+  DigitsFromRight digits(hex.text);
   for (size_t made = 0; made < size;) {
     made += digits.ConvertRuns(bytes.data() + made, size - made);
     if (digits.AtEnd()) {
@@ -299,13 +325,13 @@ void ConvertHex(const HexText &hex, uint32_t bits, const char *what, std::vector
       break;
     }
     if (made < size) {
-      bytes[made++] = ConvertPair(text, digits);
+      bytes[made++] = ConvertPair(hex.text, digits);
     }
   }
   const auto unused = static_cast<unsigned>(8 * size - bits);
   if ((unused != 0 && (bytes.back() & ((1u << unused) - 1)) != 0) ||
-      AnyOtherThanZero(text, digits)) {
-    throw Error(hex.offset + FindBeyond(text, bits),
+      AnyOtherThanZero(hex.text, digits)) {
+    throw Error(hex.offset + FindBeyond(hex.text, bits),
                 std::string(what) + " has a 1 beyond its " + std::to_string(bits) +
                     (bits == 1 ? " bit" : " bits") + "; correct the data or the length");
   }

@@ -46,16 +46,16 @@ const Parser::Keyword Parser::kKeywords[] = {
 bool Parser::Next(Statement &statement) {
   do {
     Advance();
-  } while (token_.kind == TokenKind::kSemicolon);
-  if (token_.kind == TokenKind::kEnd) {
+  } while (token().kind == TokenKind::kSemicolon);
+  if (token().kind == TokenKind::kEnd) {
     return false;
   }
-  statement.offset = token_.offset;
-  statement.name = token_.text;
+  statement.offset = token().offset;
+  statement.name = token().text;
   for (const Keyword &keyword : kKeywords) {
-    if (Is(token_, keyword.word)) {
+    if (Is(token(), keyword.word)) {
       (this->*keyword.read)(statement);
-      statement.ended = token_.kind != TokenKind::kEnd;
+      statement.ended = token().kind != TokenKind::kEnd;
       return true;
     }
   }
@@ -89,12 +89,17 @@ void Parser::ReadTdr(Statement &statement) {
 }
 
 void Parser::ReadScan(Register which, Statement &statement) {
-  auto &scan = statement.what.emplace<ScanStatement>();
+  // To clear the room of every field takes longer than to empty it.
+  auto *held = std::get_if<ScanStatement>(&statement.what);
+  auto &scan = held != nullptr ? *held : statement.what.emplace<ScanStatement>();
+  for (auto &field : scan.fields) {
+    field.reset();
+  }
   scan.which = which;
   Advance();
-  scan.bits_offset = token_.offset;
-  scan.bits = TakeInteger("the length in bits after " + std::string(Name(which)));
-  while (token_.kind == TokenKind::kWord) {
+  scan.bits_offset = token().offset;
+  scan.bits = TakeLength(which);
+  while (token().kind == TokenKind::kWord) {
     ReadField(scan, Name(which));
   }
   ExpectSemicolon("TDI, TDO, MASK, SMASK or ");
@@ -102,23 +107,23 @@ void Parser::ReadScan(Register which, Statement &statement) {
 
 void Parser::ReadField(ScanStatement &scan, std::string_view name) {
   size_t field = 0;
-  while (field < kFields && !Is(token_, Name(static_cast<Field>(field)))) {
+  while (field < kFields && !Is(token(), Name(static_cast<Field>(field)))) {
     ++field;
   }
   if (field == kFields) {
     FailExpected("TDI, TDO, MASK, SMASK or ';' in this " + std::string(name));
   }
-  const std::string field_name(Name(static_cast<Field>(field)));
+  const std::string_view field_name = Name(static_cast<Field>(field));
   if (scan.fields[field]) {
-    throw Error(token_.offset, field_name + " is given twice in this " + std::string(name) +
-                                   "; take one of them out");
+    throw Error(token().offset, std::string(field_name) + " is given twice in this " +
+                                    std::string(name) + "; take one of them out");
   }
-  const size_t offset = token_.offset;
+  const size_t offset = token().offset;
   Advance();
-  if (token_.kind != TokenKind::kData) {
-    FailExpected("hexadecimal data in parentheses after " + field_name);
+  if (token().kind != TokenKind::kData) {
+    FailExpected("hexadecimal data in parentheses after " + std::string(field_name));
   }
-  scan.fields[field] = {offset, token_.hex};
+  scan.fields[field] = {offset, token().hex};
   Advance();
 }
 
@@ -134,7 +139,7 @@ void Parser::ReadEnd(bool instruction, Statement &statement) {
   auto &end = statement.what.emplace<EndStatement>();
   end.instruction = instruction;
   Advance();
-  end.state_offset = token_.offset;
+  end.state_offset = token().offset;
   end.state = TakeStableState(instruction ? "after ENDIR" : "after ENDDR");
   ExpectSemicolon("");
 }
@@ -142,12 +147,12 @@ void Parser::ReadEnd(bool instruction, Statement &statement) {
 void Parser::ReadState(Statement &statement) {
   auto &state = statement.what.emplace<StateStatement>();
   Advance();
-  while (token_.kind == TokenKind::kWord) {
-    const auto found = FindTapState(token_.text);
+  while (token().kind == TokenKind::kWord) {
+    const auto found = FindTapState(token().text);
     if (!found) {
       FailExpected("the name of a TAP state, as IDLE or DRPAUSE, or ';'");
     }
-    state.path.push_back({*found, token_.offset});
+    state.path.push_back({*found, token().offset});
     Advance();
   }
   if (state.path.empty()) {
@@ -164,8 +169,8 @@ void Parser::ReadState(Statement &statement) {
 void Parser::ReadRunTest(Statement &statement) {
   auto &run = statement.what.emplace<RunTestStatement>();
   Advance();
-  if (token_.kind == TokenKind::kWord) {
-    const size_t offset = token_.offset;
+  if (token().kind == TokenKind::kWord) {
+    const size_t offset = token().offset;
     run.run = {TakeStableState("or a number after RUNTEST"), offset};
   }
   ReadRunTestAmounts(run);
@@ -174,9 +179,9 @@ void Parser::ReadRunTest(Statement &statement) {
 
 // n TCK|SCK [t SEC] or t SEC.
 void Parser::ReadRunTestAmounts(RunTestStatement &run) {
-  const Token number = token_;
+  const Token number = token();
   const Decimal amount = TakeReal("a number of clocks or seconds in this RUNTEST");
-  const bool system_clock = Is(token_, "SCK");
+  const bool system_clock = Is(token(), "SCK");
   if (Accept("SEC")) {
     run.minimum = {amount, number.offset};
     return;
@@ -190,22 +195,22 @@ void Parser::ReadRunTestAmounts(RunTestStatement &run) {
                                    Quoted(number) + "; write several RUNTESTs for more");
   }
   run.count = {static_cast<uint32_t>(*whole), system_clock, number.offset};
-  if (token_.kind == TokenKind::kNumber) {
+  if (token().kind == TokenKind::kNumber) {
     run.minimum = TakeTime();
   }
 }
 
 // [MAXIMUM t SEC] [ENDSTATE s] ;
 void Parser::ReadRunTestEnd(RunTestStatement &run) {
-  std::string or_what = run.minimum ? "MAXIMUM, ENDSTATE or " : "a minimum time, ENDSTATE or ";
+  std::string_view or_what = run.minimum ? "MAXIMUM, ENDSTATE or " : "a minimum time, ENDSTATE or ";
   if (run.minimum && Accept("MAXIMUM")) {
     run.maximum = TakeTime();
     or_what = "ENDSTATE or ";
   }
   if (Accept("ENDSTATE")) {
-    const size_t offset = token_.offset;
+    const size_t offset = token().offset;
     run.end = {TakeStableState("after ENDSTATE"), offset};
-    or_what.clear();
+    or_what = "";
   }
   ExpectSemicolon(or_what);
 }
@@ -213,8 +218,8 @@ void Parser::ReadRunTestEnd(RunTestStatement &run) {
 void Parser::ReadFrequency(Statement &statement) {
   auto &frequency = statement.what.emplace<FrequencyStatement>();
   Advance();
-  if (token_.kind != TokenKind::kSemicolon && token_.kind != TokenKind::kEnd) {
-    frequency.hertz_offset = token_.offset;
+  if (token().kind != TokenKind::kSemicolon && token().kind != TokenKind::kEnd) {
+    frequency.hertz_offset = token().offset;
     frequency.hertz = TakeReal("a number of HZ or ';' after FREQUENCY");
     if (!Accept("HZ")) {
       FailExpected("HZ after the number");
@@ -249,41 +254,46 @@ void Parser::ReadParallel(Statement &statement) {
 }
 
 bool Parser::Accept(std::string_view word) {
-  if (!Is(token_, word)) {
+  if (!Is(token(), word)) {
     return false;
   }
   Advance();
   return true;
 }
 
-uint32_t Parser::TakeInteger(const std::string &what) {
-  if (token_.kind != TokenKind::kNumber) {
-    FailExpected(what);
-  }
-  RefuseOddNumber(what);
-  uint32_t value = 0;
-  const char *end = token_.text.data() + token_.text.size();
-  const auto result = std::from_chars(token_.text.data(), end, value);
-  if (result.ec == std::errc::result_out_of_range && result.ptr == end) {
-    throw Error(token_.offset,
-                Quoted(token_) + " is too large; expected " + what + ", at most 4294967295");
-  }
-  if (result.ec != std::errc() || result.ptr != end) {
-    throw Error(token_.offset, "expected " + what + ", a whole number, found " + Quoted(token_));
+uint32_t Parser::TakeLength(Register which) {
+  uint32_t bits = 0;
+  const char *end = token().text.data() + token().text.size();
+  const auto result = std::from_chars(token().text.data(), end, bits);
+  if (token().kind != TokenKind::kNumber || result.ec != std::errc() || result.ptr != end) {
+    FailLength(which, result.ec == std::errc::result_out_of_range && result.ptr == end);
   }
   Advance();
-  return value;
+  return bits;
 }
 
-Decimal Parser::TakeReal(const std::string &what) {
-  if (token_.kind != TokenKind::kNumber) {
+void Parser::FailLength(Register which, bool too_large) const {
+  const std::string what = "the length in bits after " + std::string(Name(which));
+  if (token().kind != TokenKind::kNumber) {
     FailExpected(what);
   }
   RefuseOddNumber(what);
-  const auto value = Decimal::Parse(token_.text);
+  if (too_large) {
+    throw Error(token().offset,
+                Quoted(token()) + " is too large; expected " + what + ", at most 4294967295");
+  }
+  throw Error(token().offset, "expected " + what + ", a whole number, found " + Quoted(token()));
+}
+
+Decimal Parser::TakeReal(std::string_view what) {
+  if (token().kind != TokenKind::kNumber) {
+    FailExpected(what);
+  }
+  const auto value = Decimal::Parse(token().text);
   if (!value) {
-    throw Error(token_.offset,
-                "expected " + what + ", as 1000, 0.5 or 1.0E-3, found " + Quoted(token_));
+    RefuseOddNumber(what);
+    throw Error(token().offset, "expected " + std::string(what) +
+                                    ", as 1000, 0.5 or 1.0E-3, found " + Quoted(token()));
   }
   Advance();
   return *value;
@@ -291,7 +301,7 @@ Decimal Parser::TakeReal(const std::string &what) {
 
 RunTestStatement::Time Parser::TakeTime() {
   RunTestStatement::Time time;
-  time.offset = token_.offset;
+  time.offset = token().offset;
   time.seconds = TakeReal("a number of seconds");
   if (!Accept("SEC")) {
     FailExpected("SEC after the number of seconds");
@@ -299,10 +309,10 @@ RunTestStatement::Time Parser::TakeTime() {
   return time;
 }
 
-TapState Parser::TakeStableState(const std::string &what) {
-  const auto state = token_.kind == TokenKind::kWord ? FindTapState(token_.text) : std::nullopt;
+TapState Parser::TakeStableState(std::string_view what) {
+  const auto state = token().kind == TokenKind::kWord ? FindTapState(token().text) : std::nullopt;
   if (!state || !IsStable(*state)) {
-    FailExpected(std::string(kStableStates) + " " + what);
+    FailExpected(std::string(kStableStates) + " " + std::string(what));
   }
   Advance();
   return *state;
@@ -310,24 +320,24 @@ TapState Parser::TakeStableState(const std::string &what) {
 
 // Checks what ends the statement without reading past it, so that the lexer's offset is the end
 // of the statement.
-void Parser::ExpectSemicolon(const std::string &or_what) {
-  if (token_.kind != TokenKind::kSemicolon && token_.kind != TokenKind::kEnd) {
-    FailExpected(or_what + Quote(";"));
+void Parser::ExpectSemicolon(std::string_view or_what) {
+  if (token().kind != TokenKind::kSemicolon && token().kind != TokenKind::kEnd) {
+    FailExpected(std::string(or_what) + Quote(";"));
   }
 }
 
-void Parser::FailExpected(const std::string &what) const {
-  throw Error(token_.offset, "expected " + what + ", found " + Quoted(token_));
+void Parser::FailExpected(std::string_view what) const {
+  throw Error(token().offset, "expected " + std::string(what) + ", found " + Quoted(token()));
 }
 
-void Parser::RefuseOddNumber(const std::string &what) const {
-  if (token_.text.front() == '-') {
-    throw Error(token_.offset,
-                "expected " + what + ", found the negative number " + Quoted(token_));
+void Parser::RefuseOddNumber(std::string_view what) const {
+  if (token().text.front() == '-') {
+    throw Error(token().offset,
+                "expected " + std::string(what) + ", found the negative number " + Quoted(token()));
   }
-  if (token_.text.find(',') != std::string_view::npos) {
-    throw Error(token_.offset,
-                Quoted(token_) + " has a decimal comma; write a decimal point in its place");
+  if (token().text.find(',') != std::string_view::npos) {
+    throw Error(token().offset,
+                Quoted(token()) + " has a decimal comma; write a decimal point in its place");
   }
 }
 

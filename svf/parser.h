@@ -163,19 +163,23 @@ class Parser {
   void ReadRunTestEnd(RunTestStatement &run);
 
   void Advance() {
-    token_ = lexer_.Next();
+    lexer_.Next();
+  }
+  // The next one to parse.
+  const Token &token() const {
+    return lexer_.token();
   }
   bool Accept(std::string_view word);
-  uint32_t TakeInteger(const std::string &what);
-  Decimal TakeReal(const std::string &what);
+  uint32_t TakeLength(Register which);
+  Decimal TakeReal(std::string_view what);
   RunTestStatement::Time TakeTime();
-  TapState TakeStableState(const std::string &what);
-  void ExpectSemicolon(const std::string &or_what);
-  [[noreturn]] void FailExpected(const std::string &what) const;
-  void RefuseOddNumber(const std::string &what) const;
+  TapState TakeStableState(std::string_view what);
+  void ExpectSemicolon(std::string_view or_what);
+  [[noreturn]] void FailLength(Register which, bool too_large) const;
+  [[noreturn]] void FailExpected(std::string_view what) const;
+  void RefuseOddNumber(std::string_view what) const;
 
   Lexer lexer_;
-  Token token_;  // the next one to parse
 };
 
 }  // namespace svf

@@ -22,19 +22,6 @@ Position LineIndex::At(size_t offset) {
   return {line_, offset - line_start_ + 1};
 }
 
-bool IsWord(std::string_view text, std::string_view word) {
-  if (text.size() != word.size()) {
-    return false;
-  }
-  for (size_t i = 0; i < word.size(); ++i) {
-    const char c = text[i];
-    if ((c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c) != word[i]) {
-      return false;
-    }
-  }
-  return true;
-}
-
 std::string Quoted(std::string_view text, size_t at) {
   if (at >= text.size()) {
     return "the end of the file";

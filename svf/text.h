@@ -3,6 +3,7 @@
 // SVF text: its errors, positions and characters.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -119,7 +120,12 @@ inline size_t EndOfComment(std::string_view text, size_t at) {
 }
 
 // True if `text` is `word`, in any case; `word` itself is given in capitals.
-bool IsWord(std::string_view text, std::string_view word);
+inline bool IsWord(std::string_view text, std::string_view word) {
+  const auto equal = [](char c, char capital) {
+    return c == capital || (c == (capital | 0x20) && capital >= 'A' && capital <= 'Z');
+  };
+  return text.size() == word.size() && std::equal(text.begin(), text.end(), word.begin(), equal);
+}
 
 // The character at an offset as it appears in messages: 'x', byte 0x07, or "the end of the file".
 std::string Quoted(std::string_view text, size_t at);

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tvb/block.h"
 
-#include <utility>
+#include <algorithm>
+#include <array>
+#include <limits>
 
 #include "tvb/error.h"
 #include "tvb/text.h"
@@ -17,24 +19,54 @@ const EncodingRow &RowOf(Encoding encoding) {
   return *row;
 }
 
-Buffer BlockAs(Bytes data, const EncodingRow &row, std::optional<int64_t> parameter) {
-  Buffer block = {static_cast<uint8_t>(row.encoding)};
-  row.codec->encode(block, data, parameter);
-  return block;
+void AppendAs(Buffer &out, Bytes data, const EncodingRow &row, std::optional<int64_t> parameter) {
+  Buffer payload;
+  row.codec->encode(payload, data, parameter);
+  out.push_back(static_cast<uint8_t>(row.encoding));
+  Append(out, payload);
 }
 
-Buffer SmallestBlock(Bytes data) {
-  Buffer best = BlockAs(data, Encodings().front(), std::nullopt);
-  for (const EncodingRow &row : Encodings().subspan(1)) {
-    if (1 + row.codec->min_size >= best.size()) {
+// True for a few bytes, an even number, that are all different. Then they are smallest raw: no byte
+// is frequent, no run or string comes again, and a pattern that fills them with more than a single
+// copy has a byte twice.
+bool AllDiffer(Bytes data) {
+  constexpr size_t kFew = 32;
+  if (data.size() > kFew || data.size() % 2 != 0) {
+    return false;
+  }
+  std::array<uint64_t, 4> seen{};
+  for (uint8_t byte : data) {
+    const uint64_t bit = uint64_t{1} << byte % 64;
+    if ((seen[byte / 64] & bit) != 0) {
+      return false;
+    }
+    seen[byte / 64] |= bit;
+  }
+  return true;
+}
+
+void AppendRaw(Buffer &out, Bytes data) {
+  out.push_back(static_cast<uint8_t>(Encoding::kRaw));
+  Append(out, data);
+}
+
+// Tries the encodings in the order of mode bytes; a later one is taken only if it is smaller.
+void AppendSmallest(Buffer &out, Bytes data) {
+  const auto start = static_cast<ptrdiff_t>(out.size());
+  size_t limit = std::numeric_limits<size_t>::max();
+  for (const EncodingRow &row : Encodings()) {
+    if (row.codec->min_size >= limit) {
       continue;
     }
-    Buffer candidate = BlockAs(data, row, std::nullopt);
-    if (candidate.size() < best.size()) {
-      best = std::move(candidate);
+    const size_t before = out.size();
+    out.push_back(static_cast<uint8_t>(row.encoding));
+    if (row.codec->encode_below(out, data, limit)) {
+      limit = out.size() - before - 1;
+      out.erase(out.begin() + start, out.begin() + static_cast<ptrdiff_t>(before));
+    } else {
+      out.resize(before);
     }
   }
-  return best;
 }
 
 std::string UnknownMode(uint8_t mode) {
@@ -66,22 +98,29 @@ BlockView ReadBlock(Cursor &cursor, Decoded &decoded, bool plain) {
 }  // namespace
 
 Buffer EncodeBlock(Bytes data, const BlockChoice &choice) {
+  Buffer block;
+  AppendBlock(block, data, choice);
+  return block;
+}
+
+void AppendBlock(Buffer &out, Bytes data, const BlockChoice &choice) {
   if (choice.encoding) {
-    return BlockAs(data, RowOf(*choice.encoding), choice.parameter);
-  }
-  if (choice.parameter) {
+    AppendAs(out, data, RowOf(*choice.encoding), choice.parameter);
+  } else if (choice.parameter) {
     throw Error("a parameter goes with an encoding; ask for one or leave the parameter out");
+  } else if (AllDiffer(data)) {
+    AppendRaw(out, data);
+  } else {
+    AppendSmallest(out, data);
   }
-  return SmallestBlock(data);
 }
 
 bool RawIsSmallest(size_t bytes) {
-  for (const EncodingRow &row : Encodings().subspan(1)) {
-    if (row.codec->min_size < bytes) {
-      return false;
-    }
-  }
-  return true;
+  static const size_t smallest =
+      std::ranges::min(Encodings().subspan(1), {}, [](const EncodingRow &row) {
+        return row.codec->min_size;
+      }).codec->min_size;
+  return bytes <= smallest;
 }
 
 const Codec *BlockView::codec() const {

@@ -31,6 +31,9 @@ struct BlockChoice {
 // data. Throws Error for a parameter without an encoding, and where Codec::encode does.
 Buffer EncodeBlock(Bytes data, const BlockChoice &choice = {});
 
+// The same, appended to `out`; nothing is appended if it throws.
+void AppendBlock(Buffer &out, Bytes data, const BlockChoice &choice = {});
+
 // True if no encoding can make a block of `bytes` bytes smaller than raw.
 bool RawIsSmallest(size_t bytes);
 

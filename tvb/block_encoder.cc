@@ -10,6 +10,9 @@ namespace tvb {
 namespace {
 
 constexpr size_t kEntries = 1 << 9;
+
+// The bytes of data that are worth looking up.
+constexpr size_t kMinKnown = 1 << 6;
 constexpr size_t kMaxKnown = 1 << 14;
 
 uint8_t Merge(uint8_t data, uint8_t care, uint8_t filler) {
@@ -81,43 +84,52 @@ void BlockEncoder::operator()(Buffer &out, uint32_t bits, Bytes data, Bytes care
   if (!care.empty() && !RawIsSmallest(data.size())) {
     const Buffer all_care = WithUnusedBits(care, bits);
     if (!AllOnes(all_care)) {
-      AppendSmallest(out, data, all_care);
+      EncodeSmallest(out, data, all_care);
       return;
     }
   }
-  Append(out, Encode(data));
+  Encode(out, data);
 }
 
 bool BlockEncoder::IsAlwaysRaw(Bytes data) const {
   return choice_.encoding == Encoding::kRaw || (!choice_.encoding && RawIsSmallest(data.size()));
 }
 
-void BlockEncoder::AppendSmallest(Buffer &out, Bytes data, Bytes care) {
-  Buffer best;
+void BlockEncoder::EncodeSmallest(Buffer &out, Bytes data, Bytes care) {
+  const size_t start = out.size();
+  size_t end = start;
   for (const Buffer &version : FreeBitVersions(data, care)) {
-    const Buffer &block = Encode(version);
-    if (best.empty() || block.size() < best.size()) {
-      best = block;
+    Encode(out, version);
+    if (end == start || out.size() - end < end - start) {
+      out.erase(out.begin() + static_cast<ptrdiff_t>(start),
+                out.begin() + static_cast<ptrdiff_t>(end));
+      end = out.size();
+    } else {
+      out.resize(end);
     }
   }
-  Append(out, best);
 }
 
-const Buffer &BlockEncoder::Encode(Bytes data) {
-  if (RawIsSmallest(data.size()) || data.size() > kMaxKnown) {
-    last_ = EncodeBlock(data, choice_);
-    return last_;
+// A raw block costs no more than to look it up.
+void BlockEncoder::Encode(Buffer &out, Bytes data) {
+  if (data.size() < kMinKnown || data.size() > kMaxKnown) {
+    AppendBlock(out, data, choice_);
+    return;
   }
   known_.resize(kEntries);
   const uint64_t hash = Hash(data);
   Known &known = known_[hash % kEntries];
-  if (known.block.empty() || known.hash != hash ||
-      !std::equal(data.begin(), data.end(), known.data.begin(), known.data.end())) {
-    known.block = EncodeBlock(data, choice_);
+  if (known.hash == hash && std::ranges::equal(data, known.data)) {
+    Append(out, known.block);
+    return;
+  }
+  const size_t start = out.size();
+  AppendBlock(out, data, choice_);
+  if (out[start] != static_cast<uint8_t>(Encoding::kRaw)) {
+    known.block.assign(out.begin() + static_cast<ptrdiff_t>(start), out.end());
     known.data.assign(data.begin(), data.end());
     known.hash = hash;
   }
-  return known.block;
 }
 
 }  // namespace tvb

@@ -37,12 +37,11 @@ class BlockEncoder {
   };
 
   bool IsAlwaysRaw(Bytes data) const;
-  const Buffer &Encode(Bytes data);
-  void AppendSmallest(Buffer &out, Bytes data, Bytes care);
+  void Encode(Buffer &out, Bytes data);
+  void EncodeSmallest(Buffer &out, Bytes data, Bytes care);
 
   BlockChoice choice_;
   std::vector<Known> known_;  // by hash
-  Buffer last_;               // a block too cheap or too large to cache
 };
 
 }  // namespace tvb

@@ -97,6 +97,11 @@ struct Codec {
   // Throws Error, with nothing written, for a parameter that cannot encode `data`.
   void (*encode)(Buffer &out, Bytes data, std::optional<int64_t> parameter);
 
+  // Appends the payload that encode() makes without a parameter if it is smaller than `limit`
+  // bytes; else returns false with nothing written, and at little cost where a glance at the data
+  // shows it.
+  bool (*encode_below)(Buffer &out, Bytes data, size_t limit);
+
   // Reads a payload that should give `decoded.count()` bytes and leaves the cursor where the player
   // would be after it. Stops at the end of the image, which the caller detects by the cursor. Sets
   // the block's parameter and, if the payload makes no sense, its fault.

@@ -11,6 +11,7 @@
 namespace tvb {
 
 // Equal bytes have equal hashes; different bytes almost never do. The value depends on the machine.
+// The loops of a compiled file depend on the values where different records have equal ones.
 inline uint64_t Hash(Bytes bytes) {
   constexpr uint64_t kOdd = 0x9E3779B97F4A7C15;
   const uint8_t *at = bytes.data();
@@ -23,8 +24,8 @@ inline uint64_t Hash(Bytes bytes) {
     hash ^= hash >> 32;
   }
   uint64_t rest = 0;
-  if (left > 0) {
-    memcpy(&rest, at, left);
+  while (left > 0) {
+    rest = rest << 8 | at[--left];
   }
   hash = (hash ^ rest) * kOdd;
   return hash ^ hash >> 29;

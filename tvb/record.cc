@@ -102,16 +102,14 @@ void AppendRecord(Buffer &file, uint8_t opcode, Bytes body) {
   Append(file, body);
 }
 
-Buffer ShiftBody(const Shift &shift, const Encoder &encode) {
+void AppendShiftBody(Buffer &body, const Shift &shift, const Encoder &encode) {
   CheckShift(shift);
-  Buffer body;
   AppendNumber(body, shift.bits);
   const FieldWriter fields = {body, shift.bits, encode};
   fields.Append(kTagTdi, shift.tdi, shift.care);
   fields.Append(kTagTdo, shift.tdo, shift.free_tdo ? shift.mask : Bytes());
   fields.Append(kTagMask, shift.mask, {});
   body.push_back(kTagEnd);
-  return body;
 }
 
 Buffer PadBody(uint32_t bits, Bytes data) {

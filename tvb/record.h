@@ -35,11 +35,11 @@ struct Shift {
 // or of the same size, may have any value.
 using Encoder = std::function<void(Buffer &out, uint32_t bits, Bytes data, Bytes care)>;
 
-// The body of an SIR or SDR record. `encode`: none in a file of plain blocks, which stores data as
-// it is. Throws Error if the size of a field does not match `bits`, if TDI is missing (the player
-// would have nothing to shift), or for a mask without TDO (the player would compare with zeros that
-// nobody wrote).
-Buffer ShiftBody(const Shift &shift, const Encoder &encode);
+// Appends the body of an SIR or SDR record. `encode`: none in a file of plain blocks, which stores
+// data as it is. Throws Error if the size of a field does not match `bits`, if TDI is missing (the
+// player would have nothing to shift), or for a mask without TDO (the player would compare with
+// zeros that nobody wrote).
+void AppendShiftBody(Buffer &body, const Shift &shift, const Encoder &encode);
 
 // The body of an HIR, TIR, HDR or TDR record: the bits of a header or trailer register, always
 // stored raw. `bits` 0 and no data remove the register. Throws Error if `data` is not exactly

@@ -55,7 +55,9 @@ void Writer::Sdr(uint32_t bits, Bytes tdi, Bytes tdo, Bytes mask) {
 }
 
 void Writer::Scan(Opcode opcode, const Shift &shift) {
-  Put(opcode, ShiftBody(shift, encode_));
+  body_.clear();
+  AppendShiftBody(body_, shift, encode_);
+  Put(opcode, body_);
 }
 
 void Writer::Hir(uint32_t bits, Bytes data) {

@@ -52,7 +52,7 @@ class Writer {
 
   // Shifts `bits` bits of `tdi` through the instruction or the data register. TDO is compared with
   // `tdo` where `mask` has a 1; without a mask nothing is compared. An empty argument is absent.
-  // Throws Error as ShiftBody() and AppendRecord() do.
+  // Throws Error as AppendShiftBody() and AppendRecord() do.
   void Sir(uint32_t bits, Bytes tdi, Bytes tdo = {}, Bytes mask = {});
   void Sdr(uint32_t bits, Bytes tdi, Bytes tdo = {}, Bytes mask = {});
 
@@ -123,6 +123,7 @@ class Writer {
 
   Sink sink_;       // none: records stay pending
   Buffer pending_;  // output not taken yet
+  Buffer body_;     // of the scan being written
   uint64_t taken_ = 0;
   Encoder encode_;  // none: blocks are plain
   bool plain_;

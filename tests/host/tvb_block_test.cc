@@ -178,6 +178,83 @@ TEST(TvbBlock, NoForcedEncodingIsSmallerThanTheSmallest) {
   }
 }
 
+// Data that an encoding makes a few bytes smaller or larger: random bytes, some of them from a
+// small set, some copied from before.
+Buffer HardlyCompressible(size_t size, std::mt19937 &random) {
+  const unsigned gap = 1 + random() % 40;
+  Buffer data;
+  while (data.size() < size) {
+    if (random() % gap != 0 || data.size() < 4) {
+      data.push_back(static_cast<uint8_t>(random() % 3 == 0 ? random() % 4 : random()));
+    } else {
+      const size_t from = random() % (data.size() - 3);
+      const Buffer copy(data.begin() + static_cast<ptrdiff_t>(from), data.begin() + from + 2);
+      data.insert(data.end(), copy.begin(), copy.end());
+    }
+  }
+  data.resize(size);
+  return data;
+}
+
+// Every block that there can be of the data, in the order in which equals are preferred.
+std::vector<Buffer> AllBlocks(const Buffer &data) {
+  std::vector<Buffer> blocks = {EncodeBlock(data, BlockChoice::As(Encoding::kRaw))};
+  for (int escape = 0; escape <= 0xFF; ++escape) {
+    blocks.push_back(RunLength(data, escape));
+  }
+  blocks.push_back(EncodeBlock(data, BlockChoice::As(Encoding::kNibble)));
+  for (int symbol = 0; symbol <= 0xFF; ++symbol) {
+    blocks.push_back(BitCoding(data, symbol));
+  }
+  for (int k = 0; k <= 3; ++k) {
+    blocks.push_back(EncodeBlock(data, BlockChoice::With(Encoding::kLzw, k)));
+  }
+  return blocks;
+}
+
+void ExpectFirstSmallest(const Buffer &data, const std::string &name) {
+  const std::vector<Buffer> all = AllBlocks(data);
+  const auto smaller = [](const Buffer &a, const Buffer &b) { return a.size() < b.size(); };
+  ASSERT_EQ(EncodeBlock(data), *std::min_element(all.begin(), all.end(), smaller))
+      << name << " " << data.size();
+}
+
+TEST(TvbBlock, TheFirstSmallestOfAllBlocksIsTaken) {
+  for (size_t size : {1, 2, 3, 4, 5, 6, 7, 8, 13, 16, 30, 64, 100, 254, 255, 256, 257, 300}) {
+    for (const tvb_data::Sample &sample : tvb_data::Samples(size)) {
+      ExpectFirstSmallest(sample.bytes, sample.name);
+    }
+  }
+  std::mt19937 random(4);
+  for (int round = 0; round < 500; ++round) {
+    ExpectFirstSmallest(HardlyCompressible(1 + random() % 400, random), "hardly compressible");
+  }
+  for (size_t size : {764, 770, 1788, 1794, 3836, 3842, 5000}) {
+    ExpectFirstSmallest(HardlyCompressible(size, random), "hardly compressible");
+  }
+}
+
+TEST(TvbBlock, BelowALimitIsThePayloadItselfOrNothing) {
+  for (size_t size : {0, 1, 2, 3, 4, 16, 100, 256, 300, 800, 9000}) {
+    for (const tvb_data::Sample &sample : tvb_data::Samples(size)) {
+      for (const tvb::EncodingRow &row : tvb::Encodings()) {
+        Buffer payload;
+        row.codec->encode(payload, sample.bytes, std::nullopt);
+        for (size_t limit : {size_t{0}, payload.size() / 2, payload.size()}) {
+          Buffer out = {0x55};
+          EXPECT_FALSE(row.codec->encode_below(out, sample.bytes, limit)) << row.name;
+          EXPECT_EQ(out, Buffer({0x55})) << row.name << " " << sample.name << " " << size;
+        }
+        for (size_t limit : {payload.size() + 1, 2 * payload.size() + 9, SIZE_MAX}) {
+          Buffer out;
+          EXPECT_TRUE(row.codec->encode_below(out, sample.bytes, limit)) << row.name;
+          EXPECT_EQ(out, payload) << row.name << " " << sample.name << " " << size;
+        }
+      }
+    }
+  }
+}
+
 TEST(TvbBlock, BadChoicesAreRefused) {
   const Buffer one = {1};
   EXPECT_THROW(EncodeBlock(one, BlockChoice::With(Encoding::kLzw, 4)), tvb::Error);

@@ -383,6 +383,9 @@ bool Compiler::Opening(const tvb::Shift *first) {
 }
 
 void Compiler::LetGo() {
+  if (held_.empty()) {
+    return;
+  }
   for (const Held &held : std::exchange(held_, {})) {
     if (const auto *plan = std::get_if<RunTestPlan>(&held)) {
       writer_->RunTest(*plan);

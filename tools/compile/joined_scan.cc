@@ -16,6 +16,7 @@ tvb::Shift Uncopied(const svf::ScanRegister &scan) {
   if (scan.compares()) {
     joined.tdo = scan.tdo();
     joined.mask = scan.mask();
+    joined.free_tdo = true;
   }
   return joined;
 }
@@ -81,6 +82,7 @@ tvb::Shift ScanJoiner::Scan() const {
   if (compares_) {
     joined.tdo = tdo_.bytes();
     joined.mask = mask_.bytes();
+    joined.free_tdo = true;
   }
   return joined;
 }

@@ -86,6 +86,7 @@ void CompareIdcode(RecordWriter &writer, const tvb::ChainPlace &place, uint8_t i
   scan.tdi = tdi.bytes();
   scan.tdo = tdo.bytes();
   scan.mask = mask.bytes();
+  scan.free_tdo = true;
   writer.Scan(tvb::kSdr, scan);
 }
 

@@ -45,6 +45,23 @@ bool GoBack(const uint32_t *hashes, EqualRuns &runs) {
   return repeats != 0;
 }
 
+// Tells entries, taken from the window's end to its start, that have no equal within kMaxBody after
+// them. It knows the last entry of each group of hashes, so it may take one for repeated that is
+// not.
+class Neighbours {
+ public:
+  explicit Neighbours(size_t entries) : last_(kGroups, entries + RecordFolder::kMaxBody) {}
+
+  bool MayHaveEqual(size_t entry, uint32_t hash) {
+    return std::exchange(last_[hash / 2 % kGroups], entry) <= entry + RecordFolder::kMaxBody;
+  }
+
+ private:
+  static constexpr size_t kGroups = 1 << 12;
+
+  std::vector<size_t> last_;
+};
+
 bool Equal(tvb::Bytes one, tvb::Bytes other) {
   return std::equal(one.begin(), one.end(), other.begin(), other.end());
 }
@@ -100,9 +117,18 @@ std::vector<RecordFolder::Choice> RecordFolder::Choose() const {
   std::vector<uint64_t> cost(size() + 1);
   std::vector<uint32_t> hashes = hashes_;
   hashes.resize(size() + kMaxBody);  // padded with 0, the hash of no record
+  Neighbours neighbours(size());
   EqualRuns equal{};
+  bool any_equal = false;
   for (size_t entry = size(); entry-- > 0;) {
     cost[entry] = cost[entry + 1] + Start(entry + 1) - Start(entry);
+    if (!neighbours.MayHaveEqual(entry, hashes[entry])) {
+      if (std::exchange(any_equal, false)) {
+        equal.fill(0);
+      }
+      continue;
+    }
+    any_equal = true;
     if (!GoBack(&hashes[entry], equal)) {
       continue;
     }
@@ -126,23 +152,32 @@ std::vector<RecordFolder::Choice> RecordFolder::Choose() const {
 // the window's end may continue after it: that one is opened.
 void RecordFolder::PassOn(size_t limit) {
   const std::vector<Choice> choices = Choose();
+  size_t done = 0;
   size_t entry = 0;
   while (entry < limit) {
     const Choice &choice = choices[entry];
     const size_t next = entry + static_cast<size_t>(choice.period) * choice.copies;
     if (choice.copies == 1 || !IsRepeated(entry, choice)) {
-      sink_(Stretch(entry, 1));
-      ++records_;
       ++entry;
-    } else if (next + choice.period > size()) {
+      continue;
+    }
+    PassOnRecords(done, entry);
+    if (next + choice.period > size()) {
       OpenLoopAt(entry, choice);
       return;
-    } else {
-      PassOnLoop(Stretch(entry, choice.period), choice.period, choice.copies);
-      entry = next;
     }
+    PassOnLoop(Stretch(entry, choice.period), choice.period, choice.copies);
+    entry = done = next;
   }
+  PassOnRecords(done, entry);
   Drop(entry);
+}
+
+void RecordFolder::PassOnRecords(size_t first, size_t end) {
+  if (first < end) {
+    sink_(Stretch(first, end - first));
+    records_ += end - first;
+  }
 }
 
 // Different records may have equal hashes.

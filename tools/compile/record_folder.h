@@ -66,6 +66,7 @@ class RecordFolder {
   void Append(tvb::Bytes record);
   std::vector<Choice> Choose() const;
   void PassOn(size_t limit);
+  void PassOnRecords(size_t first, size_t end);
   bool IsRepeated(size_t entry, const Choice &choice) const;
   void PassOnLoop(tvb::Bytes body, size_t body_records, uint64_t copies);
   void OpenLoopAt(size_t entry, const Choice &choice);

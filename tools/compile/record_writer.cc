@@ -31,16 +31,6 @@ uint64_t CountBits(tvb::Bytes bytes) {
   return count;
 }
 
-// The scan in the form that is written.
-tvb::Shift Reduced(tvb::Shift scan) {
-  if (!AnyBit(scan.mask)) {
-    scan.tdo = {};
-    scan.mask = {};
-  }
-  scan.free_tdo = true;
-  return scan;
-}
-
 }  // namespace
 
 std::optional<RunTestPlan> PlanRunTest(uint64_t count, const svf::Decimal &seconds, uint32_t hz) {
@@ -107,16 +97,12 @@ void RecordWriter::Opening(const tvb::ChainPlace &place, uint8_t instruction, ui
 }
 
 void RecordWriter::OpeningScan(const tvb::Shift &scan, uint32_t limit) {
-  const tvb::Shift reduced = Reduced(scan);
-  writer_.Scan(tvb::kSir, reduced);
-  AccountForScan(tvb::kSir, reduced, limit);
+  Put(tvb::kSir, scan, limit);
 }
 
 void RecordWriter::Scan(tvb::Opcode opcode, const tvb::Shift &scan) {
   Begin();
-  const tvb::Shift reduced = Reduced(scan);
-  writer_.Scan(opcode, reduced);
-  AccountForScan(opcode, reduced, limit_);
+  Put(opcode, scan, limit_);
 }
 
 void RecordWriter::RunTest(const RunTestPlan &plan) {
@@ -192,6 +178,17 @@ void RecordWriter::WriteFrequency() {
     writer_.Frequency(limit_);
   }
   written_hz_ = limit_;
+}
+
+void RecordWriter::Put(tvb::Opcode opcode, const tvb::Shift &scan, uint32_t limit) {
+  if (!scan.tdo.empty() && !AnyBit(scan.mask)) {
+    tvb::Shift uncompared = scan;
+    uncompared.tdo = {};
+    uncompared.mask = {};
+    return Put(opcode, uncompared, limit);
+  }
+  writer_.Scan(opcode, scan);
+  AccountForScan(opcode, scan, limit);
 }
 
 void RecordWriter::AccountForScan(tvb::Opcode opcode, const tvb::Shift &scan, uint32_t limit) {

@@ -108,7 +108,7 @@ class RecordWriter {
   void Opening(const tvb::ChainPlace &place, uint8_t instruction, uint32_t limit);
   void OpeningScan(const tvb::Shift &scan, uint32_t limit);
 
-  // Writes a scan. An all-zero mask means no comparison; don't-care bits are chosen by the writer.
+  // Writes a scan. An all-zero mask means no comparison.
   void Scan(tvb::Opcode opcode, const tvb::Shift &scan);
 
   // Writes a run-test, in pieces if it is longer than the longest wait or than the player can
@@ -141,6 +141,7 @@ class RecordWriter {
   void Begin();
   void WriteFrequency();
   uint64_t ClocksOfPiece(uint64_t clocks) const;
+  void Put(tvb::Opcode opcode, const tvb::Shift &scan, uint32_t limit);
   void AccountForScan(tvb::Opcode opcode, const tvb::Shift &scan, uint32_t limit);
   void NoteRate(uint32_t limit);
 

@@ -4,7 +4,6 @@
 // payload is the symbol, which is the parameter, then bits that fill each byte from its most
 // significant bit down: 0 for the symbol; 1 and eight bits, most significant first, for another
 // byte. Unused bits of the last byte are 0.
-#include <algorithm>
 #include <array>
 
 #include "tvb/block.h"
@@ -68,17 +67,33 @@ class BitReader {
   int left_ = 0;
 };
 
-// The most frequent byte; the lowest of equals.
-uint8_t BestSymbol(Bytes data) {
-  std::array<size_t, 256> seen{};
+// A symbol and how often the data has it.
+struct Symbol {
+  uint8_t byte = 0;
+  uint32_t times = 0;
+};
+
+// The most frequent byte; the lowest of equals. `Count`: a type that can hold the size of the data.
+template <typename Count>
+Symbol BestSymbol(Bytes data) {
+  std::array<Count, 256> seen;
+  seen.fill(0);
+  Symbol best;
   for (uint8_t byte : data) {
-    ++seen[byte];
+    const uint32_t times = ++seen[byte];
+    if (times > best.times || (times == best.times && byte < best.byte)) {
+      best = {byte, times};
+    }
   }
-  return static_cast<uint8_t>(std::max_element(seen.begin(), seen.end()) - seen.begin());
+  return best;
 }
 
-void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
-  const uint8_t symbol = parameter ? ByteParameter(*parameter) : BestSymbol(data);
+// Few bytes are counted in fewer bytes, which take time to clear.
+Symbol BestSymbol(Bytes data) {
+  return data.size() <= 0xFF ? BestSymbol<uint8_t>(data) : BestSymbol<uint32_t>(data);
+}
+
+void EncodeWith(Buffer &out, Bytes data, uint8_t symbol) {
   out.push_back(symbol);
   BitPacker packer(out);
   for (uint8_t byte : data) {
@@ -89,6 +104,20 @@ void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
     }
   }
   packer.Flush();
+}
+
+void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
+  EncodeWith(out, data, parameter ? ByteParameter(*parameter) : BestSymbol(data).byte);
+}
+
+bool EncodeBelow(Buffer &out, Bytes data, size_t limit) {
+  const Symbol symbol = BestSymbol(data);
+  const size_t bits = 9 * data.size() - 8 * size_t{symbol.times};
+  if (1 + (bits + 7) / 8 >= limit) {
+    return false;
+  }
+  EncodeWith(out, data, symbol.byte);
+  return true;
 }
 
 void Decode(Cursor &cursor, Decoded &decoded, BlockView &block) {
@@ -112,6 +141,7 @@ std::string SymbolText(uint64_t symbol) {
 
 const Codec codecs::kBitCoding = {
     .encode = Encode,
+    .encode_below = EncodeBelow,
     .decode = Decode,
     .min_size = 2,
     .parameter_name = "symbol",

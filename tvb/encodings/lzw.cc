@@ -11,6 +11,8 @@
 // below 512, below 1024, below 2048, or above. Bits fill each byte from its lowest bit up; the
 // unused bits of the last byte are 0.
 #include <algorithm>
+#include <bit>
+#include <limits>
 #include <vector>
 
 #include "tvb/block.h"
@@ -29,6 +31,9 @@ class CodeCounter {
  public:
   explicit CodeCounter(int k) : codes_(512u << k) {}
 
+  int k() const {
+    return std::countr_zero(codes_ / 512);
+  }
   uint32_t codes() const {
     return codes_;
   }
@@ -48,9 +53,17 @@ class CodeCounter {
     return (2u << Width()) - next_ - 1;
   }
 
+  // True once there was a wrap. Until then a larger dictionary gives the same codes.
+  bool wrapped() const {
+    return wrapped_;
+  }
+
   // Advances after a data code.
   void Step() {
-    next_ = next_ + 1 == codes_ ? kFirstString : next_ + 1;
+    if (++next_ == codes_) {
+      next_ = kFirstString;
+      wrapped_ = true;
+    }
   }
   void Clear() {
     next_ = kFirstString;
@@ -59,14 +72,67 @@ class CodeCounter {
  private:
   uint32_t codes_;
   uint32_t next_ = kFirstString;
+  bool wrapped_ = false;
 };
+
+// The pairs of neighbouring bytes since the last restart, as bits of a hash table. Two of them may
+// share a bit: then the later one does not count as new.
+class Pairs {
+ public:
+  // `bytes`: of the data.
+  explicit Pairs(size_t bytes)
+      : bits_(std::clamp(2 * static_cast<int>(std::bit_width(bytes)) + 1, kMinBits, kMaxBits)),
+        seen_(size_t{1} << bits_ >> 6) {}
+
+  void Restart() {
+    std::fill(seen_.begin(), seen_.end(), 0);
+  }
+
+  // True if the pair is new.
+  bool Add(uint8_t first, uint8_t second) {
+    const auto pair = static_cast<uint32_t>(first << 8 | second);
+    const uint32_t bit = (pair * 0x9E37 & 0xFFFF) >> (kMaxBits - bits_);
+    const uint64_t before = seen_[bit >> 6];
+    seen_[bit >> 6] = before | uint64_t{1} << (bit & 63);
+    return (before >> (bit & 63) & 1) == 0;
+  }
+
+ private:
+  static constexpr int kMinBits = 6;
+  static constexpr int kMaxBits = 16;
+
+  int bits_;  // the table's size is 1 << bits_
+  std::vector<uint64_t> seen_;
+};
+
+// False if no payload of the data can be smaller than `limit` bytes. Every string with a code
+// occurs earlier in the data, after the dictionary was last empty; so a pair that is new since then
+// is in no string, and a code ends between its bytes.
+bool MayBeBelow(Bytes data, size_t limit, CodeCounter &counter) {
+  constexpr uint64_t kByteOfK = 8;
+  constexpr uint64_t kLastByteOrString = 8;
+  constexpr uint64_t kEnd = 9;
+  uint64_t bits = kByteOfK + (data.empty() ? 0 : kLastByteOrString) + kEnd;
+  Pairs pairs(data.size());
+  for (size_t at = 1; at < data.size() && (bits + 7) / 8 < limit; ++at) {
+    if (pairs.Add(data[at - 1], data[at])) {
+      bits += static_cast<unsigned>(counter.Width());
+      counter.Step();
+      if (counter.fresh()) {
+        pairs.Restart();
+      }
+    }
+  }
+  return (bits + 7) / 8 < limit;
+}
 
 // The encoder's dictionary: the strings that have a code, with the key (code of all but the last
 // byte, last byte). An open-addressing hash table at most half full; a slot holds prefix, byte and
 // code in 12, 8 and 12 bits, and 0 if free.
 class Codes {
  public:
-  explicit Codes(uint32_t codes) : slots_(2 * codes, 0) {}
+  // `strings`: the most that are added between two restarts.
+  explicit Codes(size_t strings) : slots_(std::bit_ceil(2 * strings + 2), 0) {}
 
   void Restart() {
     std::fill(slots_.begin(), slots_.end(), 0);
@@ -102,11 +168,7 @@ class Codes {
 
 class CodeWriter {
  public:
-  CodeWriter(Buffer &out, int k) : out_(out), counter_(k) {}
-
-  const CodeCounter &counter() const {
-    return counter_;
-  }
+  CodeWriter(Buffer &out, CodeCounter &counter) : out_(out), counter_(counter) {}
 
   void PutData(uint32_t code) {
     Put(code);
@@ -129,8 +191,7 @@ class CodeWriter {
       return;
     }
     uint32_t value = code + threshold;
-    PutBits(value >> 1, width);
-    PutBits(value & 1, 1);
+    PutBits(value >> 1 | (value & 1) << width, width + 1);
   }
 
   // Appends bits, lowest bit first, filling each byte from its lowest bit up.
@@ -145,64 +206,65 @@ class CodeWriter {
   }
 
   Buffer &out_;
-  CodeCounter counter_;
+  CodeCounter &counter_;
   uint32_t held_ = 0;
   int held_count_ = 0;
 };
 
-// Matches the data against the dictionary, always taking the longest string with a code.
-class Encoder {
- public:
-  Encoder(Buffer &out, int k) : writer_(out, k), codes_(writer_.counter().codes()) {}
-
-  void Encode(Bytes data) {
-    if (!data.empty()) {
-      uint32_t string = data[0];
-      for (size_t at = 1; at < data.size(); ++at) {
-        string = Extend(string, data[at]);
+// Matches the data against the dictionary, always taking the longest string with a code. Gives up,
+// with a part of the payload written, and returns false when that has `limit` bytes.
+bool EncodeWith(Buffer &out, Bytes data, size_t limit, CodeCounter &counter) {
+  const size_t start = out.size();
+  out.push_back(static_cast<uint8_t>(counter.k()));
+  CodeWriter writer(out, counter);
+  if (!data.empty()) {
+    Codes codes(std::min<size_t>(counter.codes() - kFirstString, data.size()));
+    uint32_t string = data[0];
+    for (uint8_t byte : data.subspan(1)) {
+      if (uint32_t longer = codes.Find(string, byte)) {
+        string = longer;
+        continue;
       }
-      writer_.PutData(string);
+      writer.PutData(string);
+      if (out.size() - start >= limit) {
+        return false;
+      }
+      // The decoder defines this string, as the code below the counter, with the next code it
+      // reads. It defines none for the first code after a wrap.
+      if (counter.fresh()) {
+        codes.Restart();
+      } else {
+        codes.Add(string, byte, counter.next() - 1);
+      }
+      string = byte;
     }
-    writer_.PutEnd();
+    writer.PutData(string);
   }
-
- private:
-  // Extends `string` by one byte: returns the code of the longer string, or writes `string` and
-  // starts a new one.
-  uint32_t Extend(uint32_t string, uint8_t byte) {
-    if (uint32_t longer = codes_.Find(string, byte)) {
-      return longer;
-    }
-    writer_.PutData(string);
-    // The decoder defines this string, as the code below the counter, with the next code it reads.
-    // It defines none for the first code after a wrap.
-    if (writer_.counter().fresh()) {
-      codes_.Restart();
-    } else {
-      codes_.Add(string, byte, writer_.counter().next() - 1);
-    }
-    return byte;
-  }
-
-  CodeWriter writer_;
-  Codes codes_;
-};
-
-Buffer Payload(Bytes data, int k) {
-  Buffer payload = {static_cast<uint8_t>(k)};
-  Encoder(payload, k).Encode(data);
-  return payload;
+  writer.PutEnd();
+  return out.size() - start < limit;
 }
 
-Buffer SmallestPayload(Bytes data) {
-  Buffer best = Payload(data, 0);
-  for (int k = 1; k <= kMaxK; ++k) {
-    Buffer candidate = Payload(data, k);
-    if (candidate.size() < best.size()) {
-      best = std::move(candidate);
+bool EncodeBelow(Buffer &out, Bytes data, size_t limit) {
+  const size_t start = out.size();
+  bool any = false;
+  for (int k = 0; k <= kMaxK; ++k) {
+    CodeCounter counter(k);
+    if (MayBeBelow(data, limit, counter)) {
+      const size_t before = out.size();
+      counter = CodeCounter(k);
+      if (EncodeWith(out, data, limit, counter)) {
+        out.erase(out.begin() + start, out.begin() + before);
+        limit = out.size() - start;
+        any = true;
+      } else {
+        out.resize(before);
+      }
+    }
+    if (!counter.wrapped()) {
+      break;
     }
   }
-  return best;
+  return any;
 }
 
 void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
@@ -210,7 +272,13 @@ void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
     throw Error("an LZW dictionary size is 0 to 3 (512 to 4096 codes), not " +
                 std::to_string(*parameter));
   }
-  Append(out, parameter ? Payload(data, static_cast<int>(*parameter)) : SmallestPayload(data));
+  constexpr size_t kNoLimit = std::numeric_limits<size_t>::max();
+  if (!parameter) {
+    EncodeBelow(out, data, kNoLimit);
+  } else {
+    CodeCounter counter(static_cast<int>(*parameter));
+    EncodeWith(out, data, kNoLimit, counter);
+  }
 }
 
 // The decoder's dictionary: each string is a byte, or a shorter string plus one byte.
@@ -331,6 +399,7 @@ std::string SizeText(uint64_t k) {
 
 const Codec codecs::kLzw = {
     .encode = Encode,
+    .encode_below = EncodeBelow,
     .decode = Decode,
     .min_size = 4,
     .parameter_name = "k",

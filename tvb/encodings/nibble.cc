@@ -4,7 +4,7 @@
 // nibble of each byte first. The payload is the pattern's length in nibbles, which is the
 // parameter, stored as a number, then the pattern, two nibbles per byte; after a pattern of odd
 // length the last low nibble is 0.
-#include <vector>
+#include <algorithm>
 
 #include "tvb/block.h"
 #include "tvb/error.h"
@@ -19,32 +19,35 @@ uint8_t NibbleAt(Bytes data, uint64_t index) {
   return index % 2 == 0 ? byte >> 4 : byte & 0x0F;
 }
 
-// The smallest p > 0 such that each nibble equals the one p before it. Computed by the prefix
-// function: removing the longest proper border of the whole sequence leaves its smallest period.
-size_t SmallestPeriod(Bytes data) {
-  size_t length = 2 * data.size();
-  std::vector<uint32_t> border(length, 0);
-  for (size_t i = 1; i < length; ++i) {
-    uint8_t nibble = NibbleAt(data, i);
-    uint32_t matched = border[i - 1];
-    while (matched > 0 && NibbleAt(data, matched) != nibble) {
-      matched = border[matched - 1];
-    }
-    border[i] = NibbleAt(data, matched) == nibble ? matched + 1 : 0;
+// True if the first `length` nibbles are whole copies of the first `pattern`, which divides it.
+bool Repeats(Bytes data, uint64_t length, uint64_t pattern) {
+  if (pattern % 2 == 0) {
+    return std::equal(data.begin() + pattern / 2, data.begin() + length / 2, data.begin());
   }
-  return length - border[length - 1];
+  for (uint64_t i = pattern; i < length; ++i) {
+    if (NibbleAt(data, i) != NibbleAt(data, i - pattern)) {
+      return false;
+    }
+  }
+  return true;
 }
 
 // The length of the shortest pattern in nibbles: at most that of the block itself, 0 for an empty
-// block.
-size_t ShortestPattern(Bytes data) {
-  if (data.empty()) {
-    return 0;
+// block. If patterns of two lengths fill the block, so does one of their greatest common divisor;
+// so the shortest is reached by dividing the length by its prime factors while that works.
+uint64_t ShortestPattern(Bytes data) {
+  uint64_t pattern = 2 * data.size();
+  uint64_t rest = pattern;
+  for (uint64_t factor = 2; rest > 1; ++factor) {
+    if (factor * factor > rest) {
+      factor = rest;
+    }
+    for (bool divides = true; rest % factor == 0; rest /= factor) {
+      divides = divides && Repeats(data, pattern, pattern / factor);
+      pattern /= divides ? factor : 1;
+    }
   }
-  size_t length = 2 * data.size();
-  size_t period = SmallestPeriod(data);
-  // If the smallest period does not divide the length, no period below the length does.
-  return length % period == 0 ? period : length;
+  return pattern;
 }
 
 // A pattern must fill the block to its last byte in whole copies. An empty block has only the empty
@@ -54,33 +57,37 @@ bool IsPattern(Bytes data, uint64_t nibbles) {
   if (nibbles == 0 || length == 0) {
     return nibbles == length;
   }
-  if (length % nibbles != 0) {
-    return false;
-  }
-  for (uint64_t i = nibbles; i < length; ++i) {
-    if (NibbleAt(data, i) != NibbleAt(data, i - nibbles)) {
-      return false;
-    }
-  }
-  return true;
+  return length % nibbles == 0 && Repeats(data, length, nibbles);
 }
 
-size_t GivenPattern(Bytes data, int64_t nibbles) {
+uint64_t GivenPattern(Bytes data, int64_t nibbles) {
   if (nibbles < 0 || !IsPattern(data, static_cast<uint64_t>(nibbles))) {
     throw Error("the block is not a whole number of copies of its first " +
                 std::to_string(nibbles) +
                 " nibbles; leave the length out for the shortest pattern");
   }
-  return static_cast<size_t>(nibbles);
+  return static_cast<uint64_t>(nibbles);
 }
 
-void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
-  const size_t nibbles = parameter ? GivenPattern(data, *parameter) : ShortestPattern(data);
+void EncodeWith(Buffer &out, Bytes data, uint64_t nibbles) {
   AppendNumber(out, static_cast<uint32_t>(nibbles));
-  Append(out, Bytes(data.data(), (nibbles + 1) / 2));
+  Append(out, Bytes(data.data(), static_cast<size_t>(nibbles + 1) / 2));
   if (nibbles % 2 != 0) {
     out.back() &= 0xF0;
   }
+}
+
+void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
+  EncodeWith(out, data, parameter ? GivenPattern(data, *parameter) : ShortestPattern(data));
+}
+
+bool EncodeBelow(Buffer &out, Bytes data, size_t limit) {
+  const uint64_t nibbles = ShortestPattern(data);
+  if (NumberSize(static_cast<uint32_t>(nibbles)) + (nibbles + 1) / 2 >= limit) {
+    return false;
+  }
+  EncodeWith(out, data, nibbles);
+  return true;
 }
 
 void RepeatPattern(Bytes pattern, uint64_t nibbles, uint64_t bytes, Decoded &decoded) {
@@ -131,6 +138,7 @@ std::string ShortageText(const BlockView &block) {
 
 const Codec codecs::kNibble = {
     .encode = Encode,
+    .encode_below = EncodeBelow,
     .decode = Decode,
     .min_size = 2,
     .parameter_name = "nibbles",

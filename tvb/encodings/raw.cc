@@ -14,6 +14,14 @@ void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
   Append(out, data);
 }
 
+bool EncodeBelow(Buffer &out, Bytes data, size_t limit) {
+  if (data.size() >= limit) {
+    return false;
+  }
+  Append(out, data);
+  return true;
+}
+
 void Decode(Cursor &cursor, Decoded &decoded, BlockView &) {
   decoded.Put(cursor.Slice(decoded.count()));
 }
@@ -22,6 +30,7 @@ void Decode(Cursor &cursor, Decoded &decoded, BlockView &) {
 
 const Codec codecs::kRaw = {
     .encode = Encode,
+    .encode_below = EncodeBelow,
     .decode = Decode,
     .min_size = 1,
 };

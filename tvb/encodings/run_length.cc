@@ -21,8 +21,14 @@ size_t RunAt(Bytes data, size_t start) {
   return end - start;
 }
 
+// An escape byte and the payload that it makes, in bytes.
+struct Escape {
+  uint8_t byte = 0;
+  size_t size = 0;
+};
+
 // The escape byte that makes the payload smallest; the lowest of equals.
-uint8_t BestEscape(Bytes data) {
+Escape BestEscape(Bytes data) {
   std::array<int64_t, 256> saved{};
   for (size_t at = 0; at < data.size();) {
     size_t run = RunAt(data, at);
@@ -30,11 +36,21 @@ uint8_t BestEscape(Bytes data) {
     saved[data[at]] += static_cast<int64_t>(run) - static_cast<int64_t>(stored);
     at += run;
   }
-  return static_cast<uint8_t>(std::max_element(saved.begin(), saved.end()) - saved.begin());
+  const auto best = std::max_element(saved.begin(), saved.end());
+  return {static_cast<uint8_t>(best - saved.begin()), 1 + data.size() - static_cast<size_t>(*best)};
 }
 
-void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
-  const uint8_t escape = parameter ? ByteParameter(*parameter) : BestEscape(data);
+// No other run is stored in fewer bytes than it has.
+bool AnyRunOfThree(Bytes data) {
+  for (size_t at = 2; at < data.size(); ++at) {
+    if (data[at] == data[at - 1] && data[at] == data[at - 2]) {
+      return true;
+    }
+  }
+  return false;
+}
+
+void EncodeWith(Buffer &out, Bytes data, uint8_t escape) {
   out.push_back(escape);
   for (size_t at = 0; at < data.size();) {
     if (data[at] != escape) {
@@ -46,6 +62,22 @@ void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
     AppendNumber(out, static_cast<uint32_t>(run - 1));
     at += run;
   }
+}
+
+void Encode(Buffer &out, Bytes data, std::optional<int64_t> parameter) {
+  EncodeWith(out, data, parameter ? ByteParameter(*parameter) : BestEscape(data).byte);
+}
+
+bool EncodeBelow(Buffer &out, Bytes data, size_t limit) {
+  if (1 + data.size() >= limit && !AnyRunOfThree(data)) {
+    return false;
+  }
+  const Escape escape = BestEscape(data);
+  if (escape.size >= limit) {
+    return false;
+  }
+  EncodeWith(out, data, escape.byte);
+  return true;
 }
 
 void Decode(Cursor &cursor, Decoded &decoded, BlockView &block) {
@@ -79,6 +111,7 @@ std::string EscapeText(uint64_t escape) {
 
 const Codec codecs::kRunLength = {
     .encode = Encode,
+    .encode_below = EncodeBelow,
     .decode = Decode,
     .min_size = 2,
     .parameter_name = "escape",
