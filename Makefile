@@ -2,9 +2,10 @@
 #
 # The front door. CMakePresets.json has the build trees of the host side.
 #
-# Only `make bench`, `demo`, `deb`, `test` and `test-deb` install what they miss, of the Debian packages
-# in scripts/packages.txt. Every other target names it, and `make setup` installs it. What builds
-# modules or boots a kernel fetches the distribution's Linux 5.10 for arm64, once, into build/.
+# Only `make bench`, `bench-kernel`, `demo`, `deb`, `test` and `test-deb` install what they miss, of the
+# Debian packages in scripts/packages.txt. Every other target names it, and `make setup` installs it.
+# What builds modules or boots a kernel fetches the distribution's Linux 5.10 for arm64, once, into
+# build/.
 #
 # Variables:
 #   BUILD=DIR          where everything is built instead of in build/ (but for the tests and the demo)
@@ -55,7 +56,7 @@ export KDIR DESTDIR PREFIX
 .DEFAULT_GOAL := all
 
 .PHONY: help all setup modules modules_install lib tools install uninstall dist deb test test-host \
-        test-deb test-kernel test-kernels second-kernel kernel-root tool-host tool-arm64 demo fuzz bench bench-record clean kernel host bench-tree sanitize judged fuzzers
+        test-deb test-kernel test-kernels second-kernel kernel-root tool-host tool-arm64 demo fuzz bench bench-kernel bench-record clean kernel host bench-tree sanitize judged fuzzers
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^[a-z_-]+:.*## / { printf "  make %-18s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
@@ -164,6 +165,15 @@ bench-record: ## Record the instructions that make test holds the code to
 	$(SETUP) lib tools test
 	+@$(MAKE) --no-print-directory bench-tree
 	tests/bench/guard --record build/host
+
+bench-kernel: ## Count the instructions of a TCK period on Linux 5.10, and of OpenOCD's, for docs/
+	$(IN_BUILD)
+	$(SETUP) lib tools test modules qemu
+	+@$(MAKE) --no-print-directory modules
+	cmake --preset host
+	+$(CMAKE_BUILD) host $(PARALLEL) --target tvb_tool make_files
+	$(if $(filter no,$(M7_SETUP)),,scripts/fetch-openocd build/kernel-openocd)
+	KERNEL="$(KERNEL)" OPENOCD=build/kernel-openocd tests/bench/kernel --write docs/performance-kernel.md build/bench
 
 clean: ## Remove everything that was built (the fetched kernel stays: rm -r build does it all)
 	scripts/clean "$(BUILD)"

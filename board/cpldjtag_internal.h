@@ -27,13 +27,13 @@ ssize_t cpldjtag_drivers_show(char *page);
 /* ---- cpldjtag_main.c */
 
 /*
- * Serves the chain of @dev: takes its lines and adds the attributes. One device can be served at a
- * time. Returns 0 or a negative error code, which has been reported unless it is -EPROBE_DEFER.
+ * Serves the chain of @dev, whose driver is probing it, until that leaves it: takes its lines and
+ * adds the attributes. One device can be served at a time. Returns 0 or a negative error code,
+ * which has been reported unless it is -EPROBE_DEFER.
  */
 int cpldjtag_start(struct device *dev);
-void cpldjtag_stop(void *dev);
 
-/* ---- cpldjtag_pins.c */
+/* ---- cpldjtag_lines.c */
 
 enum cpldjtag_signal { CPLDJTAG_TCK, CPLDJTAG_TMS, CPLDJTAG_TDI, CPLDJTAG_TDO, CPLDJTAG_SIGNALS };
 
@@ -44,16 +44,37 @@ extern const char *const cpldjtag_signal_names[CPLDJTAG_SIGNALS];
  * Takes the lines from gpiolib: those that the module parameters number, or else those that belong
  * to @dev. Returns 0 or a negative error code, as cpldjtag_start().
  */
-int cpldjtag_pins_request(struct device *dev);
-void cpldjtag_pins_release(void);
+int cpldjtag_lines_request(struct device *dev);
+void cpldjtag_lines_release(void);
+
+/* How a line is set and read: in the way that costs least. */
+enum cpldjtag_way {
+	CPLDJTAG_BY_CHIP, /* by its chip, which does not sleep and is held, and has the line's level
+			   */
+	CPLDJTAG_RAW,	  /* by gpiolib, which does as much */
+	CPLDJTAG_BY_FLAGS, /* by gpiolib, which makes of it what the line's flags say */
+	CPLDJTAG_SLEEPING, /* the same, of a chip that may sleep */
+};
+
+/* Those that were taken. */
+extern struct cpldjtag_line {
+	struct gpio_desc *desc;
+	struct gpio_chip *chip;
+	unsigned int offset; /* in the chip */
+	enum cpldjtag_way way;
+} cpldjtag_lines[CPLDJTAG_SIGNALS];
 
 /*
- * The lines that were taken, the way to them, and a text "tck=LINE tms=LINE tdi=LINE tdo=LINE". A
+ * Writes "tck=LINE tms=LINE tdi=LINE tdo=LINE" to a buffer of a page, and returns its length. A
  * LINE is its number if the parameters have it, else CHIP:OFFSET.
  */
+ssize_t cpldjtag_lines_show(char *page);
+
+/* ---- cpldjtag_pins.c */
+
+/* The lines and the way to them, as a driver has them. */
 extern struct cpldjtag_pins cpldjtag_pins;
 extern const struct cpldjtag_pin_ops cpldjtag_pin_ops;
-ssize_t cpldjtag_pins_show(char *page);
 
 /* What a download has done so far. A clock is a rising edge of TCK, and the first one is 0. */
 struct cpldjtag_progress {

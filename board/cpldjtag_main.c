@@ -43,8 +43,6 @@ static_assert(offsetof(struct cpldjtag_pin_ops, drive_low) == 24);
 static_assert(offsetof(struct cpldjtag_pin_ops, read) == 32);
 static_assert(sizeof(struct cpldjtag_ops) == 40);
 
-static struct platform_device *device;
-
 static ssize_t download_store(struct device *dev, struct device_attribute *attr, const char *buf,
 			      size_t count)
 {
@@ -76,7 +74,7 @@ static DEVICE_ATTR_RO(drivers);
 
 static ssize_t pins_show(struct device *dev, struct device_attribute *attr, char *buf)
 {
-	return cpldjtag_pins_show(buf);
+	return cpldjtag_lines_show(buf);
 }
 static DEVICE_ATTR_RO(pins);
 
@@ -87,6 +85,17 @@ static const struct attribute_group *groups[] = {&group, &cpldjtag_status_group,
 
 static unsigned long serving;
 
+static void stop(void *dev)
+{
+	/* A download may last for hours. */
+	cpldjtag_status_cancel();
+	cpldjtag_upload_remove(dev);
+	/* Waits for a write that is under way. */
+	sysfs_remove_groups(&((struct device *)dev)->kobj, groups);
+	cpldjtag_lines_release();
+	clear_bit_unlock(0, &serving);
+}
+
 int cpldjtag_start(struct device *dev)
 {
 	int error;
@@ -95,65 +104,58 @@ int cpldjtag_start(struct device *dev)
 		dev_err(dev, "only one chain can be served, and another device has that\n");
 		return -EBUSY;
 	}
-	error = cpldjtag_pins_request(dev);
+	error = cpldjtag_lines_request(dev);
 	if (error)
 		goto end_serving;
 	error = sysfs_create_groups(&dev->kobj, groups);
 	if (error)
-		goto release_pins;
+		goto release_lines;
 	error = cpldjtag_upload_add(dev);
 	if (error)
 		goto remove_groups;
-	return 0;
+	/* An action, since what a remove operation returns differs between kernels. */
+	return devm_add_action_or_reset(dev, stop, dev);
 
 remove_groups:
 	sysfs_remove_groups(&dev->kobj, groups);
-release_pins:
-	cpldjtag_pins_release();
+release_lines:
+	cpldjtag_lines_release();
 end_serving:
 	clear_bit_unlock(0, &serving);
 	return error;
 }
 
-void cpldjtag_stop(void *dev)
+/* The module's own device, which has the lines of the parameters, and its driver. */
+static struct platform_device *device;
+static struct platform_driver driver = {.driver = {.name = "cpldjtag"}};
+static int probe_error;
+
+static int probe(struct platform_device *device)
 {
-	/* A download may last for hours. */
-	cpldjtag_status_cancel();
-	cpldjtag_upload_remove(dev);
-	/* Waits for a write that is under way. */
-	sysfs_remove_groups(&((struct device *)dev)->kobj, groups);
-	cpldjtag_pins_release();
-	clear_bit_unlock(0, &serving);
+	probe_error = cpldjtag_start(&device->dev);
+	/* The driver core would tell of any other once more. */
+	return probe_error ? -ENODEV : 0;
 }
 
-/* The module's own device, which has the lines of the parameters. */
 static int add_device(void)
 {
 	int error;
 
-	device = platform_device_register_simple("cpldjtag", PLATFORM_DEVID_NONE, NULL, 0);
-	if (IS_ERR(device))
-		return PTR_ERR(device);
-	error = cpldjtag_lookup_text() ? cpldjtag_lookup_add(dev_name(&device->dev)) : 0;
+	error = cpldjtag_lookup_text() ? cpldjtag_lookup_add(driver.driver.name) : 0;
 	if (error)
-		goto unregister_device;
-	error = cpldjtag_start(&device->dev);
-	if (error)
-		goto remove_lookup;
-	return 0;
-
-remove_lookup:
+		return error;
+	device = platform_create_bundle(&driver, probe, NULL, 0, NULL, 0);
+	if (!IS_ERR(device))
+		return 0;
 	cpldjtag_lookup_remove();
-unregister_device:
-	platform_device_unregister(device);
-	return error;
+	return probe_error ?: PTR_ERR(device);
 }
 
 static void remove_device(void)
 {
-	cpldjtag_stop(&device->dev);
-	cpldjtag_lookup_remove();
 	platform_device_unregister(device);
+	platform_driver_unregister(&driver);
+	cpldjtag_lookup_remove();
 }
 
 static bool has_parameters(void)

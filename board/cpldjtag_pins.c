@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
-/*
- * The four JTAG lines: taken from gpiolib when a device is served, given back when it goes, and the
- * callbacks by which a driver moves them in between.
- */
-#define pr_fmt(fmt) KBUILD_MODNAME ": " fmt
+/* The callbacks by which a driver moves the four JTAG lines. */
 
 #include <linux/gpio/consumer.h>
 #include <linux/gpio/driver.h>
@@ -12,49 +8,22 @@
 #include <linux/sched.h>
 #include <linux/sched/signal.h>
 #include <linux/string.h>
-#include <linux/sysfs.h>
 #include <linux/version.h>
 
 #include "cpldjtag_internal.h"
-
-const char *const cpldjtag_signal_names[] = {
-	[CPLDJTAG_TCK] = "tck",
-	[CPLDJTAG_TMS] = "tms",
-	[CPLDJTAG_TDI] = "tdi",
-	[CPLDJTAG_TDO] = "tdo",
-};
 
 static bool skip_same_level = true;
 module_param(skip_same_level, bool, 0644);
 MODULE_PARM_DESC(skip_same_level, "do not drive TMS and TDI to the level that they have already");
 
-/* How gpiolib is asked for a line: in the way that costs least. */
-enum way {
-	RAW,	  /* the pin has the line's level, and its chip does not sleep */
-	BY_FLAGS, /* the line has flags by which gpiolib makes the pin's level of its own, or none
-		   */
-	SLEEPING, /* its chip may sleep */
-};
-
+/*
+ * The level that a line was driven to last; with UNKNOWN_LEVEL in it, it is none that can be asked
+ * for. @forgotten is UNKNOWN_LEVEL where a level that is driven already is driven again, and else
+ * 0.
+ */
 #define UNKNOWN_LEVEL 2
-
-/* One line, which a driver calls by the number of its signal. */
-static struct line {
-	struct gpio_desc *desc;
-	u8 way;
-	u8 level;   /* that was driven last; with UNKNOWN_LEVEL in it, it is none that can be */
-	u8 forgets; /* UNKNOWN_LEVEL where a level that is driven already is driven again, else 0 */
-} lines[CPLDJTAG_SIGNALS];
-
-static const char *const labels[] = {
-	[CPLDJTAG_TCK] = "jtag-tck",
-	[CPLDJTAG_TMS] = "jtag-tms",
-	[CPLDJTAG_TDI] = "jtag-tdi",
-	[CPLDJTAG_TDO] = "jtag-tdo",
-};
-
-/* For people: the GPIO number of the parameters, or CHIP:OFFSET. */
-static char places[CPLDJTAG_SIGNALS][64];
+static u8 levels[CPLDJTAG_SIGNALS];
+static u8 forgotten;
 
 struct cpldjtag_pins cpldjtag_pins = {
 	.tck = CPLDJTAG_TCK,
@@ -78,169 +47,12 @@ static bool stands_still;
 #define IDCODE_READS 32
 #define NEITHER_LEVEL 2
 
-static void release_lines(size_t count)
-{
-	while (count--) {
-		gpiod_put(lines[count].desc);
-		lines[count].desc = NULL;
-	}
-}
-
-static unsigned int offset_of(const struct gpio_desc *desc)
-{
-	return desc_to_gpio(desc) - gpiod_to_chip(desc)->base;
-}
-
-static int request_number(enum cpldjtag_signal signal)
-{
-	u32 number;
-	int error;
-
-	error = cpldjtag_number_request(signal, labels[signal], &number, &lines[signal].desc);
-	if (!error)
-		snprintf(places[signal], sizeof(places[signal]), "%u", number);
-	return error;
-}
-
-static int refuse(struct device *dev, enum cpldjtag_signal signal, int error, const char *why)
-{
-	const char *name = cpldjtag_signal_names[signal];
-
-	/* Told at all, because gpiolib says the same of a line that its chip does not have. */
-	if (error == -EPROBE_DEFER)
-		dev_info_once(dev, "%s-gpios: %s\n", name, why);
-	if (dev->of_node)
-		return dev_err_probe(dev, error, "%s-gpios: %s\n", name, why);
-	pr_err("%s of lines=%s: %s: error %d\n", name, cpldjtag_lookup_text(), why, error);
-	return error;
-}
-
-static const char *why_not_found(int error)
-{
-	switch (error) {
-	case -ENOENT:
-		return "the line is missing";
-	case -EPROBE_DEFER:
-		return "waiting for a chip that has the line";
-	case -ENODEV:
-		return "there is no such chip or line";
-	case -EINVAL:
-		return "the chip has no such line";
-	case -EBUSY:
-		return "the line is in use";
-	default:
-		return "the line is not available";
-	}
-}
-
-static int find_line_of(struct device *dev, enum cpldjtag_signal signal, struct gpio_desc **desc)
-{
-	int error;
-
-	/* Nothing is driven before the line is known to be a usable one. */
-	*desc = gpiod_get(dev, cpldjtag_signal_names[signal], GPIOD_ASIS);
-	error = PTR_ERR_OR_ZERO(*desc);
-	/* Without a tree nobody would try again later. */
-	if (error == -EPROBE_DEFER && !dev->of_node)
-		error = -ENODEV;
-	return error ? refuse(dev, signal, error, why_not_found(error)) : 0;
-}
-
-/* TMS and TDI rest high, as their pull-ups would have them. */
-static int set_direction(struct device *dev, enum cpldjtag_signal signal, struct gpio_desc *desc)
-{
-	int error;
-
-	if (gpiod_is_active_low(desc))
-		return refuse(
-			dev, signal, -EINVAL,
-			"active-low, but a JTAG line is not inverted; flag it as active-high");
-	if (signal == CPLDJTAG_TDO) {
-		error = gpiod_direction_input(desc);
-		return error ? refuse(dev, signal, error, "the line cannot be an input") : 0;
-	}
-	error = gpiod_direction_output(desc, signal != CPLDJTAG_TCK);
-	return error ? refuse(dev, signal, error, "the line cannot be an output") : 0;
-}
-
-static int request_line_of(struct device *dev, enum cpldjtag_signal signal)
-{
-	struct gpio_desc *desc;
-	int error;
-
-	error = find_line_of(dev, signal, &desc);
-	if (error)
-		return error;
-	error = set_direction(dev, signal, desc);
-	if (error) {
-		gpiod_put(desc);
-		return error;
-	}
-	gpiod_set_consumer_name(desc, labels[signal]);
-	snprintf(places[signal], sizeof(places[signal]), "%s:%u", gpiod_to_chip(desc)->label,
-		 offset_of(desc));
-	lines[signal].desc = desc;
-	return 0;
-}
-
-/* The device tree may say that a line is open-drain, which gpiolib makes up where the chip cannot.
- */
-static enum way way_to(struct gpio_desc *desc)
-{
-	struct gpio_chip *chip = gpiod_to_chip(desc);
-	const unsigned int offset = offset_of(desc);
-
-	if (gpiod_cansleep(desc))
-		return SLEEPING;
-	if (gpiod_is_active_low(desc) || gpiochip_line_is_open_drain(chip, offset) ||
-	    gpiochip_line_is_open_source(chip, offset))
-		return BY_FLAGS;
-	return RAW;
-}
-
-int cpldjtag_pins_request(struct device *dev)
-{
-	enum cpldjtag_signal signal;
-	int error;
-
-	for (signal = 0; signal < CPLDJTAG_SIGNALS; signal++) {
-		error = cpldjtag_numbers_given() ? request_number(signal)
-						 : request_line_of(dev, signal);
-		if (error) {
-			release_lines(signal);
-			return error;
-		}
-		lines[signal].way = way_to(lines[signal].desc);
-	}
-	return 0;
-}
-
-void cpldjtag_pins_release(void)
-{
-	release_lines(ARRAY_SIZE(lines));
-}
-
-ssize_t cpldjtag_pins_show(char *page)
-{
-	return sysfs_emit(page, "tck=%s tms=%s tdi=%s tdo=%s\n", places[CPLDJTAG_TCK],
-			  places[CPLDJTAG_TMS], places[CPLDJTAG_TDI], places[CPLDJTAG_TDO]);
-}
-
-static void forget_levels(void)
-{
-	enum cpldjtag_signal signal;
-
-	for (signal = 0; signal < CPLDJTAG_SIGNALS; signal++) {
-		lines[signal].forgets = READ_ONCE(skip_same_level) ? 0 : UNKNOWN_LEVEL;
-		lines[signal].level = UNKNOWN_LEVEL;
-	}
-}
-
 void cpldjtag_pins_begin(void)
 {
 	memset(&progress, 0, sizeof(progress));
 	stands_still = false;
-	forget_levels();
+	forgotten = READ_ONCE(skip_same_level) ? 0 : UNKNOWN_LEVEL;
+	memset(levels, UNKNOWN_LEVEL, sizeof(levels));
 	WRITE_ONCE(stop, 0);
 }
 
@@ -302,31 +114,35 @@ static __always_inline bool is_still(void)
 	return stands_still;
 }
 
-static __always_inline int set_by_flags(const struct line *line, int level)
-{
+/* At first, setting a line could not fail. */
 #if LINUX_VERSION_CODE >= KERNEL_VERSION(6, 15, 0)
-	return line->way == SLEEPING ? gpiod_set_value_cansleep(line->desc, level)
-				     : gpiod_set_value(line->desc, level);
+#define RESULT_OF(set) (set)
 #else
-	/* Setting a line could not fail. */
-	if (line->way == SLEEPING)
-		gpiod_set_value_cansleep(line->desc, level);
-	else
-		gpiod_set_value(line->desc, level);
-	return 0;
+#define RESULT_OF(set) ((set), 0)
 #endif
+
+#if LINUX_VERSION_CODE >= KERNEL_VERSION(6, 17, 0)
+#define RESULT_OF_CHIP(set) (set)
+#else
+#define RESULT_OF_CHIP(set) ((set), 0)
+#endif
+
+static int set_by_flags(const struct cpldjtag_line *line, int level)
+{
+	return line->way == CPLDJTAG_SLEEPING
+		       ? RESULT_OF(gpiod_set_value_cansleep(line->desc, level))
+		       : RESULT_OF(gpiod_set_value(line->desc, level));
 }
 
-static __always_inline int set_value(const struct line *line, int level)
+static __always_inline int set_value(const struct cpldjtag_line *line, int level)
 {
-	if (unlikely(line->way != RAW))
-		return set_by_flags(line, level);
-#if LINUX_VERSION_CODE >= KERNEL_VERSION(6, 15, 0)
-	return gpiod_set_raw_value(line->desc, level);
-#else
-	gpiod_set_raw_value(line->desc, level);
-	return 0;
-#endif
+	struct gpio_chip *chip = line->chip;
+
+	if (likely(line->way == CPLDJTAG_BY_CHIP))
+		return RESULT_OF_CHIP(chip->set(chip, line->offset, level));
+	if (likely(line->way == CPLDJTAG_RAW))
+		return RESULT_OF(gpiod_set_raw_value(line->desc, level));
+	return set_by_flags(line, level);
 }
 
 /* TCK is never skipped: a clock is each of its edges. */
@@ -336,7 +152,7 @@ static __always_inline int drive_clock(int level)
 
 	if (is_still())
 		return 0;
-	error = set_value(&lines[CPLDJTAG_TCK], level);
+	error = set_value(&cpldjtag_lines[CPLDJTAG_TCK], level);
 	if (unlikely(error))
 		fail(error);
 	if (level)
@@ -346,18 +162,16 @@ static __always_inline int drive_clock(int level)
 
 static __always_inline int drive_data(u32 signal, int level)
 {
-	struct line *line;
 	int error;
 
 	if (unlikely(signal >= CPLDJTAG_SIGNALS))
 		return fail(-EINVAL);
-	line = &lines[signal];
-	if (is_still() || line->level == level)
+	if (is_still() || levels[signal] == level)
 		return 0;
-	line->level = level | line->forgets;
-	error = set_value(line, level);
+	levels[signal] = level | forgotten;
+	error = set_value(&cpldjtag_lines[signal], level);
 	if (unlikely(error)) {
-		line->level = UNKNOWN_LEVEL;
+		levels[signal] = UNKNOWN_LEVEL;
 		return fail(error);
 	}
 	return 0;
@@ -385,17 +199,27 @@ static int drive_low(u32 signal)
 	return drive_clock(0);
 }
 
-static __always_inline int get_value(const struct line *line)
+static int get_by_flags(const struct cpldjtag_line *line)
 {
-	if (likely(line->way == RAW))
+	return line->way == CPLDJTAG_SLEEPING ? gpiod_get_value_cansleep(line->desc)
+					      : gpiod_get_value(line->desc);
+}
+
+static __always_inline int get_value(const struct cpldjtag_line *line)
+{
+	struct gpio_chip *chip = line->chip;
+
+	if (likely(line->way == CPLDJTAG_BY_CHIP))
+		return chip->get(chip, line->offset);
+	if (likely(line->way == CPLDJTAG_RAW))
 		return gpiod_get_raw_value(line->desc);
-	return line->way == SLEEPING ? gpiod_get_value_cansleep(line->desc)
-				     : gpiod_get_value(line->desc);
+	return get_by_flags(line);
 }
 
 static int read_line(u32 signal)
 {
-	int level = likely(signal < CPLDJTAG_SIGNALS) ? get_value(&lines[signal]) : -EINVAL;
+	int level =
+		likely(signal < CPLDJTAG_SIGNALS) ? get_value(&cpldjtag_lines[signal]) : -EINVAL;
 
 	if (level < 0) {
 		fail(level);

@@ -62,10 +62,7 @@ static int probe(struct platform_device *device)
 	int error;
 
 	error = check_lines(dev);
-	if (!error)
-		error = cpldjtag_start(dev);
-	/* An action, since what a remove operation returns differs between kernels. */
-	return error ?: devm_add_action_or_reset(dev, cpldjtag_stop, dev);
+	return error ?: cpldjtag_start(dev);
 }
 
 static struct platform_driver driver = {

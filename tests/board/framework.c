@@ -18,7 +18,7 @@ static struct gpio_desc descs[CPLDJTAG_SIGNALS] = {
     [CPLDJTAG_TDO] = {SIM_TDO},
 };
 
-static struct gpio_chip gpios = {"jtag_sim", 0};
+static struct gpio_chip gpios = {.label = "jtag_sim"};
 static struct sim_chain *chain;
 static struct framework_sets sets[CPLDJTAG_SIGNALS];
 static int levels[CPLDJTAG_SIGNALS];
@@ -94,7 +94,7 @@ const char *cpldjtag_lookup_text(void) {
 
 int framework_serve(struct sim_chain *its_chain) {
   chain = its_chain;
-  return cpldjtag_pins_request(&device);
+  return cpldjtag_lines_request(&device);
 }
 
 void framework_skip_same_level(bool skips) {

@@ -100,6 +100,17 @@ load_sim() {
   insmod $modules/jtag_sim.ko "chain=$1"
 }
 
+# load_null_chip [PARAMETER...]: the chip that does nothing, and the framework on its lines.
+load_null_chip() {
+  insmod $modules/null_chip.ko "$@"
+  insmod $modules/cpldjtag.ko lines=null_chip:0,1,2,3
+}
+
+unload_null_chip() {
+  rmmod cpldjtag
+  rmmod null_chip
+}
+
 load_framework() {
   local tck=$(first_line)
   insmod $modules/cpldjtag.ko tck=$tck tms=$((tck + 1)) tdi=$((tck + 2)) tdo=$((tck + 3))
@@ -134,9 +145,10 @@ clear_kernel_log() {
   dmesg -c >/dev/null
 }
 
-# kernel_log: the messages since then, without the time.
+# kernel_log: the messages since then, without the time, nor those of the firmware loader that only
+# carry the name of our device.
 kernel_log() {
-  dmesg | sed 's/^\[ *[0-9.]*\] //'
+  dmesg | sed 's/^\[ *[0-9.]*\] //; /^cpldjtag cpldjtag: firmware: /d'
 }
 
 # untimed: passes the log on, less the time that a load took.
@@ -202,6 +214,20 @@ memory_of() {
       printf "$(echo "$bytes" | sed 's/../\\x&/g')"
     fi
   done <$sim/memory
+}
+
+# said TEXT: when the kernel log said so, in nanoseconds.
+said() {
+  dmesg | sed -nE "s/^\[ *([0-9]+)\.([0-9]{6})\] log: .*$1.*/\1\2000/p"
+}
+
+# ns_of FILE: how long the driver takes for a download, which is completed. What the kernel has put off
+# is done before.
+ns_of() {
+  clear_kernel_log
+  sleep 0.2
+  completes "$1" >&2
+  echo $(($(said 'm7 process done') - $(said 'm7 cplddownload start')))
 }
 
 # completes FILE: the download is completed, by what it returns and by "result".

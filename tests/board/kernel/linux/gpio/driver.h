@@ -6,6 +6,9 @@
 struct gpio_chip {
   const char *label;
   int base;
+  struct device *parent;
+  void (*set)(struct gpio_chip *chip, unsigned offset, int level);
+  int (*get)(struct gpio_chip *chip, unsigned offset);
 };
 
 struct gpio_chip *gpiod_to_chip(const struct gpio_desc *desc);
