@@ -2,12 +2,22 @@
 #include "tools/rehearse/lines.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <iterator>
 #include <numeric>
 #include <utility>
 
 namespace tool {
+namespace {
+
+// 0 for times that are not whole, or longer than can be.
+uint64_t WholeNanoseconds(double time) {
+  constexpr double kTooLong = 1e15;
+  return time < kTooLong && std::floor(time) == time ? static_cast<uint64_t>(time) : 0;
+}
+
+}  // namespace
 
 uint64_t LineCounts::all_clocks() const {
   return std::accumulate(std::begin(clocks), std::end(clocks), uint64_t{0});
@@ -25,62 +35,53 @@ LineCounts &LineCounts::operator+=(const LineCounts &more) {
 }
 
 Lines::Lines(BoardClock &clock, double call_time, Playhead *playhead)
-    : clock_(clock), call_time_(call_time), playhead_(playhead) {}
+    : clock_(clock),
+      call_time_(call_time),
+      whole_call_time_(WholeNanoseconds(call_time)),
+      playhead_(playhead) {}
 
 void Lines::Connect(Target &target) {
   target_ = &target;
+  echo_ = dynamic_cast<EchoTarget *>(&target);
+  chain_ = dynamic_cast<ChainTarget *>(&target);
+  keeps_bits_ = echo_ == nullptr || !scan_watchers_.empty();
 }
 
 void Lines::WatchChanges(std::function<void(const LineChange &change)> watcher) {
   change_watchers_.push_back(std::move(watcher));
+  watches_changes_ = true;
 }
 
 void Lines::WatchScans(std::function<void(const LineScan &scan)> watcher) {
   scan_watchers_.push_back(std::move(watcher));
+  keeps_bits_ = true;
 }
 
-void Lines::Write(Line line, bool level) {
-  ++counts_.writes[static_cast<int>(line)];
-  const uint64_t time = clock_.now();
+BitRow Lines::ScanTdo() const {
+  if (keeps_bits_ || !captured_) {
+    return scan_.tdo;
+  }
+  BitRow tdo;
+  while (tdo.size() < tap_.bits()) {
+    tdo.Push(echo_->Answer(tdo.size()));
+  }
+  return tdo;
+}
+
+void Lines::WorkBrokenTime() {
   clock_.Work(call_time_);
-  bool &now = levels_[static_cast<int>(line)];
-  if (now == level) {
-    return;
-  }
-  now = level;
-  bool entered = false;
-  if (line == Line::kTck && level) {
-    entered = Rise();
-  } else {
-    target_->Write(line, level);
-  }
-  if (!change_watchers_.empty()) {
-    Tell(line, time, entered);
-    RefreshTdo(time);
-  }
 }
 
-bool Lines::Read() {
-  clock_.Work(call_time_);
-  const bool level = target_->Tdo();
-  ++counts_.reads[level];
-  return level;
+void Lines::ChangeAndTell(Line line, bool level, uint64_t time) {
+  const bool entered = Change(line, level);
+  Tell(line, time, entered);
+  RefreshTdo(time);
 }
 
-// Shifts the bit that is on TDI and TDO at the edge. Returns whether the TAP's state changed.
-bool Lines::Rise() {
-  const svf::TapState found = tap_.state();
-  ++counts_.clocks[static_cast<int>(found)];
-  if (tap_.shifting()) {
-    scan_.tdi.Push(level(Line::kTdi));
-    scan_.tdo.Push(target_->Tdo());
-  }
-  target_->Write(Line::kTck, true);
-  if (tap_.Rise(level(Line::kTms)) == found) {
-    return false;
-  }
-  FollowScan(found);
-  return true;
+// The bit that is on TDI and TDO at the edge.
+void Lines::KeepBit() {
+  scan_.tdi.Push(level(Line::kTdi));
+  scan_.tdo.Push(Tdo());
 }
 
 void Lines::FollowScan(svf::TapState left) {
@@ -90,6 +91,7 @@ void Lines::FollowScan(svf::TapState left) {
   } else if (svf::IsCapture(state)) {
     scan_.which = state == svf::TapState::kIrCapture ? ScanKind::kIr : ScanKind::kDr;
     scan_.open = true;
+    captured_ = true;
     scan_.tdi.Clear();
     scan_.tdo.Clear();
   } else if (svf::IsUpdate(state)) {
@@ -100,6 +102,7 @@ void Lines::FollowScan(svf::TapState left) {
 void Lines::BeginScan() {
   scan_.tdi.Clear();
   scan_.tdo.Clear();
+  captured_ = false;
   scan_.of_file = playhead_ == nullptr ? nullptr : playhead_->BeginScan();
 }
 
@@ -119,7 +122,7 @@ void Lines::Tell(Line line, uint64_t time, bool entered) {
 
 void Lines::RefreshTdo(uint64_t time) {
   bool &now = levels_[static_cast<int>(Line::kTdo)];
-  const bool level = target_->Tdo();
+  const bool level = Tdo();
   if (now != level) {
     now = level;
     Tell(Line::kTdo, time, false);

@@ -12,6 +12,7 @@
 #include "tools/rehearse/playhead.h"
 #include "tools/rehearse/scan.h"
 #include "tools/rehearse/target.h"
+#include "tools/rehearse/target_chain.h"
 
 namespace tool {
 
@@ -29,6 +30,10 @@ class BoardClock {
     const auto whole = static_cast<uint64_t>(rest_);
     now_ += whole;
     rest_ -= static_cast<double>(whole);
+  }
+
+  void Work(uint64_t nanoseconds) {
+    now_ += nanoseconds;
   }
 
   // Adds a busy-wait.
@@ -89,7 +94,8 @@ class Lines {
   // null: no file is played. `clock` and `playhead` outlive the lines.
   Lines(BoardClock &clock, double call_time, Playhead *playhead = nullptr);
 
-  // Sets the target, which outlives the lines. It is required before the first call.
+  // Sets the target, which outlives the lines. It is required before the first call. An echo or a
+  // chain is called directly, others by their interface.
   void Connect(Target &target);
 
   // Notifies `watcher` from now on of every change, or of every scan when it is updated. The order
@@ -98,17 +104,37 @@ class Lines {
   void WatchScans(std::function<void(const LineScan &scan)> watcher);
 
   // The driver's calls.
-  void Write(Line line, bool level);
-  bool Read();
+  void Write(Line line, bool level) {
+    ++counts_.writes[static_cast<int>(line)];
+    const uint64_t time = Work();
+    bool &now = levels_[static_cast<int>(line)];
+    if (now == level) {
+      return;
+    }
+    now = level;
+    if (watches_changes_) [[unlikely]] {
+      ChangeAndTell(line, level, time);
+    } else {
+      Change(line, level);
+    }
+  }
+  bool Read() {
+    Work();
+    const bool level = Tdo();
+    ++counts_.reads[level];
+    return level;
+  }
 
   svf::TapState state() const {
     return tap_.state();
   }
 
-  // The scan that the TAP is in, or was in last; once it leaves Run-Test/Idle, the next one.
+  // The scan that the TAP is in, or was in last; once it leaves Run-Test/Idle, the next one. Its
+  // bits are there only while scans are watched; its TDO so far is always to be had.
   const LineScan &scan() const {
     return scan_;
   }
+  BitRow ScanTdo() const;
   const LineCounts &counts() const {
     return counts_;
   }
@@ -122,7 +148,55 @@ class Lines {
   }
 
  private:
-  bool Rise();
+  // A call's time passes. Returns when it began.
+  uint64_t Work() {
+    const uint64_t begin = clock_.now();
+    if (whole_call_time_ != 0) [[likely]] {
+      clock_.Work(whole_call_time_);
+    } else {
+      WorkBrokenTime();
+    }
+    return begin;
+  }
+  void WorkBrokenTime();
+
+  bool Tdo() const {
+    if (echo_ != nullptr) {
+      return echo_->Tdo();
+    }
+    return chain_ != nullptr ? chain_->Tdo() : target_->Tdo();
+  }
+  void WriteTarget(Line line, bool level) {
+    if (echo_ != nullptr) {
+      echo_->Write(line, level);
+    } else if (chain_ != nullptr) {
+      chain_->Write(line, level);
+    } else {
+      target_->Write(line, level);
+    }
+  }
+
+  // Both return whether the TAP's state changed.
+  bool Change(Line line, bool level) {
+    const bool rises = line == Line::kTck && level;
+    if (rises && tap_.shifting() && keeps_bits_) {
+      KeepBit();
+    }
+    WriteTarget(line, level);
+    return rises && Rise();
+  }
+  bool Rise() {
+    const svf::TapState found = tap_.state();
+    ++counts_.clocks[static_cast<int>(found)];
+    if (tap_.Rise(level(Line::kTms)) == found) {
+      return false;
+    }
+    FollowScan(found);
+    return true;
+  }
+
+  void ChangeAndTell(Line line, bool level, uint64_t time);
+  void KeepBit();
   void FollowScan(svf::TapState left);
   void BeginScan();
   void EndScan();
@@ -131,12 +205,18 @@ class Lines {
 
   BoardClock &clock_;
   double call_time_;
+  uint64_t whole_call_time_;  // the same if it is whole; else 0
   Playhead *playhead_;
   Target *target_ = nullptr;
+  EchoTarget *echo_ = nullptr;  // the target, if it is one of these
+  ChainTarget *chain_ = nullptr;
   Tap tap_;
   LineScan scan_;
   LineCounts counts_;
   bool levels_[4] = {false, true, true, true};
+  bool captured_ = false;  // the scan has been through its Capture
+  bool watches_changes_ = false;
+  bool keeps_bits_ = false;  // of the scan; an echo's TDO is known without
   std::vector<std::function<void(const LineChange &)>> change_watchers_;
   std::vector<std::function<void(const LineScan &)>> scan_watchers_;
 };

@@ -25,8 +25,14 @@ class Tap {
  public:
   // Applies a rising edge of TCK. Returns the new state.
   svf::TapState Rise(bool tms) {
-    bits_ += shifting() ? 1 : 0;
+    if (shifting_) {
+      ++bits_;
+      if (!tms) {
+        return state_;
+      }
+    }
     state_ = svf::After(state_, tms);
+    shifting_ = svf::IsShift(state_);
     if (svf::IsCapture(state_)) {
       bits_ = 0;
     }
@@ -39,7 +45,7 @@ class Tap {
 
   // In Shift-IR or Shift-DR: this rising edge will shift a bit.
   bool shifting() const {
-    return svf::IsShift(state_);
+    return shifting_;
   }
 
   // The number of bits shifted since the last Capture, which is the number, from 0, of the bit on
@@ -50,6 +56,7 @@ class Tap {
 
  private:
   svf::TapState state_ = svf::TapState::kReset;
+  bool shifting_ = false;
   uint64_t bits_ = 0;
 };
 
@@ -69,11 +76,19 @@ struct FileScan {
 
   // Converts the number of a bit on the lines, header included, to its number in the record; none
   // for a bit of header or trailer.
-  std::optional<uint32_t> OwnBit(uint64_t bit) const;
+  std::optional<uint32_t> OwnBit(uint64_t bit) const {
+    return bit < header || bit - header >= bits()
+               ? std::nullopt
+               : std::optional<uint32_t>(static_cast<uint32_t>(bit - header));
+  }
 
   // Whether the driver compares a bit of the record, and the expected value.
-  bool Compares(uint32_t bit) const;
-  bool Expected(uint32_t bit) const;
+  bool Compares(uint32_t bit) const {
+    return !mask.empty() && tvb::BitOf(mask, bit);
+  }
+  bool Expected(uint32_t bit) const {
+    return !tdo.empty() && tvb::BitOf(tdo, bit);
+  }
 
   // Whether the driver compares any bit.
   bool ComparesAny() const;
