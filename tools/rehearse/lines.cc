@@ -45,16 +45,23 @@ void Lines::Connect(Target &target) {
   echo_ = dynamic_cast<EchoTarget *>(&target);
   chain_ = dynamic_cast<ChainTarget *>(&target);
   keeps_bits_ = echo_ == nullptr || !scan_watchers_.empty();
+  SetPlain();
 }
 
 void Lines::WatchChanges(std::function<void(const LineChange &change)> watcher) {
   change_watchers_.push_back(std::move(watcher));
   watches_changes_ = true;
+  SetPlain();
 }
 
 void Lines::WatchScans(std::function<void(const LineScan &scan)> watcher) {
   scan_watchers_.push_back(std::move(watcher));
   keeps_bits_ = true;
+  SetPlain();
+}
+
+void Lines::SetPlain() {
+  plain_ = whole_call_time_ != 0 && !watches_changes_ && !keeps_bits_;
 }
 
 BitRow Lines::ScanTdo() const {
@@ -72,10 +79,38 @@ void Lines::WorkBrokenTime() {
   clock_.Work(call_time_);
 }
 
-void Lines::ChangeAndTell(Line line, bool level, uint64_t time) {
+void Lines::WriteWatched(Line line, bool level) {
+  const uint64_t time = clock_.now();
+  Work();
+  bool &now = levels_[static_cast<int>(line)];
+  if (now == level) {
+    return;
+  }
+  now = level;
   const bool entered = Change(line, level);
-  Tell(line, time, entered);
-  RefreshTdo(time);
+  if (watches_changes_) {
+    Tell(line, time, entered);
+    RefreshTdo(time);
+  }
+}
+
+bool Lines::Change(Line line, bool level) {
+  const bool rises = line == Line::kTck && level;
+  if (rises && tap_.shifting() && keeps_bits_) {
+    KeepBit();
+  }
+  WriteTarget(line, level);
+  return rises && Rise();
+}
+
+bool Lines::Rise() {
+  const svf::TapState found = tap_.state();
+  ++counts_.clocks[static_cast<int>(found)];
+  if (tap_.Rise(level(Line::kTms)) == found) {
+    return false;
+  }
+  FollowScan(found);
+  return true;
 }
 
 // The bit that is on TDI and TDO at the edge.

@@ -103,17 +103,28 @@ class Lines {
   void WatchChanges(std::function<void(const LineChange &change)> watcher);
   void WatchScans(std::function<void(const LineScan &scan)> watcher);
 
-  // The driver's calls.
+  // The driver's calls. Nearly all are levels and clocks in a state that lasts: where nobody
+  // watches, they are done here.
   void Write(Line line, bool level) {
     ++counts_.writes[static_cast<int>(line)];
-    const uint64_t time = Work();
+    if (!plain_) [[unlikely]] {
+      return WriteWatched(line, level);
+    }
+    clock_.Work(whole_call_time_);
     bool &now = levels_[static_cast<int>(line)];
     if (now == level) {
       return;
     }
     now = level;
-    if (watches_changes_) [[unlikely]] {
-      ChangeAndTell(line, level, time);
+    if (line == Line::kTdi) {
+      return;  // an echo does not look at it
+    }
+    if (line == Line::kTck && !level) {
+      echo_->Fall();
+    } else if (line == Line::kTck && tap_.lasts() && !levels_[static_cast<int>(Line::kTms)]) {
+      ++counts_.clocks[static_cast<int>(tap_.state())];
+      tap_.Stay();
+      echo_->Stay();
     } else {
       Change(line, level);
     }
@@ -148,15 +159,12 @@ class Lines {
   }
 
  private:
-  // A call's time passes. Returns when it began.
-  uint64_t Work() {
-    const uint64_t begin = clock_.now();
+  void Work() {
     if (whole_call_time_ != 0) [[likely]] {
       clock_.Work(whole_call_time_);
     } else {
       WorkBrokenTime();
     }
-    return begin;
   }
   void WorkBrokenTime();
 
@@ -167,36 +175,17 @@ class Lines {
     return chain_ != nullptr ? chain_->Tdo() : target_->Tdo();
   }
   void WriteTarget(Line line, bool level) {
-    if (echo_ != nullptr) {
-      echo_->Write(line, level);
-    } else if (chain_ != nullptr) {
-      chain_->Write(line, level);
-    } else {
-      target_->Write(line, level);
-    }
+    chain_ != nullptr ? chain_->Write(line, level) : target_->Write(line, level);
   }
+
+  void WriteWatched(Line line, bool level);
 
   // Both return whether the TAP's state changed.
-  bool Change(Line line, bool level) {
-    const bool rises = line == Line::kTck && level;
-    if (rises && tap_.shifting() && keeps_bits_) {
-      KeepBit();
-    }
-    WriteTarget(line, level);
-    return rises && Rise();
-  }
-  bool Rise() {
-    const svf::TapState found = tap_.state();
-    ++counts_.clocks[static_cast<int>(found)];
-    if (tap_.Rise(level(Line::kTms)) == found) {
-      return false;
-    }
-    FollowScan(found);
-    return true;
-  }
+  bool Change(Line line, bool level);
+  bool Rise();
 
-  void ChangeAndTell(Line line, bool level, uint64_t time);
   void KeepBit();
+  void SetPlain();
   void FollowScan(svf::TapState left);
   void BeginScan();
   void EndScan();
@@ -217,6 +206,7 @@ class Lines {
   bool captured_ = false;  // the scan has been through its Capture
   bool watches_changes_ = false;
   bool keeps_bits_ = false;  // of the scan; an echo's TDO is known without
+  bool plain_ = false;       // the target is an echo, and nobody watches
   std::vector<std::function<void(const LineChange &)>> change_watchers_;
   std::vector<std::function<void(const LineScan &)>> scan_watchers_;
 };

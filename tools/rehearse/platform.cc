@@ -109,7 +109,7 @@ inline void CountCall(PlatformState &platform) {
 }
 
 // The framework's callbacks get only a line's number.
-int Drive(u32 gpio, bool level) {
+[[gnu::always_inline]] inline int Drive(u32 gpio, bool level) {
   PlatformState &platform = *the_platform;
   platform.lines->Write(static_cast<Line>(gpio), level);
   CountCall(platform);

@@ -25,22 +25,28 @@ class Tap {
  public:
   // Applies a rising edge of TCK. Returns the new state.
   svf::TapState Rise(bool tms) {
-    if (shifting_) {
-      ++bits_;
-      if (!tms) {
-        return state_;
-      }
-    }
+    Stay();
     state_ = svf::After(state_, tms);
     shifting_ = svf::IsShift(state_);
+    lasts_ = svf::After(state_, false) == state_;
     if (svf::IsCapture(state_)) {
       bits_ = 0;
     }
     return state_;
   }
 
+  // The same in a state that lasts, with TMS low.
+  void Stay() {
+    bits_ += shifting_ ? 1 : 0;
+  }
+
   svf::TapState state() const {
     return state_;
+  }
+
+  // TMS low leads to the same state.
+  bool lasts() const {
+    return lasts_;
   }
 
   // In Shift-IR or Shift-DR: this rising edge will shift a bit.
@@ -57,6 +63,7 @@ class Tap {
  private:
   svf::TapState state_ = svf::TapState::kReset;
   bool shifting_ = false;
+  bool lasts_ = false;
   uint64_t bits_ = 0;
 };
 

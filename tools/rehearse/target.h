@@ -44,6 +44,11 @@ class FileBit {
     }
   }
 
+  // A rising edge in a state that lasts, with TMS low.
+  void Stay() {
+    tap_.Stay();
+  }
+
   bool shifting() const {
     return tap_.shifting();
   }
@@ -74,15 +79,21 @@ class EchoTarget final : public Target {
   explicit EchoTarget(const Playhead &playhead) : at_(playhead) {}
 
   void Write(Line line, bool level) override {
-    if (line == Line::kTck && !level) {
-      tck_ = false;
-      return;
-    }
     if (line == Line::kTck) {
-      tck_ = true;
+      tck_ = level;
       shifted_ = at_.shifting();
     }
     at_.Write(line, level);
+  }
+
+  // TCK falls; and it rises in a state that lasts, with TMS low.
+  void Fall() {
+    tck_ = false;
+  }
+  void Stay() {
+    tck_ = true;
+    shifted_ = at_.shifting();
+    at_.Stay();
   }
 
   // While TCK is high, the level of the edge before.
@@ -106,7 +117,7 @@ class EchoTarget final : public Target {
  private:
   FileBit at_;
   bool tck_ = false;
-  bool shifted_ = false;  // at the last rising edge of TCK
+  bool shifted_ = false;  // where TCK is high: at its edge
 };
 
 // Inverts one bit of another target's answer.
