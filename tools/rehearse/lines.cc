@@ -61,7 +61,8 @@ void Lines::WatchScans(std::function<void(const LineScan &scan)> watcher) {
 }
 
 void Lines::SetPlain() {
-  plain_ = whole_call_time_ != 0 && !watches_changes_ && !keeps_bits_;
+  const bool direct = echo_ != nullptr || chain_ != nullptr;
+  plain_ = direct && whole_call_time_ != 0 && !watches_changes_ && scan_watchers_.empty();
 }
 
 BitRow Lines::ScanTdo() const {
@@ -94,6 +95,13 @@ void Lines::WriteWatched(Line line, bool level) {
   }
 }
 
+void Lines::ClockChain() {
+  if (tap_.shifting()) {
+    scan_.tdo.Push(chain_->Tdo());
+  }
+  chain_->Write(Line::kTck, true);
+}
+
 bool Lines::Change(Line line, bool level) {
   const bool rises = line == Line::kTck && level;
   if (rises && tap_.shifting() && keeps_bits_) {
@@ -115,7 +123,9 @@ bool Lines::Rise() {
 
 // The bit that is on TDI and TDO at the edge.
 void Lines::KeepBit() {
-  scan_.tdi.Push(level(Line::kTdi));
+  if (!scan_watchers_.empty()) {
+    scan_.tdi.Push(level(Line::kTdi));
+  }
   scan_.tdo.Push(Tdo());
 }
 

@@ -116,17 +116,12 @@ class Lines {
       return;
     }
     now = level;
-    if (line == Line::kTdi) {
-      return;  // an echo does not look at it
-    }
-    if (line == Line::kTck && !level) {
-      echo_->Fall();
-    } else if (line == Line::kTck && tap_.lasts() && !levels_[static_cast<int>(Line::kTms)]) {
-      ++counts_.clocks[static_cast<int>(tap_.state())];
-      tap_.Stay();
-      echo_->Stay();
+    if (line == Line::kTck && level) {
+      RisePlain();
+    } else if (echo_ != nullptr) {
+      echo_->ChangeLevel(line, level);
     } else {
-      Change(line, level);
+      chain_->Write(line, level);
     }
   }
   bool Read() {
@@ -178,6 +173,20 @@ class Lines {
     chain_ != nullptr ? chain_->Write(line, level) : target_->Write(line, level);
   }
 
+  [[gnu::always_inline]] void RisePlain() {
+    if (!tap_.lasts() || levels_[static_cast<int>(Line::kTms)]) {
+      Change(Line::kTck, true);
+      return;
+    }
+    ++counts_.clocks[static_cast<int>(tap_.state())];
+    tap_.Stay();
+    if (echo_ != nullptr) {
+      echo_->Stay();
+    } else {
+      ClockChain();
+    }
+  }
+  void ClockChain();
   void WriteWatched(Line line, bool level);
 
   // Both return whether the TAP's state changed.
@@ -206,7 +215,7 @@ class Lines {
   bool captured_ = false;  // the scan has been through its Capture
   bool watches_changes_ = false;
   bool keeps_bits_ = false;  // of the scan; an echo's TDO is known without
-  bool plain_ = false;       // the target is an echo, and nobody watches
+  bool plain_ = false;       // the target is an echo or a chain, and nobody watches
   std::vector<std::function<void(const LineChange &)>> change_watchers_;
   std::vector<std::function<void(const LineScan &)>> scan_watchers_;
 };

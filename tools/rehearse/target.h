@@ -86,9 +86,13 @@ class EchoTarget final : public Target {
     at_.Write(line, level);
   }
 
-  // TCK falls; and it rises in a state that lasts, with TMS low.
-  void Fall() {
-    tck_ = false;
+  // Any change but a rising edge; and a rising edge in a state that lasts, with TMS low.
+  void ChangeLevel(Line line, bool level) {
+    if (line == Line::kTck) {
+      tck_ = false;
+    } else if (line == Line::kTms) {
+      at_.Write(line, level);
+    }
   }
   void Stay() {
     tck_ = true;
