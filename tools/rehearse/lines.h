@@ -12,6 +12,7 @@
 #include "tools/rehearse/playhead.h"
 #include "tools/rehearse/scan.h"
 #include "tools/rehearse/target.h"
+#include "tools/rehearse/target_chain.h"
 
 namespace tool {
 
@@ -29,6 +30,10 @@ class BoardClock {
     const auto whole = static_cast<uint64_t>(rest_);
     now_ += whole;
     rest_ -= static_cast<double>(whole);
+  }
+
+  void Work(uint64_t nanoseconds) {
+    now_ += nanoseconds;
   }
 
   // Adds a busy-wait.
@@ -89,7 +94,8 @@ class Lines {
   // null: no file is played. `clock` and `playhead` outlive the lines.
   Lines(BoardClock &clock, double call_time, Playhead *playhead = nullptr);
 
-  // Sets the target, which outlives the lines. It is required before the first call.
+  // Sets the target, which outlives the lines. It is required before the first call. An echo or a
+  // chain is called directly, others by their interface.
   void Connect(Target &target);
 
   // Notifies `watcher` from now on of every change, or of every scan when it is updated. The order
@@ -97,18 +103,44 @@ class Lines {
   void WatchChanges(std::function<void(const LineChange &change)> watcher);
   void WatchScans(std::function<void(const LineScan &scan)> watcher);
 
-  // The driver's calls.
-  void Write(Line line, bool level);
-  bool Read();
+  // The driver's calls. Nearly all are levels and clocks in a state that lasts: where nobody
+  // watches, they are done here.
+  void Write(Line line, bool level) {
+    ++counts_.writes[static_cast<int>(line)];
+    if (!plain_) [[unlikely]] {
+      return WriteWatched(line, level);
+    }
+    clock_.Work(whole_call_time_);
+    bool &now = levels_[static_cast<int>(line)];
+    if (now == level) {
+      return;
+    }
+    now = level;
+    if (line == Line::kTck && level) {
+      RisePlain();
+    } else if (echo_ != nullptr) {
+      echo_->ChangeLevel(line, level);
+    } else {
+      chain_->Write(line, level);
+    }
+  }
+  bool Read() {
+    Work();
+    const bool level = Tdo();
+    ++counts_.reads[level];
+    return level;
+  }
 
   svf::TapState state() const {
     return tap_.state();
   }
 
-  // The scan that the TAP is in, or was in last; once it leaves Run-Test/Idle, the next one.
+  // The scan that the TAP is in, or was in last; once it leaves Run-Test/Idle, the next one. Its
+  // bits are there only while scans are watched; its TDO so far is always to be had.
   const LineScan &scan() const {
     return scan_;
   }
+  BitRow ScanTdo() const;
   const LineCounts &counts() const {
     return counts_;
   }
@@ -122,7 +154,47 @@ class Lines {
   }
 
  private:
+  void Work() {
+    if (whole_call_time_ != 0) [[likely]] {
+      clock_.Work(whole_call_time_);
+    } else {
+      WorkBrokenTime();
+    }
+  }
+  void WorkBrokenTime();
+
+  bool Tdo() const {
+    if (echo_ != nullptr) {
+      return echo_->Tdo();
+    }
+    return chain_ != nullptr ? chain_->Tdo() : target_->Tdo();
+  }
+  void WriteTarget(Line line, bool level) {
+    chain_ != nullptr ? chain_->Write(line, level) : target_->Write(line, level);
+  }
+
+  [[gnu::always_inline]] void RisePlain() {
+    if (!tap_.lasts() || levels_[static_cast<int>(Line::kTms)]) {
+      Change(Line::kTck, true);
+      return;
+    }
+    ++counts_.clocks[static_cast<int>(tap_.state())];
+    tap_.Stay();
+    if (echo_ != nullptr) {
+      echo_->Stay();
+    } else {
+      ClockChain();
+    }
+  }
+  void ClockChain();
+  void WriteWatched(Line line, bool level);
+
+  // Both return whether the TAP's state changed.
+  bool Change(Line line, bool level);
   bool Rise();
+
+  void KeepBit();
+  void SetPlain();
   void FollowScan(svf::TapState left);
   void BeginScan();
   void EndScan();
@@ -131,12 +203,19 @@ class Lines {
 
   BoardClock &clock_;
   double call_time_;
+  uint64_t whole_call_time_;  // the same if it is whole; else 0
   Playhead *playhead_;
   Target *target_ = nullptr;
+  EchoTarget *echo_ = nullptr;  // the target, if it is one of these
+  ChainTarget *chain_ = nullptr;
   Tap tap_;
   LineScan scan_;
   LineCounts counts_;
   bool levels_[4] = {false, true, true, true};
+  bool captured_ = false;  // the scan has been through its Capture
+  bool watches_changes_ = false;
+  bool keeps_bits_ = false;  // of the scan; an echo's TDO is known without
+  bool plain_ = false;       // the target is an echo or a chain, and nobody watches
   std::vector<std::function<void(const LineChange &)>> change_watchers_;
   std::vector<std::function<void(const LineScan &)>> scan_watchers_;
 };

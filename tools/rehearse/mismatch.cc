@@ -173,15 +173,16 @@ std::string IdcodeText(const Mismatch &mismatch) {
 std::optional<StoppedScan> FinishScan(const Lines &lines, const Playhead &playhead,
                                       Target &target) {
   const LineScan &scan = lines.scan();
+  const BitRow tdo = lines.ScanTdo();
   const std::optional<uint32_t> bit =
-      scan.of_file == nullptr ? std::nullopt : scan.of_file->OwnBit(scan.tdo.size());
+      scan.of_file == nullptr ? std::nullopt : scan.of_file->OwnBit(tdo.size());
   if (!bit) {
     return std::nullopt;
   }
   StoppedScan stopped;
   stopped.bit = *bit;
   for (uint32_t i = 0; i < *bit; ++i) {
-    stopped.read.Push(scan.tdo[scan.of_file->header + i]);
+    stopped.read.Push(tdo[scan.of_file->header + i]);
   }
   const uint32_t bits = scan.of_file->bits();
   const tvb::Buffer tdi = playhead.Data(tvb::kTagTdi);

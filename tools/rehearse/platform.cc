@@ -26,7 +26,8 @@ struct PlatformState {
   std::unordered_set<void *> blocks;   // live memory of the driver
   Lines *lines = nullptr;
   Ticks ticks;
-  uint32_t calls = 0;  // number of pin callback calls
+  uint32_t calls_left = 0;   // pin calls until the next tick
+  uint32_t logged_with = 0;  // the same when something was logged last
 };
 
 namespace {
@@ -86,20 +87,29 @@ std::string Format(const char *format, va_list arguments) {
   return text;
 }
 
+// A driver message ends when the driver makes a call of another kind.
 void Log(const std::string &text, bool whole) {
+  if (the_platform->logged_with != the_platform->calls_left) {
+    the_platform->log.Flush();
+    the_platform->logged_with = the_platform->calls_left;
+  }
   the_platform->log.Add(the_platform->clock.now(), text, whole);
 }
 
-// A driver message ends when the driver makes a call of another kind.
-inline void CountCall(PlatformState &platform) {
+[[gnu::noinline]] void Tick(PlatformState &platform) {
   platform.log.Flush();
-  if (++platform.calls % platform.ticks.calls == 0) {
-    platform.ticks.tell();
+  platform.calls_left = platform.ticks.calls;
+  platform.ticks.tell();
+}
+
+inline void CountCall(PlatformState &platform) {
+  if (--platform.calls_left == 0) [[unlikely]] {
+    Tick(platform);
   }
 }
 
 // The framework's callbacks get only a line's number.
-int Drive(u32 gpio, bool level) {
+[[gnu::always_inline]] inline int Drive(u32 gpio, bool level) {
   PlatformState &platform = *the_platform;
   platform.lines->Write(static_cast<Line>(gpio), level);
   CountCall(platform);
@@ -188,6 +198,7 @@ void Platform::Load() {
 DriverResult Platform::Play(Lines &lines, tvb::Bytes image, Ticks ticks) {
   state_->lines = &lines;
   state_->ticks = std::move(ticks);
+  state_->calls_left = state_->ticks.calls;
   DriverResult result;
   result.done = Download(*state_->driver, image) == DOWNLOAD_DONE;
   result.stop = StopOf(g_stop_code);

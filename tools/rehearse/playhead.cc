@@ -22,8 +22,8 @@ const FileScan *Playhead::BeginScan() {
   if (!driver_.in_records()) {
     return nullptr;
   }
-  if (const std::optional<tvb::PlayedRecord> played = NextShift(driver_.position())) {
-    scan_ = ScanOf(*played);
+  if (std::optional<tvb::PlayedRecord> played = NextShift(driver_.position())) {
+    scan_ = ScanOf(std::move(*played));
     Count();
   }
   return scan();
@@ -38,14 +38,15 @@ std::optional<tvb::PlayedRecord> Playhead::NextShift(uint64_t end) {
   return played;
 }
 
-FileScan Playhead::ScanOf(const tvb::PlayedRecord &played) {
+FileScan Playhead::ScanOf(tvb::PlayedRecord played) {
   FileScan scan;
   scan.number = ++scans_;
-  scan.played = played;
-  scan.header = order_.pads().header(played.record.opcode);
-  scan.trailer = order_.pads().trailer(played.record.opcode);
-  scan.tdo = tvb::FieldData(image_, played.record, tvb::kTagTdo);
-  scan.mask = tvb::FieldData(image_, played.record, tvb::kTagMask);
+  scan.played = std::move(played);
+  const tvb::RecordView &record = scan.played.record;
+  scan.header = order_.pads().header(record.opcode);
+  scan.trailer = order_.pads().trailer(record.opcode);
+  scan.tdo = tvb::FieldData(image_, record, tvb::kTagTdo);
+  scan.mask = tvb::FieldData(image_, record, tvb::kTagMask);
   return scan;
 }
 

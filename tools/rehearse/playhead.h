@@ -74,7 +74,7 @@ class Playhead {
 
  private:
   std::optional<tvb::PlayedRecord> NextShift(uint64_t end);
-  FileScan ScanOf(const tvb::PlayedRecord &played);
+  FileScan ScanOf(tvb::PlayedRecord played);
   void Count();
 
   tvb::Bytes image_;

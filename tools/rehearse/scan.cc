@@ -3,6 +3,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace tool {
 namespace {
 
@@ -16,23 +18,13 @@ std::string_view NameOf(ScanKind which) {
   return which == ScanKind::kIr ? "IR" : "DR";
 }
 
-std::optional<uint32_t> FileScan::OwnBit(uint64_t bit) const {
-  if (bit < header || bit - header >= bits()) {
-    return std::nullopt;
-  }
-  return static_cast<uint32_t>(bit - header);
-}
-
-bool FileScan::Compares(uint32_t bit) const {
-  return !mask.empty() && tvb::BitOf(mask, bit);
-}
-
-bool FileScan::Expected(uint32_t bit) const {
-  return !tdo.empty() && tvb::BitOf(tdo, bit);
-}
-
 bool FileScan::ComparesAny() const {
-  for (uint32_t bit = 0; bit < bits(); ++bit) {
+  const uint32_t whole = bits() / 8;
+  const auto end = mask.begin() + static_cast<long>(std::min<size_t>(whole, mask.size()));
+  if (std::any_of(mask.begin(), end, [](uint8_t byte) { return byte != 0; })) {
+    return true;
+  }
+  for (uint32_t bit = 8 * whole; bit < bits(); ++bit) {
     if (Compares(bit)) {
       return true;
     }

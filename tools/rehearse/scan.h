@@ -25,21 +25,33 @@ class Tap {
  public:
   // Applies a rising edge of TCK. Returns the new state.
   svf::TapState Rise(bool tms) {
-    bits_ += shifting() ? 1 : 0;
+    Stay();
     state_ = svf::After(state_, tms);
+    shifting_ = svf::IsShift(state_);
+    lasts_ = svf::After(state_, false) == state_;
     if (svf::IsCapture(state_)) {
       bits_ = 0;
     }
     return state_;
   }
 
+  // The same in a state that lasts, with TMS low.
+  void Stay() {
+    bits_ += shifting_ ? 1 : 0;
+  }
+
   svf::TapState state() const {
     return state_;
   }
 
+  // TMS low leads to the same state.
+  bool lasts() const {
+    return lasts_;
+  }
+
   // In Shift-IR or Shift-DR: this rising edge will shift a bit.
   bool shifting() const {
-    return svf::IsShift(state_);
+    return shifting_;
   }
 
   // The number of bits shifted since the last Capture, which is the number, from 0, of the bit on
@@ -50,6 +62,8 @@ class Tap {
 
  private:
   svf::TapState state_ = svf::TapState::kReset;
+  bool shifting_ = false;
+  bool lasts_ = false;
   uint64_t bits_ = 0;
 };
 
@@ -69,11 +83,19 @@ struct FileScan {
 
   // Converts the number of a bit on the lines, header included, to its number in the record; none
   // for a bit of header or trailer.
-  std::optional<uint32_t> OwnBit(uint64_t bit) const;
+  std::optional<uint32_t> OwnBit(uint64_t bit) const {
+    return bit < header || bit - header >= bits()
+               ? std::nullopt
+               : std::optional<uint32_t>(static_cast<uint32_t>(bit - header));
+  }
 
   // Whether the driver compares a bit of the record, and the expected value.
-  bool Compares(uint32_t bit) const;
-  bool Expected(uint32_t bit) const;
+  bool Compares(uint32_t bit) const {
+    return !mask.empty() && tvb::BitOf(mask, bit);
+  }
+  bool Expected(uint32_t bit) const {
+    return !tdo.empty() && tvb::BitOf(tdo, bit);
+  }
 
   // Whether the driver compares any bit.
   bool ComparesAny() const;

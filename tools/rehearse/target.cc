@@ -13,33 +13,6 @@ void ShiftOn(Target &target, const BitRow &tdi, BitRow &tdo) {
   }
 }
 
-void FileBit::Write(Line line, bool level) {
-  if (line == Line::kTms) {
-    tms_ = level;
-  } else if (line == Line::kTck && level) {
-    tap_.Rise(tms_);
-  }
-}
-
-void EchoTarget::Write(Line line, bool level) {
-  at_.Write(line, level);
-  if (line == Line::kTck && !level) {
-    tdo_ = Answer();
-  }
-}
-
-bool EchoTarget::Answer() const {
-  const FileScan *scan = at_.scan();
-  if (scan == nullptr) {
-    return true;
-  }
-  const std::optional<uint32_t> bit = scan->OwnBit(at_.bit());
-  if (!bit || (scan->tdo.empty() && !scan->Compares(*bit))) {
-    return true;
-  }
-  return scan->Expected(*bit);
-}
-
 void FlippedTarget::Write(Line line, bool level) {
   target_.Write(line, level);
   at_.Write(line, level);
@@ -50,7 +23,7 @@ void FlippedTarget::Write(Line line, bool level) {
 }
 
 bool FlippedTarget::IsThere() const {
-  const FileScan *scan = at_.scan();
+  const FileScan *scan = at_.shifting() ? at_.scan() : nullptr;
   return scan != nullptr && scan->number == scan_ && scan->OwnBit(at_.bit()) == bit_;
 }
 

@@ -36,11 +36,26 @@ class FileBit {
   // `playhead` is notified of the scans on the same lines, and outlives this.
   explicit FileBit(const Playhead &playhead) : playhead_(playhead) {}
 
-  void Write(Line line, bool level);
+  void Write(Line line, bool level) {
+    if (line == Line::kTms) {
+      tms_ = level;
+    } else if (line == Line::kTck && level) {
+      tap_.Rise(tms_);
+    }
+  }
 
-  // The scan of the file being shifted; null in the driver's own scans and outside scans.
+  // A rising edge in a state that lasts, with TMS low.
+  void Stay() {
+    tap_.Stay();
+  }
+
+  bool shifting() const {
+    return tap_.shifting();
+  }
+
+  // The scan of the file on the lines, if a scan is; null in the driver's own.
   const FileScan *scan() const {
-    return tap_.shifting() ? playhead_.scan() : nullptr;
+    return playhead_.scan();
   }
 
   // The number of the bit on the lines, header included.
@@ -56,22 +71,57 @@ class FileBit {
 
 // Answers as the file expects: drives the expected TDO of the record's scan, bit by bit and at the
 // place where header and trailer put it. Where the record expects nothing, in header and trailer,
-// in the driver's own scans and outside the Shift states TDO is 1, like an undriven line.
-class EchoTarget : public Target {
+// in the driver's own scans and outside the Shift states TDO is 1, like an undriven line. An edge
+// costs little: the answer is found only where TDO is read.
+class EchoTarget final : public Target {
  public:
   // See FileBit.
   explicit EchoTarget(const Playhead &playhead) : at_(playhead) {}
 
-  void Write(Line line, bool level) override;
+  void Write(Line line, bool level) override {
+    if (line == Line::kTck) {
+      tck_ = level;
+      shifted_ = at_.shifting();
+    }
+    at_.Write(line, level);
+  }
+
+  // Any change but a rising edge; and a rising edge in a state that lasts, with TMS low.
+  void ChangeLevel(Line line, bool level) {
+    if (line == Line::kTck) {
+      tck_ = false;
+    } else if (line == Line::kTms) {
+      at_.Write(line, level);
+    }
+  }
+  void Stay() {
+    tck_ = true;
+    shifted_ = at_.shifting();
+    at_.Stay();
+  }
+
+  // While TCK is high, the level of the edge before.
   bool Tdo() const override {
-    return tdo_;
+    if (tck_) {
+      return !shifted_ || Answer(at_.bit() - 1);
+    }
+    return !at_.shifting() || Answer(at_.bit());
+  }
+
+  // The level of TDO for a bit of the scan on the lines.
+  bool Answer(uint64_t bit) const {
+    const FileScan *scan = at_.scan();
+    const std::optional<uint32_t> own = scan == nullptr ? std::nullopt : scan->OwnBit(bit);
+    if (!own) {
+      return true;
+    }
+    return scan->tdo.empty() ? !scan->Compares(*own) : scan->Expected(*own);
   }
 
  private:
-  bool Answer() const;
-
   FileBit at_;
-  bool tdo_ = true;
+  bool tck_ = false;
+  bool shifted_ = false;  // where TCK is high: at its edge
 };
 
 // Inverts one bit of another target's answer.

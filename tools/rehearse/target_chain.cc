@@ -292,11 +292,6 @@ ChainTarget::ChainTarget(const ChainDescription &description, const std::string 
   }
 }
 
-void ChainTarget::Write(Line line, bool level) {
-  constexpr sim_line kSimLines[] = {SIM_TCK, SIM_TMS, SIM_TDI};
-  chain_.Write(kSimLines[static_cast<int>(line)], level);
-}
-
 std::string ChainTarget::Memory() {
   std::string text;
   for (uint32_t device = 1; device <= sim_chain_device_count(chain_.get()); ++device) {

@@ -30,12 +30,15 @@ struct ChainDescription {
 // else.
 ChainDescription ParseChain(std::string_view json, const std::string &name);
 
-class ChainTarget : public Target {
+class ChainTarget final : public Target {
  public:
   // Throws Failure, naming `name`, if the chain or one of the faults is impossible.
   ChainTarget(const ChainDescription &description, const std::string &name);
 
-  void Write(Line line, bool level) override;
+  void Write(Line line, bool level) override {
+    constexpr sim_line kSimLines[] = {SIM_TCK, SIM_TMS, SIM_TDI};
+    chain_.Write(kSimLines[static_cast<int>(line)], level);
+  }
   bool Tdo() const override {
     return chain_.Tdo();
   }
