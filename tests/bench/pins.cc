@@ -5,8 +5,6 @@
 
 namespace bench {
 
-const pin_config kPins = {{}, 12, 13, 14, 11};
-
 namespace {
 
 enum Call : uint8_t { kTckLow, kTckHigh, kTmsLow, kTmsHigh, kTdiLow, kTdiHigh, kRead };
