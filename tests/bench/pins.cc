@@ -5,8 +5,6 @@
 
 namespace bench {
 
-const pin_config kPins = {{}, 12, 13, 14, 11};
-
 namespace {
 
 enum Call : uint8_t { kTckLow, kTckHigh, kTmsLow, kTmsHigh, kTdiLow, kTdiHigh, kRead };
@@ -65,8 +63,8 @@ constexpr uint8_t kTdo = 16;
 constexpr uint8_t kOutside = 32;  // and the call
 
 // A run's kind: what its periods do, or kAny. It is the low bits of a run.
-constexpr uint32_t kKindBits = 8;
-constexpr uint32_t kAny = 0xFF;
+constexpr unsigned kKindBits = 8;
+constexpr uint64_t kAny = 0xFF;
 constexpr size_t kRunMin = 6;  // shorter ones are of any kind
 
 // Takes the call that drives a line, if it is there. Returns `drives`, and with it `level` if high.
@@ -93,16 +91,16 @@ uint8_t TakeStep(const std::vector<uint8_t> &calls, size_t *i) {
   return kOutside | calls[(*i)++];
 }
 
-uint32_t KindOf(uint8_t step) {
+uint64_t KindOf(uint8_t step) {
   return step & (kTms | kOutside) ? kAny : step & (kTdi | kTdo);
 }
 
-void AddRun(std::vector<uint32_t> *runs, uint32_t kind, size_t count) {
+void AddRun(std::vector<uint64_t> *runs, uint64_t kind, size_t count) {
   kind = count < kRunMin ? kAny : kind;
   if (kind == kAny && !runs->empty() && (runs->back() & kAny) == kAny) {
-    runs->back() += static_cast<uint32_t>(count << kKindBits);
+    runs->back() += uint64_t{count} << kKindBits;
   } else {
-    runs->push_back(static_cast<uint32_t>(count << kKindBits) | kind);
+    runs->push_back(uint64_t{count} << kKindBits | kind);
   }
 }
 
@@ -138,8 +136,8 @@ jtag_lines LinesOf(const pin_operations &to) {
 }
 
 // Replays a run from `steps` on, and returns where the next one begins.
-template <uint32_t kind>
-const uint8_t *ReplayRun(const uint8_t *steps, uint32_t count, const jtag_lines own) {
+template <uint64_t kind>
+const uint8_t *ReplayRun(const uint8_t *steps, size_t count, const jtag_lines own) {
   for (const uint8_t *const end = steps + count; steps != end; ++steps) {
     own.drive_low(own.tck);
     if constexpr ((kind & kTdi) != 0) {
@@ -167,7 +165,7 @@ inline void ReplayPeriod(uint8_t step, const jtag_lines &lines) {
   lines.drive_high(lines.tck);
 }
 
-const uint8_t *ReplayAny(const uint8_t *steps, uint32_t count, const jtag_lines lines,
+const uint8_t *ReplayAny(const uint8_t *steps, size_t count, const jtag_lines lines,
                          const Targets &targets) {
   for (const uint8_t *const end = steps + count; steps != end; ++steps) {
     if (*steps & kOutside) {
@@ -201,8 +199,8 @@ void ReplayCalls(const Recording &recording, const pin_operations &operations) {
 }
 
 void ReplayPeriods(const Recording &recording, const pin_operations &operations) {
-  ReplayAny(recording.steps.data(), static_cast<uint32_t>(recording.steps.size()),
-            LinesOf(operations), Targets(operations));
+  ReplayAny(recording.steps.data(), recording.steps.size(), LinesOf(operations),
+            Targets(operations));
 }
 
 void ReplayRuns(const Recording &recording, const pin_operations &operations) {
@@ -215,8 +213,8 @@ void ReplayRuns(const Recording &recording, const pin_operations &operations) {
                             kPins.tdi,
                             kPins.tdo};
   const uint8_t *steps = recording.steps.data();
-  for (const uint32_t run : recording.runs) {
-    const uint32_t count = run >> kKindBits;
+  for (const uint64_t run : recording.runs) {
+    const size_t count = run >> kKindBits;
     switch (run & kAny) {
       case 0:
         steps = ReplayRun<0>(steps, count, lines);

@@ -25,7 +25,7 @@ void SetLevels(const uint8_t *levels);
 struct Recording {
   std::vector<uint8_t> calls;   // a byte a call
   std::vector<uint8_t> steps;   // a byte a period, or a call outside of them
-  std::vector<uint32_t> runs;   // how many steps are of one kind, and which
+  std::vector<uint64_t> runs;   // how many steps are of one kind, and which
   std::vector<uint8_t> levels;  // those that the driver expected on TDO
   size_t clocks = 0;
 };
