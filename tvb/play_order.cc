@@ -20,8 +20,7 @@ std::optional<PlayedRecord> PlayOrder::Next() {
   if (faulted_ || position_ >= image_.size() || image_[static_cast<size_t>(position_)] != kMark) {
     return std::nullopt;
   }
-  PlayedRecord played;
-  played.record = ReadRecord(image_, plain_, position_, ++index_);
+  PlayedRecord played = {ReadRecord(image_, plain_, position_, ++index_)};
   const RecordView &record = played.record;
   faulted_ = record.fault.has_value();
   position_ = record.end;

@@ -2,6 +2,7 @@
 #include "tvb/reader.h"
 
 #include <string>
+#include <utility>
 
 #include "tvb/names.h"
 #include "tvb/text.h"
@@ -43,20 +44,19 @@ class BodyReader {
  private:
   void ReadShift(bool plain) {
     record_.value = cursor_.Number();
-    FieldView field;
     while (!cursor_.past_end() && !record_.fault) {
-      field = NextTag();
-      if (field.tag == kTagEnd) {
-        record_.closing = field.tag;
+      const uint64_t offset = cursor_.position();
+      const uint8_t tag = cursor_.Byte();
+      if (tag == kTagEnd) {
+        record_.closing = tag;
         return;
       }
-      if (field.tag < kTagTdi || field.tag > kTagMask) {
-        return Fail(field.offset, "tag " + Hex(field.tag) +
-                                      " in a shift; expected 15 (TDI), 16 (TDO), 17 (MASK) or the "
-                                      "end tag 23");
+      if (tag < kTagTdi || tag > kTagMask) {
+        return Fail(offset, "tag " + Hex(tag) +
+                                " in a shift; expected 15 (TDI), 16 (TDO), 17 (MASK) or the end "
+                                "tag 23");
       }
-      field.block = MeasureBlock(cursor_, BytesOfBits(record_.bits()), plain);
-      Keep(field);
+      Keep({tag, offset, {}, MeasureBlock(cursor_, BytesOfBits(record_.bits()), plain)});
     }
   }
 
@@ -110,11 +110,11 @@ class BodyReader {
     return field;
   }
 
-  void Keep(const FieldView &field) {
+  void Keep(FieldView field) {
     if (record_.fields.size() == kMaxFields) {
       return Fail(field.offset, "more than " + Count(kMaxFields, "field") + " in one record");
     }
-    record_.fields.push_back(field);
+    record_.fields.push_back(std::move(field));
   }
 
   void Fail(uint64_t offset, const std::string &message) {
