@@ -133,7 +133,7 @@ tvb::Buffer LongWait() {
 // Compares the IDCODE for a minute or more.
 tvb::Buffer LongCompared() {
   PartFile file(kAlone, kPart);
-  file.writer().BeginLoop(100000);
+  file.writer().BeginLoop(1000000);
   file.CheckIdcode();
   file.writer().EndLoop();
   return file.Finish();
