@@ -82,9 +82,9 @@ TEST(PlayTextBuffer, RegisterHasTheFirstBitInTheLastDigit) {
 
 TEST(PlayTextBuffer, PutsNumbersAndColumns) {
   TextBuffer buffer;
-  buffer.Put('<', uint8_t{65}, ' ', int64_t{-9223372036854775807 - 1}, "> ",
+  buffer.Put('<', uint8_t{65}, -7, ' ', int64_t{-9223372036854775807 - 1}, "> ",
              uint64_t{18446744073709551615u});
-  EXPECT_EQ(buffer.text(), "<65 -9223372036854775808> 18446744073709551615");
+  EXPECT_EQ(buffer.text(), "<65-7 -9223372036854775808> 18446744073709551615");
   buffer.Clear();
   buffer.PutLeft("ab", 4);
   buffer.PutRight("cd", 4);
