@@ -8,10 +8,10 @@
 #include <memory>
 #include <string_view>
 
-#include "tools/cli/bit_row.h"
 #include "tools/cli/command.h"
 #include "tools/cli/report.h"
 #include "tools/cli/text.h"
+#include "tools/cli/text_buffer.h"
 #include "tvb/checker.h"
 #include "tvb/names.h"
 #include "tvb/play_order.h"
@@ -36,39 +36,53 @@ class SvfOutput {
   // `out` outlives the object.
   explicit SvfOutput(OutputFile &out) : out_(out) {}
 
-  // Writes a one-line comment; `text` has no line end.
-  void Comment(std::string_view text) {
-    out_.Write(fmt::format("! {}\n", text));
+  // Writes a one-line comment; its parts, as for TextBuffer::Put(), have no line end.
+  template <typename... Parts>
+  void Comment(const Parts &...parts) {
+    text_.Put("! ", parts..., '\n');
+    Write();
   }
 
   // Writes a complete statement, given without its ';'.
-  void Statement(std::string_view text) {
-    out_.Write(fmt::format("{};\n", text));
+  template <typename... Parts>
+  void Statement(const Parts &...parts) {
+    text_.Put(parts..., ";\n");
+    Write();
   }
 
   // Begins a register statement: "SDR 24". Its fields follow, then End().
   void Begin(const char *command, uint32_t bits) {
     bits_ = bits;
-    out_.Write(fmt::format("{} {}", command, bits));
+    text_.Put(command, ' ', bits);
   }
 
   void Field(const char *name, tvb::Bytes data) {
-    const std::string digits = BitRow::FromFile(data, bits_).Hex();
-    out_.Write(fmt::format("{}{} (", digits.size() <= kDigitsOfShortField ? " " : "\n  ", name));
+    digits_.Clear();
+    digits_.PutRegister(data, bits_);
+    const std::string_view digits = digits_.text();
+    text_.Put(digits.size() <= kDigitsOfShortField ? " " : "\n  ", name, " (");
     for (size_t at = 0; at < digits.size(); at += kDigitsInLine) {
-      out_.Write(digits.size() <= kDigitsInLine ? "" : "\n    ");
-      out_.Write(std::string_view(digits).substr(at, kDigitsInLine));
+      text_.Put(digits.size() <= kDigitsInLine ? "" : "\n    ", digits.substr(at, kDigitsInLine));
     }
-    out_.Write(")");
+    text_.Put(')');
+    Write();
   }
 
   void End() {
-    out_.Write(";\n");
+    text_.Put(";\n");
+    Write();
   }
 
  private:
+  void Write() {
+    out_.Write(text_.text());
+    text_.Clear();
+  }
+
   OutputFile &out_;
   uint32_t bits_ = 0;
+  TextBuffer text_;
+  TextBuffer digits_;
 };
 
 // Seconds in SVF notation, exact to the microsecond: "0.0015", "40".
@@ -149,7 +163,7 @@ class Decompiler {
          {std::pair("HIR", order_.pads().hir), std::pair("TIR", order_.pads().tir),
           std::pair("HDR", order_.pads().hdr), std::pair("TDR", order_.pads().tdr)}) {
       if (bits != 0) {
-        svf_.Statement(fmt::format("{} 0", name));
+        svf_.Statement(name, " 0");
       }
     }
   }
@@ -178,13 +192,14 @@ class Decompiler {
       case tvb::kRunTest:
         return RunTest(record);
       case tvb::kLoop:
-        return svf_.Comment(fmt::format("record {}: a loop of {} passes, written out", record.index,
-                                        std::max(1, static_cast<int32_t>(record.bits()))));
+        return svf_.Comment("record ", record.index, ": a loop of ",
+                            std::max(1, static_cast<int32_t>(record.bits())),
+                            " passes, written out");
       case tvb::kEndLoop:
         return;
     }
-    svf_.Comment(fmt::format("record {}: opcode {} of {}, which the player skips", record.index,
-                             record.opcode, CountText(record.end - record.offset, "byte")));
+    svf_.Comment("record ", record.index, ": opcode ", record.opcode, " of ",
+                 CountText(record.end - record.offset, "byte"), ", which the player skips");
   }
 
   void Shift(const tvb::RecordView &record) {
@@ -192,13 +207,13 @@ class Decompiler {
       throw Failure("a shift of 0 bits has no form in SVF",
                     file_.Where(record.offset, record.index));
     }
-    const tvb::Buffer zeros(tvb::BytesOfBits(record.bits()), 0);
     const bool compares = record.Block(tvb::kTagMask) != nullptr;
     auto data = [&](tvb::Tag tag) {
-      return record.Block(tag) ? tvb::FieldData(image_, record, tag) : zeros;
+      return record.Block(tag) ? tvb::FieldData(image_, record, tag)
+                               : tvb::Buffer(tvb::BytesOfBits(record.bits()), 0);
     };
     if (!compares && record.Block(tvb::kTagTdo)) {
-      svf_.Comment(fmt::format("record {}: its TDO has no MASK and is not compared", record.index));
+      svf_.Comment("record ", record.index, ": its TDO has no MASK and is not compared");
     }
     svf_.Begin(tvb::OpcodeName(record.opcode), record.bits());
     svf_.Field("TDI", data(tvb::kTagTdi));
@@ -227,12 +242,11 @@ class Decompiler {
       cleared_ = true;
     } else if (exact && hz > *exact) {
       EndFrequency();
-      svf_.Comment(
-          fmt::format("record {}: FREQUENCY {} HZ, which does not raise the {} HZ in force",
-                      record.index, hz, *exact));
+      svf_.Comment("record ", record.index, ": FREQUENCY ", hz, " HZ, which does not raise the ",
+                   *exact, " HZ in force");
     } else {
       cleared_ = false;
-      svf_.Statement(fmt::format("FREQUENCY {} HZ", hz));
+      svf_.Statement("FREQUENCY ", hz, " HZ");
     }
     rate_.Set(hz);
   }
@@ -248,7 +262,7 @@ class Decompiler {
   void RunTest(const tvb::RecordView &record) {
     if (!record.Runs()) {
       if (record.end < image_.size()) {
-        svf_.Comment(fmt::format("record {}: a run-test that does not run", record.index));
+        svf_.Comment("record ", record.index, ": a run-test that does not run");
       }
       return;
     }
@@ -259,10 +273,10 @@ class Decompiler {
     }
     // One statement of both would take the longer; the player plays them one after the other.
     if (sum.microseconds > 0) {
-      svf_.Statement(fmt::format("RUNTEST {} SEC", SvfSeconds(sum.microseconds)));
+      svf_.Statement("RUNTEST ", SvfSeconds(sum.microseconds), " SEC");
     }
     if (sum.cycles > 0 || sum.microseconds == 0) {
-      svf_.Statement(fmt::format("RUNTEST {} TCK", sum.cycles));
+      svf_.Statement("RUNTEST ", sum.cycles, " TCK");
     }
   }
 

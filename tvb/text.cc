@@ -4,12 +4,16 @@
 namespace tvb {
 
 std::string Hex(uint64_t value) {
-  std::string digits;
+  char text[2 + 16];
+  char *const end = text + sizeof text;
+  char *first = end;
   do {
-    digits.insert(digits.begin(), "0123456789ABCDEF"[value % 16]);
+    *--first = "0123456789ABCDEF"[value % 16];
     value /= 16;
-  } while (value != 0);
-  return (digits.size() < 2 ? "0x0" : "0x") + digits;
+  } while (value != 0 || end - first < 2);
+  *--first = 'x';
+  *--first = '0';
+  return {first, end};
 }
 
 std::string NumberText(const NumberView &number) {

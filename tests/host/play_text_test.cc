@@ -10,6 +10,7 @@
 
 #include "tools/cli/bit_row.h"
 #include "tools/cli/text.h"
+#include "tools/cli/text_buffer.h"
 #include "tools/rehearse/mismatch.h"
 #include "tools/rehearse/platform.h"
 #include "tools/rehearse/target_chain.h"
@@ -21,6 +22,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using tool::BitRow;
+using tool::TextBuffer;
 
 BitRow Row(const std::string &first_to_last) {
   BitRow row;
@@ -59,6 +61,50 @@ TEST(PlayBitRow, CountsAndCombines) {
   EXPECT_EQ(BitRow(11, true).Ones(), 11u);
   EXPECT_EQ(Row("110011001") & Row("101010101"), Row("100010001"));
   EXPECT_EQ(Row("110011001") ^ Row("101010101"), Row("011001100"));
+}
+
+std::string RegisterText(const std::vector<uint8_t> &bytes, size_t size) {
+  TextBuffer buffer;
+  buffer.PutRegister(bytes, size);
+  return std::string(buffer.text());
+}
+
+TEST(PlayTextBuffer, RegisterHasTheFirstBitInTheLastDigit) {
+  EXPECT_EQ(RegisterText({}, 0), "");
+  EXPECT_EQ(RegisterText({0x70}, 3), "6");
+  EXPECT_EQ(RegisterText({0x60}, 4), "6");
+  EXPECT_EQ(RegisterText({0x68}, 5), "16");
+  EXPECT_EQ(RegisterText({0x60}, 8), "06");
+  EXPECT_EQ(RegisterText({0x60, 0xFF}, 9), "106");
+  EXPECT_EQ(RegisterText({0x60, 0xAF}, 12), "506");
+  EXPECT_EQ(RegisterText({0x80, 0x4C, 0x2A, 0x6E, 0x19, 0x5D, 0x3B, 0x7F}, 64), "FEDCBA9876543201");
+}
+
+TEST(PlayTextBuffer, PutsNumbersAndColumns) {
+  TextBuffer buffer;
+  buffer.Put('<', uint8_t{65}, -7, ' ', int64_t{-9223372036854775807 - 1}, "> ",
+             uint64_t{18446744073709551615u});
+  EXPECT_EQ(buffer.text(), "<65-7 -9223372036854775808> 18446744073709551615");
+  buffer.Clear();
+  buffer.PutLeft("ab", 4);
+  buffer.PutRight("cd", 4);
+  buffer.PutLeft("longer", 4);
+  buffer.PutRight("longer", 4);
+  EXPECT_EQ(buffer.text(), "ab    cdlongerlonger");
+  buffer.Put("  ");
+  buffer.EndLine();
+  EXPECT_EQ(buffer.text(), "ab    cdlongerlonger\n");
+}
+
+TEST(PlayTextBuffer, GrowsAndKeepsTheText) {
+  TextBuffer buffer;
+  std::string expected;
+  for (int i = 0; i < 1000; ++i) {
+    buffer.Put("line ", i, '\n');
+    expected += "line " + std::to_string(i) + '\n';
+  }
+  buffer.Put(std::string(5000, 'x'));
+  EXPECT_EQ(buffer.text(), expected + std::string(5000, 'x'));
 }
 
 TEST(PlayDriverLog, JoinsWhatHasNoLineEnd) {

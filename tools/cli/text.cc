@@ -4,13 +4,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace tool {
 namespace {
 
 // Puts commas between the thousands of a number's leading digits.
-std::string Grouped(std::string number) {
-  const size_t digits = std::min(number.find_first_not_of("0123456789"), number.size());
+std::string Grouped(std::string number, size_t digits) {
   for (size_t place = digits; place > 3; place -= 3) {
     number.insert(place - 3, 1, ',');
   }
@@ -20,15 +20,23 @@ std::string Grouped(std::string number) {
 }  // namespace
 
 std::string NumberText(uint64_t number) {
-  return Grouped(fmt::format("{}", number));
+  std::string text = std::to_string(number);
+  const size_t digits = text.size();
+  return Grouped(std::move(text), digits);
 }
 
 std::string RealText(double number) {
-  return Grouped(fmt::format("{}", number));
+  std::string text = fmt::format("{}", number);
+  const size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
+  return Grouped(std::move(text), digits);
 }
 
 std::string CountText(uint64_t number, const char *noun) {
-  return fmt::format("{} {}{}", NumberText(number), noun, number == 1 ? "" : "s");
+  std::string text = NumberText(number) + ' ' + noun;
+  if (number != 1) {
+    text += 's';
+  }
+  return text;
 }
 
 std::string TimeText(uint64_t nanoseconds) {

@@ -4,9 +4,10 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 #include "tools/cli/output_file.h"
+#include "tools/cli/text_buffer.h"
 #include "tvb/bytes.h"
 #include "tvb/reader.h"
 #include "tvb/seal.h"
@@ -37,12 +38,17 @@ class DumpText : public DumpFormat {
   void Record(const tvb::RecordView &record, uint64_t loop) override;
 
  private:
-  void Field(const tvb::RecordView &record, const tvb::FieldView &field, const std::string &indent);
-  void Data(const tvb::RecordView &record, const tvb::BlockView &block, const std::string &indent);
+  void Field(const tvb::RecordView &record, const tvb::FieldView &field);
+  void Data(const tvb::RecordView &record, const tvb::BlockView &block);
+  void Indent();
+  void WriteLine();  // without its trailing blanks
 
   tvb::Bytes image_;
   OutputFile &out_;
   bool hex_;
+  std::string_view mark_;  // of the lines inside a loop
+  TextBuffer line_;
+  TextBuffer digits_;
 };
 
 // One JSON object per line: the header as record 0, then the records.
@@ -54,9 +60,14 @@ class DumpJson : public DumpFormat {
   void Record(const tvb::RecordView &record, uint64_t loop) override;
 
  private:
+  void Fields(const tvb::RecordView &record);
+  void Field(const tvb::RecordView &record, const tvb::FieldView &field);
+  void Data(const tvb::RecordView &record, const tvb::BlockView &block);
+
   tvb::Bytes image_;
   OutputFile &out_;
   bool hex_;
+  TextBuffer line_;
 };
 
 }  // namespace tool

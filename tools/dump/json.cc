@@ -3,7 +3,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "tools/cli/bit_row.h"
 #include "tools/dump/dump.h"
 #include "tvb/names.h"
 #include "tvb/player.h"
@@ -14,69 +13,90 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-void AddValue(const tvb::RecordView &record, Json &object) {
+// Writes an object, member by member. Names and plain texts have no character to escape.
+class ObjectWriter {
+ public:
+  // `out` outlives the object.
+  explicit ObjectWriter(TextBuffer &out) : out_(out) {
+    out_.Put('{');
+  }
+
+  void Name(std::string_view name) {
+    out_.Put(is_first_ ? "\"" : ",\"", name, "\":");
+    is_first_ = false;
+  }
+  template <typename Integer>
+  void Number(std::string_view name, Integer value) {
+    Name(name);
+    out_.Put(value);
+  }
+  void Null(std::string_view name) {
+    Name(name);
+    out_.Put("null");
+  }
+  void Flag(std::string_view name, bool value) {
+    Name(name);
+    out_.Put(value ? "true" : "false");
+  }
+  void PlainText(std::string_view name, std::string_view text) {
+    Name(name);
+    out_.Put('"', text, '"');
+  }
+  void Message(std::string_view name, const std::string &text) {
+    Name(name);
+    out_.Put(Json(text).dump());
+  }
+  void End() {
+    out_.Put('}');
+  }
+
+ private:
+  TextBuffer &out_;
+  bool is_first_ = true;
+};
+
+void AddValue(const tvb::RecordView &record, ObjectWriter &object) {
   if (!record.value) {
     return;
   }
   const char *name = record.opcode == tvb::kFrequency ? "hz"
                      : record.opcode == tvb::kLoop    ? "passes"
                                                       : "bits";
-  object[name] = record.value->value;
+  object.Number(name, record.value->value);
 }
 
-void AddParameter(const tvb::BlockView &block, Json &object) {
+void AddBlock(const tvb::BlockView &block, ObjectWriter &object) {
+  object.PlainText("encoding", block.mode ? tvb::EncodingName(*block.mode) : "plain");
   const tvb::Codec *const codec = block.codec();
   if (codec && codec->parameter_name) {
-    object[codec->parameter_name] = block.parameter;
+    object.Number(codec->parameter_name, block.parameter);
   }
-}
-
-void AddBlock(const tvb::BlockView &block, Json &object) {
-  object["encoding"] = block.mode ? tvb::EncodingName(*block.mode) : "plain";
-  AddParameter(block, object);
-  object["stored_offset"] = block.offset;
-  object["stored"] = block.size;
-  object["decoded"] = block.count;
-  object["exact"] = block.Exact();
+  object.Number("stored_offset", block.offset);
+  object.Number("stored", block.size);
+  object.Number("decoded", block.count);
+  object.Flag("exact", block.Exact());
   if (block.fault) {
-    object["error"] = block.fault->message;
+    object.Message("error", block.fault->message);
   }
 }
 
-void AddNumber(const tvb::FieldView &field, Json &object) {
-  object["stored_number"] = field.number->value;
+void AddNumber(const tvb::FieldView &field, ObjectWriter &object) {
+  object.Number("stored_number", field.number->value);
   const tvb::RunTestField value = tvb::ReadRunTestField(field);
-  object["valid"] = value.valid;
+  object.Flag("valid", value.valid);
   if (field.tag == tvb::kTagCycles) {
-    object["cycles"] = value.cycles;
+    object.Number("cycles", value.cycles);
   } else {
-    object["microseconds"] = 1000 * value.milliseconds + value.microseconds;
+    object.Number("microseconds", 1000 * value.milliseconds + value.microseconds);
   }
 }
 
-Json FieldObject(tvb::Bytes image, const tvb::RecordView &record, const tvb::FieldView &field,
-                 bool hex) {
-  Json object;
-  object["tag"] = field.tag;
-  object["name"] = tvb::TagName(field.tag);
-  object["offset"] = field.offset;
-  if (field.number) {
-    AddNumber(field, object);
-  }
-  if (field.block) {
-    AddBlock(*field.block, object);
-  }
-  if (hex && field.block && IsShown(record)) {
-    const tvb::Buffer data = tvb::DecodeBlock(image, *field.block);
-    object["data"] = data.empty() ? "" : BitRow::FromFile(data, record.bits()).Hex();
-  }
-  return object;
-}
-
-void AddFault(const tvb::RecordView &record, Json &object) {
-  if (record.fault) {
-    object["error"] = {{"offset", record.fault->offset}, {"message", record.fault->message}};
-  }
+void AddFault(const tvb::Fault &fault, ObjectWriter &object, TextBuffer &out) {
+  object.Name("error");
+  ObjectWriter error(out);
+  error.Number("offset", fault.offset);
+  error.Message("message", fault.message);
+  error.End();
 }
 
 Json SealObject(const tvb::SealView &seal) {
@@ -105,25 +125,70 @@ void DumpJson::Header(const tvb::HeaderView &header, const tvb::SealView &seal) 
 }
 
 void DumpJson::Record(const tvb::RecordView &record, uint64_t loop) {
-  Json object;
-  object["record"] = record.index;
-  object["name"] = tvb::OpcodeName(record.opcode);
-  object["opcode"] = record.opcode;
-  object["offset"] = record.offset;
-  object["bytes"] = record.end - record.offset;
-  object["length"] = record.length.value;
-  object["loop"] = loop == 0 ? Json() : Json(loop);
+  line_.Clear();
+  ObjectWriter object(line_);
+  object.Number("record", record.index);
+  object.PlainText("name", tvb::OpcodeName(record.opcode));
+  object.Number("opcode", record.opcode);
+  object.Number("offset", record.offset);
+  object.Number("bytes", record.end - record.offset);
+  object.Number("length", record.length.value);
+  if (loop == 0) {
+    object.Null("loop");
+  } else {
+    object.Number("loop", loop);
+  }
   AddValue(record, object);
   if (record.gate) {
-    object["gate"] = *record.gate;
-    object["runs"] = record.Runs();
+    object.Number("gate", *record.gate);
+    object.Flag("runs", record.Runs());
   }
-  Json &fields = object["fields"] = Json::array();
+  object.Name("fields");
+  Fields(record);
+  if (record.fault) {
+    AddFault(*record.fault, object, line_);
+  }
+  object.End();
+  line_.Put('\n');
+  out_.Write(line_.text());
+}
+
+void DumpJson::Fields(const tvb::RecordView &record) {
+  const char *separator = "";
+  line_.Put('[');
   for (const tvb::FieldView &field : record.fields) {
-    fields.push_back(FieldObject(image_, record, field, hex_));
+    line_.Put(separator);
+    Field(record, field);
+    separator = ",";
   }
-  AddFault(record, object);
-  out_.Write(fmt::format("{}\n", object.dump()));
+  line_.Put(']');
+}
+
+void DumpJson::Field(const tvb::RecordView &record, const tvb::FieldView &field) {
+  ObjectWriter object(line_);
+  object.Number("tag", field.tag);
+  object.PlainText("name", tvb::TagName(field.tag));
+  object.Number("offset", field.offset);
+  if (field.number) {
+    AddNumber(field, object);
+  }
+  if (field.block) {
+    AddBlock(*field.block, object);
+  }
+  if (hex_ && field.block && IsShown(record)) {
+    object.Name("data");
+    Data(record, *field.block);
+  }
+  object.End();
+}
+
+void DumpJson::Data(const tvb::RecordView &record, const tvb::BlockView &block) {
+  const tvb::Buffer data = tvb::DecodeBlock(image_, block);
+  line_.Put('"');
+  if (!data.empty()) {
+    line_.PutRegister(data, record.bits());
+  }
+  line_.Put('"');
 }
 
 }  // namespace tool

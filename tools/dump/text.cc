@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include <fmt/format.h>
 
-#include "tools/cli/bit_row.h"
 #include "tools/cli/text.h"
 #include "tools/dump/dump.h"
 #include "tvb/names.h"
@@ -12,75 +11,73 @@ namespace tool {
 namespace {
 
 constexpr size_t kDigitsInRow = 64;
-constexpr int kFieldColumn = 30;
+constexpr size_t kFieldColumn = 30;
+constexpr size_t kNameColumns = 13;
 
 // An amount from the file, which may be negative or exceed 32 bits.
 std::string AmountText(const tvb::NumberView &number) {
   if (number.lossy || number.value >= 0) {
     return number.lossy ? tvb::NumberText(number) : NumberText(static_cast<uint64_t>(number.value));
   }
-  return fmt::format("-{}", NumberText(static_cast<uint64_t>(-number.value)));
+  return "-" + NumberText(static_cast<uint64_t>(-number.value));
 }
 
-std::string RunTestText(const tvb::RecordView &record) {
+void PutRunTest(const tvb::RecordView &record, TextBuffer &line) {
   if (!record.Runs()) {
-    return record.gate ? fmt::format("does not run (gate byte {})", *record.gate) : "";
+    if (record.gate) {
+      line.Put("does not run (gate byte ", *record.gate, ")");
+    }
+  } else if (record.fields.empty()) {
+    line.Put("no time, no cycles");
   }
-  return record.fields.empty() ? "no time, no cycles" : "";
 }
 
 // The summary of a record, shown beside its fields.
-std::string Summary(const tvb::RecordView &record) {
+void PutSummary(const tvb::RecordView &record, TextBuffer &line) {
   const std::string number = record.value ? AmountText(*record.value) : "?";
   switch (record.opcode) {
     case tvb::kRunTest:
-      return RunTestText(record);
+      return PutRunTest(record, line);
     case tvb::kFrequency:
-      return number == "0" ? "0 Hz (unset)" : fmt::format("{} Hz", number);
+      return line.Put(number, number == "0" ? " Hz (unset)" : " Hz");
     case tvb::kLoop:
-      return fmt::format("{} {}", number, number == "1" ? "pass" : "passes");
+      return line.Put(number, number == "1" ? " pass" : " passes");
     case tvb::kEndLoop:
-      return "";
+      return;
   }
   if (record.IsShift() || record.IsPad()) {
-    return fmt::format("{} {}", number, number == "1" ? "bit" : "bits");
+    return line.Put(number, number == "1" ? " bit" : " bits");
   }
-  return fmt::format("opcode {}", record.opcode);
+  line.Put("opcode ", record.opcode);
 }
 
-std::string NumberFieldText(const tvb::FieldView &field) {
+void PutNumberField(const tvb::FieldView &field, TextBuffer &line) {
   const tvb::RunTestField value = tvb::ReadRunTestField(field);
   if (!value.valid) {
-    return fmt::format("{} (no valid number)", AmountText(*field.number));
+    line.Put(AmountText(*field.number), " (no valid number)");
+  } else if (field.tag == tvb::kTagCycles) {
+    line.Put(NumberText(value.cycles), " TCK");
+  } else if (value.milliseconds > 0) {
+    line.Put(NumberText(value.milliseconds), " ms");
+  } else {
+    line.Put(NumberText(value.microseconds), " us");
   }
-  if (field.tag == tvb::kTagCycles) {
-    return fmt::format("{} TCK", NumberText(value.cycles));
-  }
-  return value.milliseconds > 0 ? fmt::format("{} ms", NumberText(value.milliseconds))
-                                : fmt::format("{} us", NumberText(value.microseconds));
 }
 
-std::string ParameterText(const tvb::BlockView &block) {
+void PutBlock(const tvb::BlockView &block, TextBuffer &line) {
+  line.PutLeft(block.mode ? tvb::EncodingName(*block.mode) : "plain", 10);
+  line.Put("  ");
+  line.PutRight(NumberText(block.size), 7);
+  line.Put(" -> ", CountText(block.count, "byte"));
   const tvb::Codec *const codec = block.codec();
-  return codec && codec->parameter_text ? ", " + codec->parameter_text(block.parameter) : "";
-}
-
-std::string BlockText(const tvb::BlockView &block) {
-  const std::string text =
-      fmt::format("{:<10}  {:>7} -> {}{}", block.mode ? tvb::EncodingName(*block.mode) : "plain",
-                  NumberText(block.size), CountText(block.count, "byte"), ParameterText(block));
-  if (block.fault) {
-    return fmt::format("{}  ! {}", text, block.fault->message);
+  if (codec && codec->parameter_text) {
+    line.Put(", ", codec->parameter_text(block.parameter));
   }
-  return block.Exact() ? text
-                       : fmt::format("{}  ! decodes to {}", text,
-                                     CountText(block.written + block.surplus, "byte"));
-}
-
-// A line without its trailing blanks.
-void WriteLine(OutputFile &out, std::string_view line) {
-  out.Write(line.substr(0, line.find_last_not_of(' ') + 1));
-  out.Write("\n");
+  if (block.fault) {
+    line.Put("  ! ", block.fault->message);
+  } else if (!block.Exact()) {
+    line.Put("  ! decodes to ", CountText(block.written + block.surplus, "byte"));
+  }
 }
 
 }  // namespace
@@ -99,45 +96,64 @@ void DumpText::Header(const tvb::HeaderView &header, const tvb::SealView &seal) 
 }
 
 void DumpText::Record(const tvb::RecordView &record, uint64_t loop) {
-  const char *const loop_mark = loop != 0 ? "| " : "";
-  std::string line =
-      fmt::format("{:>6}  {:>8}  {:>8}  {:<13}  {}", record.index, tvb::Hex(record.offset),
-                  NumberText(record.end - record.offset),
-                  fmt::format("{}{}", loop_mark, tvb::OpcodeName(record.opcode)), Summary(record));
+  mark_ = loop != 0 ? "| " : "";
+  line_.PutRight(std::to_string(record.index), 6);
+  line_.Put("  ");
+  line_.PutRight(tvb::Hex(record.offset), 8);
+  line_.Put("  ");
+  line_.PutRight(NumberText(record.end - record.offset), 8);
+  line_.Put("  ", mark_);
+  line_.PutLeft(tvb::OpcodeName(record.opcode), kNameColumns - mark_.size());
+  line_.Put("  ");
+  PutSummary(record, line_);
   if (!record.fault && record.EndByLength() != static_cast<int64_t>(record.end)) {
-    line += fmt::format("  ! its length says {} bits", AmountText(record.length));
+    line_.Put("  ! its length says ", AmountText(record.length), " bits");
   }
-  WriteLine(out_, line);
+  WriteLine();
   for (const tvb::FieldView &field : record.fields) {
-    Field(record, field, fmt::format("{:{}}{}", "", kFieldColumn, loop_mark));
+    Field(record, field);
   }
 }
 
-void DumpText::Field(const tvb::RecordView &record, const tvb::FieldView &field,
-                     const std::string &indent) {
-  std::string text;
+void DumpText::Field(const tvb::RecordView &record, const tvb::FieldView &field) {
+  Indent();
+  line_.PutLeft(tvb::TagName(field.tag), 6);
+  line_.Put("  ");
   if (field.block) {
-    text = BlockText(*field.block);
+    PutBlock(*field.block, line_);
   } else if (field.number) {
-    text = NumberFieldText(field);
+    PutNumberField(field, line_);
   }
-  std::string line = fmt::format("{}{:<6}  {}", indent, tvb::TagName(field.tag), text);
-  WriteLine(out_, line);
+  WriteLine();
   if (hex_ && field.block && IsShown(record)) {
-    Data(record, *field.block, fmt::format("{}  ", indent));
+    Data(record, *field.block);
   }
 }
 
-void DumpText::Data(const tvb::RecordView &record, const tvb::BlockView &block,
-                    const std::string &indent) {
+void DumpText::Data(const tvb::RecordView &record, const tvb::BlockView &block) {
   const tvb::Buffer data = tvb::DecodeBlock(image_, block);
   if (data.empty()) {
     return;
   }
-  const std::string digits = BitRow::FromFile(data, record.bits()).Hex();
+  digits_.Clear();
+  digits_.PutRegister(data, record.bits());
+  const std::string_view digits = digits_.text();
   for (size_t at = 0; at < digits.size(); at += kDigitsInRow) {
-    WriteLine(out_, fmt::format("{}{}", indent, digits.substr(at, kDigitsInRow)));
+    Indent();
+    line_.Put("  ", digits.substr(at, kDigitsInRow));
+    WriteLine();
   }
+}
+
+void DumpText::Indent() {
+  line_.PutLeft("", kFieldColumn);
+  line_.Put(mark_);
+}
+
+void DumpText::WriteLine() {
+  line_.EndLine();
+  out_.Write(line_.text());
+  line_.Clear();
 }
 
 }  // namespace tool
