@@ -35,14 +35,14 @@ framework_costs() {
 load_log
 load_null_chip
 load_driver
-download_costs long 1522
-download_costs compared 2215
-download_costs bits64 1774
-download_costs bits8 2861
-download_costs runtest 737
+download_costs long 1184
+download_costs compared 1802
+download_costs bits64 1388
+download_costs bits8 2282
+download_costs runtest 736
 framework_costs compared 2001
 unload_null_chip
 
 load_null_chip device=0
 load_driver
-download_costs long 2890 'through gpiolib'
+download_costs long 2553 'through gpiolib'
