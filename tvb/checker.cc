@@ -113,7 +113,7 @@ class Checker {
     auto data = [&](Tag tag) {
       return record.bits() <= kMaxIdentityBits ? FieldData(image_, record, tag) : Buffer();
     };
-    const Buffer tdi = data(kTagTdi);
+    const Buffer tdi = record.opcode == kSir ? data(kTagTdi) : Buffer();
     const Buffer tdo = data(kTagTdo);
     const Buffer mask = data(kTagMask);
     const Shift scan = {record.bits(), tdi, tdo, mask};

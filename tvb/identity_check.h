@@ -32,7 +32,8 @@ class IdentityCheck {
     std::string message;
   };
 
-  // A scan: opcode kSir or kSdr. One of more than kMaxIdentityBits may come without its data.
+  // A scan: opcode kSir or kSdr. One of more than kMaxIdentityBits may come without its data, and
+  // an SDR without its TDI.
   std::optional<Risk> Scan(const Place &place, Opcode opcode, const Shift &scan);
 
   // Clocks in Run-Test/Idle.

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 #include "tvb/names.h"
 
-#include <algorithm>
-#include <iterator>
-#include <string_view>
+#include <array>
+#include <cstddef>
 
 namespace tvb {
 namespace {
@@ -38,25 +37,33 @@ constexpr Row kTags[] = {
     {kTagCycles, "CYCLES"}, {kTagEnd, "END"}, {kTagTime, "TIME"},
 };
 
+using Names = std::array<const char *, 256>;
+
 template <size_t size>
-const char *NameIn(const Row (&table)[size], uint8_t value) {
-  const auto row = std::find_if(std::begin(table), std::end(table),
-                                [value](const Row &each) { return each.value == value; });
-  return row != std::end(table) ? row->name : kUnknown;
+constexpr Names NamesIn(const Row (&table)[size]) {
+  Names names{};
+  names.fill(kUnknown);
+  for (const Row &row : table) {
+    names[row.value] = row.name;
+  }
+  return names;
 }
+
+constexpr Names kOpcodeNames = NamesIn(kOpcodes);
+constexpr Names kTagNames = NamesIn(kTags);
 
 }  // namespace
 
 bool IsReserved(uint8_t opcode) {
-  return std::string_view(OpcodeName(opcode)) == kReserved;
+  return OpcodeName(opcode) == kReserved;
 }
 
 const char *OpcodeName(uint8_t opcode) {
-  return NameIn(kOpcodes, opcode);
+  return kOpcodeNames[opcode];
 }
 
 const char *TagName(uint8_t tag) {
-  return NameIn(kTags, tag);
+  return kTagNames[tag];
 }
 
 }  // namespace tvb

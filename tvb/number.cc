@@ -11,12 +11,22 @@ constexpr uint32_t kMaxLastGroup = 0x0F;  // that group has four bits
 
 }  // namespace
 
-void AppendNumber(Buffer &out, uint32_t value) {
+uint8_t *PutNumber(uint8_t *out, uint32_t value) {
   while (value > 0x7F) {
-    out.push_back(static_cast<uint8_t>(0x80 | (value & 0x7F)));
+    *out++ = static_cast<uint8_t>(0x80 | (value & 0x7F));
     value >>= 7;
   }
-  out.push_back(static_cast<uint8_t>(value));
+  *out++ = static_cast<uint8_t>(value);
+  return out;
+}
+
+void AppendNumber(Buffer &out, uint32_t value) {
+  if (value <= 0x7F) {
+    out.push_back(static_cast<uint8_t>(value));
+    return;
+  }
+  uint8_t bytes[kMaxNumberSize];
+  Append(out, {bytes, PutNumber(bytes, value)});
 }
 
 size_t NumberSize(uint32_t value) {

@@ -17,7 +17,12 @@ namespace tvb {
 // count or rate that the player reads as written.
 constexpr uint32_t kMaxNumber = 0x7FFFFFFF;
 
-// Appends `value` to `out` in its shortest form, one to five bytes.
+constexpr size_t kMaxNumberSize = 5;  // in bytes, of a number in its shortest form
+
+// Puts `value` at `out` in its shortest form, one to kMaxNumberSize bytes; returns their end.
+uint8_t *PutNumber(uint8_t *out, uint32_t value);
+
+// The same, appended to `out`.
 void AppendNumber(Buffer &out, uint32_t value);
 
 // The number of bytes that AppendNumber() writes for `value`.

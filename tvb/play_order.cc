@@ -17,10 +17,12 @@ PlayOrder::PlayOrder(Bytes image, const HeaderView &header, const Player &player
     : image_(image), plain_(header.plain()), position_(header.size), player_(player) {}
 
 std::optional<PlayedRecord> PlayOrder::Next() {
+  std::optional<PlayedRecord> next;
   if (faulted_ || position_ >= image_.size() || image_[static_cast<size_t>(position_)] != kMark) {
-    return std::nullopt;
+    return next;
   }
-  PlayedRecord played = {ReadRecord(image_, plain_, position_, ++index_)};
+  PlayedRecord &played = next.emplace();
+  ReadRecord(image_, plain_, position_, ++index_, played.record);
   const RecordView &record = played.record;
   faulted_ = record.fault.has_value();
   position_ = record.end;
@@ -34,7 +36,7 @@ std::optional<PlayedRecord> PlayOrder::Next() {
     played.pass = passes_ - static_cast<uint64_t>(counter_ < 1 ? 0 : counter_ - 1);
   }
   FollowLoop(record);
-  return played;
+  return next;
 }
 
 void PlayOrder::FollowLoop(const RecordView &record) {

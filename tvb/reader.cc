@@ -2,13 +2,14 @@
 #include "tvb/reader.h"
 
 #include <string>
-#include <utility>
 
 #include "tvb/names.h"
 #include "tvb/text.h"
 
 namespace tvb {
 namespace {
+
+constexpr size_t kUsualFields = 3;
 
 // Reads the body of one record, whose opcode has been read, into its view.
 class BodyReader {
@@ -53,10 +54,12 @@ class BodyReader {
       }
       if (tag < kTagTdi || tag > kTagMask) {
         return Fail(offset, "tag " + Hex(tag) +
-                                " in a shift; expected 15 (TDI), 16 (TDO), 17 (MASK) or the end "
-                                "tag 23");
+                                " in a shift; expected 15 (TDI), 16 (TDO), 17 (MASK) or the "
+                                "end tag 23");
       }
-      Keep({tag, offset, {}, MeasureBlock(cursor_, BytesOfBits(record_.bits()), plain)});
+      FieldView &field = AddField(tag, offset);
+      field.block = MeasureBlock(cursor_, BytesOfBits(record_.bits()), plain);
+      LimitFields();
     }
   }
 
@@ -65,11 +68,11 @@ class BodyReader {
     if (record_.bits() == 0) {
       return;
     }
-    FieldView field = NextTag();
+    const uint64_t offset = cursor_.position();
+    FieldView &field = AddField(cursor_.Byte(), offset);
     if (field.tag == kTagTdi) {
       field.block = MeasureBlock(cursor_, BytesOfBits(record_.bits()), true);
     }
-    Keep(field);
     record_.closing = cursor_.Byte();
   }
 
@@ -80,18 +83,20 @@ class BodyReader {
     }
     // At the end of the image the player reads one more byte, which ends the body.
     while (!cursor_.AtEnd() && !record_.fault) {
-      FieldView field = NextTag();
-      if (field.tag == kMark) {
+      const uint64_t offset = cursor_.position();
+      const uint8_t tag = cursor_.Byte();
+      if (tag == kMark) {
         return cursor_.StepBack();
       }
-      if (field.tag != kTagPass && field.tag != kTagTime && field.tag != kTagCycles) {
-        record_.closing = field.tag;
+      if (tag != kTagPass && tag != kTagTime && tag != kTagCycles) {
+        record_.closing = tag;
         return;
       }
-      if (field.tag != kTagPass) {
+      FieldView &field = AddField(tag, offset);
+      if (tag != kTagPass) {
         field.number = cursor_.Number();
       }
-      Keep(field);
+      LimitFields();
     }
   }
 
@@ -103,18 +108,23 @@ class BodyReader {
     cursor_ = Cursor(cursor_.image(), static_cast<uint64_t>(record_.EndByLength()));
   }
 
-  FieldView NextTag() {
-    FieldView field;
-    field.offset = cursor_.position();
-    field.tag = cursor_.Byte();
+  FieldView &AddField(uint8_t tag, uint64_t offset) {
+    if (record_.fields.empty()) {
+      record_.fields.reserve(kUsualFields);
+    }
+    FieldView &field = record_.fields.emplace_back();
+    field.tag = tag;
+    field.offset = offset;
     return field;
   }
 
-  void Keep(FieldView field) {
-    if (record_.fields.size() == kMaxFields) {
-      return Fail(field.offset, "more than " + Count(kMaxFields, "field") + " in one record");
+  // Takes the last field back if it is one too many.
+  void LimitFields() {
+    if (record_.fields.size() > kMaxFields) {
+      const uint64_t offset = record_.fields.back().offset;
+      record_.fields.pop_back();
+      Fail(offset, "more than " + Count(kMaxFields, "field") + " in one record");
     }
-    record_.fields.push_back(std::move(field));
   }
 
   void Fail(uint64_t offset, const std::string &message) {
@@ -146,6 +156,11 @@ const BlockView *RecordView::Block(Tag tag) const {
 
 RecordView ReadRecord(Bytes image, bool plain, uint64_t offset, uint64_t index) {
   RecordView record;
+  ReadRecord(image, plain, offset, index, record);
+  return record;
+}
+
+void ReadRecord(Bytes image, bool plain, uint64_t offset, uint64_t index, RecordView &record) {
   record.index = index;
   record.offset = offset;
   Cursor cursor(image, offset + 1);
@@ -163,7 +178,6 @@ RecordView ReadRecord(Bytes image, bool plain, uint64_t offset, uint64_t index) 
   } else if (record.fault) {
     record.end = record.fault->offset;
   }
-  return record;
 }
 
 Buffer FieldData(Bytes image, const RecordView &record, Tag tag) {
@@ -172,12 +186,13 @@ Buffer FieldData(Bytes image, const RecordView &record, Tag tag) {
 }
 
 std::optional<RecordView> Reader::Next() {
+  std::optional<RecordView> record;
   if (faulted_ || position_ >= image_.size() || image_[static_cast<size_t>(position_)] != kMark) {
-    return std::nullopt;
+    return record;
   }
-  RecordView record = ReadRecord(image_, plain_, position_, ++records_);
-  position_ = record.end;
-  faulted_ = record.fault.has_value();
+  ReadRecord(image_, plain_, position_, ++records_, record.emplace());
+  position_ = record->end;
+  faulted_ = record->fault.has_value();
   return record;
 }
 

@@ -73,6 +73,9 @@ constexpr size_t kMaxFields = 4096;
 // fault ends at the fault. `plain`: as the header says; `index`: the record's number.
 RecordView ReadRecord(Bytes image, bool plain, uint64_t offset, uint64_t index);
 
+// The same, into a new `record`.
+void ReadRecord(Bytes image, bool plain, uint64_t offset, uint64_t index, RecordView &record);
+
 // The data of one field of a shift or pad, BytesOfBits(bits) bytes; empty if the record has no
 // field with this tag. Bytes that the block does not fill are 0.
 Buffer FieldData(Bytes image, const RecordView &record, Tag tag);

@@ -2,6 +2,8 @@
 #include "tvb/record.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 #include <string>
 
 #include "tvb/error.h"
@@ -10,6 +12,21 @@
 
 namespace tvb {
 namespace {
+
+// Puts the mark, the length and the opcode of a record at the end of `room`; returns them.
+Bytes PutFront(std::span<uint8_t, kRecordFront> room, uint8_t opcode, size_t body) {
+  const uint64_t length = 8 * (1 + static_cast<uint64_t>(body));
+  if (length > kMaxNumber) {
+    throw Error("a record of " + std::to_string(body) +
+                " bytes is too long for the file's lengths; split the shift");
+  }
+  uint8_t *const end = room.data() + room.size();
+  uint8_t *const number = end - 1 - NumberSize(static_cast<uint32_t>(length));
+  number[-1] = kMark;
+  PutNumber(number, static_cast<uint32_t>(length));
+  end[-1] = opcode;
+  return {number - 1, end};
+}
 
 void CheckSize(const char *field, Bytes bytes, uint32_t bits) {
   if (bytes.size() != BytesOfBits(bits)) {
@@ -91,15 +108,15 @@ void AppendNumberField(Buffer &body, Tag tag, uint32_t stored) {
 }  // namespace
 
 void AppendRecord(Buffer &file, uint8_t opcode, Bytes body) {
-  uint64_t length = 8 * (1 + static_cast<uint64_t>(body.size()));
-  if (length > kMaxNumber) {
-    throw Error("a record of " + std::to_string(body.size()) +
-                " bytes is too long for the file's lengths; split the shift");
-  }
-  file.push_back(kMark);
-  AppendNumber(file, static_cast<uint32_t>(length));
-  file.push_back(opcode);
+  std::array<uint8_t, kRecordFront> room;
+  Append(file, PutFront(room, opcode, body.size()));
   Append(file, body);
+}
+
+Bytes FrameRecord(Buffer &record, uint8_t opcode) {
+  const std::span<uint8_t, kRecordFront> room(record.data(), kRecordFront);
+  const Bytes front = PutFront(room, opcode, record.size() - kRecordFront);
+  return {front.data(), record.data() + record.size()};
 }
 
 void AppendShiftBody(Buffer &body, const Shift &shift, const Encoder &encode) {

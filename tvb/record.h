@@ -3,11 +3,13 @@
 // Records: the frame common to all, and the bodies of those that carry register data or a number.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 
 #include "tvb/bytes.h"
 #include "tvb/names.h"
+#include "tvb/number.h"
 
 namespace tvb {
 
@@ -16,6 +18,13 @@ namespace tvb {
 // Error, with `file` unchanged, for a body so long (2^28 - 1 bytes or more) that the length would
 // be read as negative.
 void AppendRecord(Buffer &file, uint8_t opcode, Bytes body);
+
+// The most bytes in front of a record's body: mark, length and opcode.
+constexpr size_t kRecordFront = 1 + kMaxNumberSize + 1;
+
+// Makes a record of a body with room for kRecordFront bytes, whatever they are, in front of it.
+// Returns the record, which ends where the body ends. Throws as AppendRecord().
+Bytes FrameRecord(Buffer &record, uint8_t opcode);
 
 // The contents of a shift record. TDI, TDO and mask are each empty (absent) or exactly
 // BytesOfBits(bits) long; see Bytes for the bit order.

@@ -55,9 +55,9 @@ void Writer::Sdr(uint32_t bits, Bytes tdi, Bytes tdo, Bytes mask) {
 }
 
 void Writer::Scan(Opcode opcode, const Shift &shift) {
-  body_.clear();
-  AppendShiftBody(body_, shift, encode_);
-  Put(opcode, body_);
+  record_.resize(kRecordFront);
+  AppendShiftBody(record_, shift, encode_);
+  PutRecord(opcode);
 }
 
 void Writer::Hir(uint32_t bits, Bytes data) {
@@ -180,13 +180,20 @@ uint64_t Writer::size() const {
 }
 
 void Writer::Put(uint8_t opcode, Bytes body) {
+  record_.resize(kRecordFront);
+  Append(record_, body);
+  PutRecord(opcode);
+}
+
+void Writer::PutRecord(uint8_t opcode) {
   CheckOpen();
-  AppendRecord(pending_, opcode, body);
+  const Bytes record = FrameRecord(record_, opcode);
   empty_ = false;
   if (sink_) {
-    taken_ += pending_.size();
-    sink_(pending_);
-    pending_.clear();
+    taken_ += record.size();
+    sink_(record);
+  } else {
+    Append(pending_, record);
   }
 }
 

@@ -119,11 +119,12 @@ class Writer {
 
  private:
   void Put(uint8_t opcode, Bytes body);
+  void PutRecord(uint8_t opcode);
   void CheckOpen() const;
 
   Sink sink_;       // none: records stay pending
   Buffer pending_;  // output not taken yet
-  Buffer body_;     // of the scan being written
+  Buffer record_;   // being written: room for its front, then its body
   uint64_t taken_ = 0;
   Encoder encode_;  // none: blocks are plain
   bool plain_;
