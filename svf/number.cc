@@ -146,7 +146,7 @@ uint64_t LoadEight(const char *text) {
 }
 
 constexpr uint64_t Each(uint8_t byte) {
-  return 0x0101010101010101 * byte;
+  return uint64_t{0x0101010101010101} * byte;
 }
 
 // Eight characters of text, the leftmost in the lowest byte.
