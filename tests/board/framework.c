@@ -21,7 +21,7 @@ static struct gpio_desc descs[CPLDJTAG_SIGNALS] = {
 static struct gpio_chip gpios = {.label = "jtag_sim"};
 static struct sim_chain *chain;
 static struct framework_sets sets[CPLDJTAG_SIGNALS];
-static int levels[CPLDJTAG_SIGNALS];
+static int pin_levels[CPLDJTAG_SIGNALS];
 
 extern bool *const parameter_skip_same_level;
 static struct device device;
@@ -58,8 +58,8 @@ void gpiod_set_value_cansleep(struct gpio_desc *desc, int level) {
   const int signal = (int)(desc - descs);
 
   sets[signal].all++;
-  sets[signal].repeated += level == levels[signal];
-  levels[signal] = level;
+  sets[signal].repeated += level == pin_levels[signal];
+  pin_levels[signal] = level;
   sim_chain_write(chain, desc->line, level);
 }
 
