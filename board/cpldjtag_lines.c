@@ -141,14 +141,15 @@ static bool has_flags(const struct cpldjtag_line *line)
 
 /*
  * Holds the chip for as long as the driver of @dev has that: should the driver of the chip's device
- * leave it, which takes the chip away, then it waits until that of @dev has left first. Sets @held,
- * and returns 0 or a negative error code.
+ * leave it, which takes the chip away, then it waits until that of @dev has left first. A driver
+ * that is still probing waits for nobody should it fail. Sets @held, and returns 0 or a negative
+ * error code.
  */
 static int hold(struct device *dev, const struct gpio_chip *chip, bool *held)
 {
 	struct device_link *link;
 
-	*held = chip->parent && chip->parent->driver;
+	*held = chip->parent && chip->parent->links.status == DL_DEV_DRIVER_BOUND;
 	if (!*held)
 		return 0;
 	link = device_link_add(dev, chip->parent, DL_FLAG_AUTOREMOVE_CONSUMER);
