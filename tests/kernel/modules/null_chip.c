@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: BSD-3-Clause OR GPL-2.0-only
 /*
  * null_chip.ko: a GPIO chip of four lines that does nothing. TDO reads low. What costs anything on
- * its lines is what is above it. With "device=0" it is a chip of no device.
+ * its lines is what is above it. With "device=0" it is a chip of no device. With "probing=1" its
+ * device's driver probes until that is turned off, and then fails; so the chip goes, and the
+ * module.
  *
  * While its parameter "record" is on it remembers what it is asked; turning that on forgets what
  * was remembered before.
  */
+#include <linux/delay.h>
 #include <linux/module.h>
 #include <linux/platform_device.h>
 #include <linux/vmalloc.h>
@@ -14,6 +17,9 @@
 
 static bool has_device = true;
 module_param_named(device, has_device, bool, 0444);
+
+static bool probing;
+module_param(probing, bool, 0600);
 
 /* More would not be remembered, but counted. */
 #define MAX_CALLS (8 << 20)
@@ -88,8 +94,15 @@ static const struct kernel_param_ops record_ops = {.set = set_record};
 module_param_cb(record, &record_ops, NULL, 0200);
 
 static int probe(struct platform_device *device) {
+  int error;
+
   null_chip.parent = &device->dev;
-  return devm_gpiochip_add_data(&device->dev, &null_chip, NULL);
+  error = devm_gpiochip_add_data(&device->dev, &null_chip, NULL);
+  if (error || !probing)
+    return error;
+  while (READ_ONCE(probing))
+    msleep(10);
+  return -ENODEV;
 }
 
 static struct platform_driver driver = {
