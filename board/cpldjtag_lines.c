@@ -139,6 +139,15 @@ static bool has_flags(const struct cpldjtag_line *line)
 	       gpiochip_line_is_open_source(line->chip, line->offset);
 }
 
+/* Whether the chip goes when the driver of its device does, and not before. */
+static bool goes_with_device(const struct gpio_chip *chip)
+{
+	const struct device *parent = chip->parent;
+
+	return parent && parent->links.status == DL_DEV_DRIVER_BOUND &&
+	       (!chip->owner || chip->owner == parent->driver->owner);
+}
+
 /*
  * Holds the chip for as long as the driver of @dev has that: should the driver of the chip's device
  * leave it, which takes the chip away, then it waits until that of @dev has left first. A driver
@@ -149,7 +158,7 @@ static int hold(struct device *dev, const struct gpio_chip *chip, bool *held)
 {
 	struct device_link *link;
 
-	*held = chip->parent && chip->parent->links.status == DL_DEV_DRIVER_BOUND;
+	*held = goes_with_device(chip);
 	if (!*held)
 		return 0;
 	link = device_link_add(dev, chip->parent, DL_FLAG_AUTOREMOVE_CONSUMER);

@@ -9,7 +9,8 @@
 
 /*
  * The one chain of this module, and the lock of whoever does more than read and change levels. A
- * pin may be used in any context, so the lock is held for a few steps of the chain at most.
+ * pin may be used in any context, so the lock is held for a step of the chain at most; the longest
+ * is an erase, which sets a part's whole memory.
  */
 extern raw_spinlock_t sim_lock;
 extern struct sim_chain *sim_chain;

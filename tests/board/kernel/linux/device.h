@@ -3,13 +3,20 @@
 
 #include <linux/sysfs.h>
 
+// Nothing here has a driver to be held.
+struct device_driver {
+  const struct module *owner;
+};
+
 struct device {
   struct kobject kobj;
   void *of_node;
-  void *driver;
+  struct device_driver *driver;
+  struct {
+    enum { DL_DEV_NO_DRIVER, DL_DEV_DRIVER_BOUND } status;
+  } links;
 };
 
-// Nothing here has a driver to be held.
 struct device_link {
   enum { DL_STATE_CONSUMER_PROBE } status;
 };

@@ -7,6 +7,7 @@ struct gpio_chip {
   const char *label;
   int base;
   struct device *parent;
+  const struct module *owner;
   void (*set)(struct gpio_chip *chip, unsigned offset, int level);
   int (*get)(struct gpio_chip *chip, unsigned offset);
 };
