@@ -98,9 +98,10 @@ static inline void m7_appended(struct vector_end *end, u64 count) {
 
 void m7_set_levels(u8 character);
 
-// Appends `count` characters so. Inlined, since most walks are of a few characters and fit.
+// Appends `count` characters so, in as many pieces as it takes.
 void m7_append_pieces(struct vector_end *end, const u8 *characters, u32 count);
 
+// The same; inlined, since most walks are of a few characters and fit.
 static inline void m7_append_walk(struct vector_end *end, const u8 *characters, u32 count) {
   if (end->given_up || end->room - end->length <= count) {
     m7_append_pieces(end, characters, count);
